@@ -1,0 +1,11 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+# Warnings are errors in our own code; link `diagd_warnings` privately into every target of ours.
+add_library(diagd_warnings INTERFACE)
+target_compile_options(
+  diagd_warnings
+  INTERFACE -Wall
+            -Wextra
+            -Wformat=2
+            -Wconversion
+            -Wshadow
+            -Werror)
