@@ -102,7 +102,25 @@ int db_olt_alarm_log_get_action_record(uint16_t id, tq_database_t *, void *, int
 int db_olt_alarm_log_get_action_trap(uint16_t id, tq_database_t *, void *, int *len);
 int db_olt_alarm_log_get_action_remote(uint16_t id, tq_database_t *, void *, int *len);
 
-/* Configuration as XML text; the caller frees it with free(3). */
+/* Configuration as XML text, one element a line, two spaces of indentation; the caller frees it with free(3).
+ * What was never set has no element; nothing set at all gives one empty <alarm-log .../> element.
+ *
+ *   <alarm-log xmlns="urn:norvale:yang:olt-alarm-log">     <alarm-log xmlns="urn:norvale:yang:olt-alarm-log">
+ *     <alarm>                                                <threshold>
+ *       <id>0</id>                                             <temp-high>
+ *       <name>fan</name>                                         <alarm-threshold>70</alarm-threshold>
+ *       <desc>...</desc>                                         <clear-threshold>65</clear-threshold>
+ *       <type>equipment</type>                                 </temp-high>
+ *       <class>alarm</class>                                   ... temp-low, cpu-usage-high, mem-usage-high
+ *       <level>major</level>                                 </threshold>
+ *       <action>                                           </alarm-log>
+ *         <print>true</print>
+ *         ... record, trap, remote: true or false
+ *       </action>
+ *     </alarm>
+ *     ... ascending ids
+ *   </alarm-log>
+ */
 int db_olt_alarm_log_show_xml_alarm_id(tq_database_t *, char **xml);  /* negative on failure */
 int db_olt_alarm_log_show_xml_threshold(tq_database_t *, char **xml); /* 0 on success */
 
