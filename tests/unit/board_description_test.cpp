@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "board_description.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "json_fields.hpp"
+#include "temporary_folder.hpp"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::string default_text()
+{
+    std::ostringstream text;
+    text << std::ifstream(OLT8_JSON).rdbuf();
+    return text.str();
+}
+
+std::string replaced(std::string text, const std::string &from, const std::string &to)
+{
+    const auto at = text.find(from);
+    if (at == std::string::npos)
+        throw std::logic_error("not in the description: " + from);
+    return text.replace(at, from.size(), to);
+}
+
+class Description : public testing::Test {
+protected:
+    TemporaryFolder folder;
+
+    std::string complaint(const std::string &text)
+    {
+        try {
+            board::load(folder.write("board.json", text));
+        } catch (const json::Error &error) {
+            const std::string line = error.what();
+            EXPECT_THAT(line, StartsWith(folder.file("board.json") + ": "));
+            EXPECT_EQ(line.find('\n'), std::string::npos);
+            return line;
+        }
+        return "accepted";
+    }
+};
+
+TEST_F(Description, default_board_has_eight_pon_and_four_ge_cages)
+{
+    const board::Board board = board::load(OLT8_JSON);
+    EXPECT_EQ(board.pon.count, 8);
+    EXPECT_EQ(board.pon.first_channel, 0);
+    EXPECT_EQ(board.pon.presence_register, 11);
+    EXPECT_EQ(board.ge.count, 4);
+    EXPECT_EQ(board.ge.first_channel, 8);
+    EXPECT_EQ(board.ge.presence_register, 12);
+    EXPECT_EQ(board.cpld.bus, 0);
+    EXPECT_EQ(board.cpld.power_status, 0x03);
+    EXPECT_EQ(board.cpld.logic_version, 0x21);
+    EXPECT_EQ(board.cpld.device_type, 0x05);
+    EXPECT_EQ(board.lm75.bus, 2);
+    EXPECT_EQ(board.lm75.address, 0x48);
+}
+
+TEST_F(Description, default_board_lists_pon_ports_in_record_2_and_ge_ports_in_record_5)
+{
+    const board::Board board = board::load(OLT8_JSON);
+    ASSERT_EQ(board.records.size(), 2U);
+    const board::Record &pon = board.records[0];
+    EXPECT_EQ(pon.index, 2U);
+    EXPECT_EQ(pon.word8, 0U);
+    EXPECT_EQ(pon.word108, 6U);
+    EXPECT_EQ(pon.capability, 1U << 3);
+    ASSERT_EQ(pon.pon1.size(), 8U);
+    ASSERT_EQ(pon.pon2.size(), 8U);
+    EXPECT_EQ(pon.pon1.front().number, 1U);
+    EXPECT_EQ(pon.pon2.back().number, 8U);
+    EXPECT_TRUE(pon.pon1.front().in_use);
+    const board::Record &ge = board.records[1];
+    EXPECT_EQ(ge.index, 5U);
+    EXPECT_EQ(ge.capability, 1U << 4);
+    ASSERT_EQ(ge.sfp.size(), 4U);
+    EXPECT_TRUE(ge.sfp.back().present);
+    EXPECT_EQ(ge.sfp.back().slot, 0U);
+}
+
+TEST_F(Description, missing_file_is_named)
+{
+    try {
+        board::load(folder.file("nowhere.json"));
+        FAIL();
+    } catch (const json::Error &error) {
+        EXPECT_EQ(error.what(), folder.file("nowhere.json") + ": No such file or directory");
+    }
+}
+
+TEST_F(Description, missing_field_is_named_with_its_object)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "\"logic_version\": \"0x21\",", "")),
+                EndsWith("cpld.logic_version: missing"));
+}
+
+TEST_F(Description, misspelt_field_is_not_ignored)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "\"drift\"", "\"drfit\"")),
+                EndsWith("drfit: unknown field"));
+}
+
+TEST_F(Description, number_outside_its_range_is_refused)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "\"0x48\"", "\"0x148\"")),
+                EndsWith("lm75.address: 328 is not in 3..119"));
+}
+
+TEST_F(Description, text_that_is_no_number_is_refused)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "\"0x48\"", "\"48h\"")),
+                EndsWith("lm75.address: \"48h\" is not a whole number"));
+}
+
+TEST_F(Description, port_given_twice_names_the_entry)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "{\"port\": 2}", "{\"port\": 1}")),
+                EndsWith("records[0].pon1[1].port: given twice"));
+}
+
+TEST_F(Description, port_record_has_exactly_sixteen_bytes)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "[2, 8, ", "[8, ")),
+                EndsWith("port_record: has 15 entries, 16 expected"));
+}
+
+TEST_F(Description, more_cages_than_channels_are_refused)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "\"channels\": 14", "\"channels\": 10")),
+                EndsWith("ge_cages.count: the multiplexer has only 10 channels"));
+}
+
+TEST_F(Description, syntax_error_names_the_line)
+{
+    EXPECT_THAT(complaint("{\n\"name\": \"x\",\n!\n}"), HasSubstr(": line 3: "));
+    EXPECT_THAT(complaint("{\n\"name\": \"x\"\n"), EndsWith(": the file ends too early"));
+    EXPECT_THAT(complaint(""), EndsWith(": the file ends too early"));
+    EXPECT_THAT(complaint("[]"), EndsWith(": not a JSON object"));
+}
+
+TEST_F(Description, folder_from_the_environment_has_precedence)
+{
+    const board::Board board = board::load(OLT8_JSON);
+    ASSERT_EQ(::unsetenv("BOARDSIM_DIR"), 0);
+    EXPECT_EQ(board::sim_folder(board), "/run/boardsim");
+    ASSERT_EQ(::setenv("BOARDSIM_DIR", "/tmp/elsewhere", 1), 0);
+    EXPECT_EQ(board::sim_folder(board), "/tmp/elsewhere");
+    ASSERT_EQ(::unsetenv("BOARDSIM_DIR"), 0);
+}
+
+} // namespace
