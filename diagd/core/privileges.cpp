@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The daemon's privilege set.
+#include "privileges.hpp"
+
+#include <iterator>
+
+static zebra_capabilities_t _caps_p[] = {ZCAP_NET_RAW, ZCAP_BIND, ZCAP_SYS_ADMIN};
+
+struct zebra_privs_t diagd_privs = {
+    .caps_p = _caps_p,
+    .caps_i = nullptr,
+    .cap_num_p = std::size(_caps_p),
+    .cap_num_i = 0,
+    .user = "daemon",
+    .group = "daemon",
+    .vty_group = "daemon",
+};

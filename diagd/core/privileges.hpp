@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What the daemon may do, and the guard that raises its privileges for as long as it lives.
+#pragma once
+
+#include "frr.hpp"
+
+extern struct zebra_privs_t diagd_privs;
+
+namespace diagd {
+
+// Raised only around device opens and shell commands.  `reason` names the operation and must be a literal:
+// libfrr keeps the pointer while raised.
+class Privileges {
+public:
+    explicit Privileges(const char *reason) noexcept : raised_(_zprivs_raise(&diagd_privs, reason)) {}
+    ~Privileges() { lower(); }
+    Privileges(const Privileges &) = delete;
+    Privileges &operator=(const Privileges &) = delete;
+
+    // Lowers at once; a second call does nothing, so that the count of raises stays balanced.
+    void lower() noexcept
+    {
+        if (raised_ != nullptr)
+            _zprivs_lower(&raised_);
+        raised_ = nullptr;
+    }
+
+private:
+    struct zebra_privs_t *raised_;
+};
+
+} // namespace diagd

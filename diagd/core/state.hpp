@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The process-wide objects: one instance of each, alive as long as the process.
+#pragma once
+
+#include "tq_database.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+struct thread_master;
+
+namespace diagd {
+
+// Written by commands and by the service bus, read by the monitor threads.  A reader may see a change one
+// cycle late, so no order is needed: always load and store with std::memory_order_relaxed.
+using MonitorSwitch = std::atomic<std::uint8_t>; // 1 enabled, 0 disabled
+static_assert(sizeof(MonitorSwitch) == 1 && MonitorSwitch::is_always_lock_free);
+
+struct State {
+    int sem_id;                 // board-access semaphore
+    std::uint32_t pon_mode;     // 1 GPON, 2 XG-PON, 3 combo
+    std::uint8_t cpld_i2c_bus;  // where the CPLD sits
+    std::uint8_t cpld_i2c_addr; // 7-bit
+    MonitorSwitch fan_monitor;
+    MonitorSwitch usb_monitor;
+    MonitorSwitch power_monitor;
+    MonitorSwitch transceiver_monitor;
+    struct thread_master *master; // libfrr's event loop
+
+    // All four switches at once: the service bus and the CPLD upgrade suspend and resume monitoring as a
+    // whole.
+    void set_all_monitors(bool enabled) noexcept
+    {
+        const std::uint8_t value = enabled ? 1 : 0;
+        for (MonitorSwitch *monitor : {&fan_monitor, &usb_monitor, &power_monitor, &transceiver_monitor})
+            monitor->store(value, std::memory_order_relaxed);
+    }
+};
+static_assert(offsetof(State, sem_id) == 0 && sizeof(State::sem_id) == 4);
+static_assert(offsetof(State, pon_mode) == 4);
+static_assert(offsetof(State, cpld_i2c_bus) == 8);
+static_assert(offsetof(State, cpld_i2c_addr) == 9);
+static_assert(offsetof(State, fan_monitor) == 10);
+static_assert(offsetof(State, usb_monitor) == 11);
+static_assert(offsetof(State, power_monitor) == 12);
+static_assert(offsetof(State, transceiver_monitor) == 13);
+static_assert(offsetof(State, master) == 16);
+
+} // namespace diagd
+
+extern diagd::State diagm;       // all zero at start
+extern tq_database_t g_diagd_db; // configuration database
+extern tq_port_info_t port_info; // port counts; all zero when the database could not give them
+extern tq_intf_table_t intf;     // interface table; all zero means no ports
