@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What diagsh says and returns when it fails itself, as opposed to a command that fails.
+#pragma once
+
+#include <sysexits.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace diagsh {
+
+// Ends diagsh: one line on standard error and an exit status of sysexits.h, which no vty status reaches.
+class Failure : public std::runtime_error {
+public:
+    Failure(int status, const std::string &text) : std::runtime_error(text), m_status(status) {}
+    int status() const { return m_status; }
+
+private:
+    int m_status;
+};
+
+} // namespace diagsh

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// A session on the daemon's unix vty socket.
+#include "vty_session.hpp"
+
+#include "failure.hpp"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <filesystem>
+#include <string_view>
+
+namespace diagsh {
+
+namespace {
+
+constexpr std::size_t end_mark_size = 4; // three NULs and the status byte
+
+[[noreturn]] void connect_failed(const std::string &path, int error)
+{
+    if (error == EACCES || error == EPERM)
+        throw Failure(EX_NOPERM, "only root and the vty group may use " + path);
+    if (error == ENOENT || error == ENOTDIR || error == ECONNREFUSED)
+        throw Failure(EX_UNAVAILABLE, "no daemon answers on " + path + "; is the OLT running?");
+    throw Failure(EX_UNAVAILABLE, path + ": " + std::strerror(error));
+}
+
+// The address holds 108 characters and a build folder may lie deeper, so the folder is opened and the socket
+// named through its descriptor.
+UniqueFd connect_to(const std::string &path)
+{
+    const std::filesystem::path socket_path(path);
+    const std::string folder = socket_path.has_parent_path() ? socket_path.parent_path().string() : ".";
+    const UniqueFd folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!folder_fd)
+        connect_failed(path, errno);
+
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string name =
+        "/proc/self/fd/" + std::to_string(folder_fd.get()) + "/" + socket_path.filename().string();
+    if (name.size() >= sizeof address.sun_path)
+        connect_failed(path, ENAMETOOLONG);
+    name.copy(address.sun_path, name.size());
+
+    UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!fd)
+        connect_failed(path, errno);
+    if (::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+        connect_failed(path, errno);
+    return fd;
+}
+
+} // namespace
+
+VtySession::VtySession(const std::string &socket_path) : m_socket(connect_to(socket_path)) {}
+
+VtyAnswer VtySession::run(const std::string &command)
+{
+    const Failure closed(EX_UNAVAILABLE, "the daemon closed the session during: " + command);
+
+    std::string_view rest(command.c_str(), command.size() + 1); // with its NUL
+    while (!rest.empty()) {
+        const ssize_t sent = ::send(m_socket.get(), rest.data(), rest.size(), MSG_NOSIGNAL);
+        if (sent < 0 && errno == EINTR)
+            continue;
+        if (sent <= 0)
+            throw closed;
+        rest.remove_prefix(static_cast<std::size_t>(sent));
+    }
+
+    // The vty prints no NUL, so the answer ends with the first one, three bytes later.
+    std::string answer;
+    std::size_t mark = std::string::npos;
+    std::array<char, 65536> chunk;
+    while (mark == std::string::npos || answer.size() < mark + end_mark_size) {
+        const ssize_t got = ::recv(m_socket.get(), chunk.data(), chunk.size(), 0);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            throw closed;
+        const std::size_t scanned = answer.size();
+        answer.append(chunk.data(), static_cast<std::size_t>(got));
+        if (mark == std::string::npos)
+            mark = answer.find('\0', scanned);
+    }
+    const auto status = static_cast<unsigned char>(answer[mark + end_mark_size - 1]);
+    answer.resize(mark);
+    return {status, std::move(answer)};
+}
+
+} // namespace diagsh

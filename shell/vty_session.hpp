@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// A session on the daemon's unix vty socket.  It needs no password: the socket's owner and group decide who
+// may use it.  Exchange: a command and a NUL; the answer is the command's text, three NULs and one status
+// byte.
+#pragma once
+
+#include "unique_fd.hpp"
+
+#include <string>
+
+namespace diagsh {
+
+struct VtyAnswer {
+    int status = 0;   // the command's return code, 0 is success
+    std::string text; // what it printed, byte for byte
+};
+
+class VtySession {
+public:
+    // Connects; throws Failure when no daemon answers or this user may not use the socket.
+    explicit VtySession(const std::string &socket_path);
+
+    // Runs one command and waits for its end, however long that takes.  Throws Failure when the daemon closes
+    // the session before the answer is complete.
+    VtyAnswer run(const std::string &command);
+
+private:
+    UniqueFd m_socket;
+};
+
+} // namespace diagsh
