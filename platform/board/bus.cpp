@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Choice of the transport.  Failure policy: without a usable description there is no bus, and every call of
+// the libraries fails with ENODEV.
+#include "bus.hpp"
+
+#include <memory>
+
+#include "bus_sim.hpp"
+
+namespace board {
+
+namespace {
+
+std::unique_ptr<Bus> make_bus()
+{
+    std::string error;
+    const Board *board = this_board(error);
+    if (board == nullptr || board->transport != Transport::sim)
+        return nullptr;
+    return std::make_unique<SimBus>(sim_folder(*board));
+}
+
+} // namespace
+
+const Bus *this_bus()
+{
+    static const std::unique_ptr<Bus> bus = make_bus();
+    return bus.get();
+}
+
+} // namespace board
