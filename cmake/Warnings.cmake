@@ -8,4 +8,6 @@ target_compile_options(
             -Wformat=2
             -Wconversion
             -Wshadow
+            # designated initialisers name what matters and leave the rest zero
+            $<$<COMPILE_LANGUAGE:CXX>:-Wno-missing-field-initializers>
             -Werror)

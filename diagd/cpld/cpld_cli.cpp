@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// CPLD commands.
+#include "install.hpp"
+
+#include <array>
+
+namespace {
+constexpr std::array<diagd::InstallRow, 0> commands{};
+}
+
+int cpld_init(void)
+{
+    diagd::install_table(commands);
+    return 0;
+}

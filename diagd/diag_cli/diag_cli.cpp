@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The daemon's command frame: its nodes, and the install order of the alarm-log and basic commands.
+#include "alarm_log_commands.hpp"
+#include "basic_cmd.hpp"
+#include "install.hpp"
+#include "nodes.hpp"
+
+using diagd::config_node;
+using diagd::diagnose_node;
+
+namespace {
+
+// Never entered: it exists to write its part of the running configuration.
+struct cmd_node alarm_log_cmd_node = {
+    .name = "alarm-log",
+    .node = diagd::alarm_log_node,
+    .prompt = "",
+};
+
+// The trailing arguments of the prompts are the session's slot and port.
+struct cmd_node gpon_cmd_node = {
+    .name = "gpon",
+    .node = diagd::gpon_node,
+    .parent_node = CONFIG_NODE,
+    .prompt = "%s(config-gpon-%d/%d)# ",
+};
+
+struct cmd_node xgpon_cmd_node = {
+    .name = "xgpon",
+    .node = diagd::xgpon_node,
+    .parent_node = CONFIG_NODE,
+    .prompt = "%s(config-xgpon-%d/%d)# ",
+};
+
+constexpr diagd::InstallRow commands[] = {
+    // Interfaces
+    {config_node, &gpon_config_interface_cmd},
+    {config_node, &xgpon_config_interface_cmd},
+
+    // Alarm log: record view
+    {config_node, &show_alarm_log_cmd},
+    {config_node, &show_alarm_log_head_cmd},
+    {config_node, &show_alarm_log_tail_cmd},
+    {config_node, &clear_alarm_log_cmd},
+    {config_node, &clear_syslog_cmd},
+
+    // Alarm log: remote servers and flash
+
+    // Alarm log: actions, levels and board thresholds
+
+    // Alarm log: test records
+    {config_node, &alarm_log_debug_cmd},
+
+    // Thresholds of a PON interface, each command into both interface nodes
+
+    // Board
+    {diagnose_node, &show_debugging_cmd},
+    {diagnose_node, &pon_reset_cmd},
+    {diagnose_node, &gpio_system_reset_cmd},
+    {config_node, &show_version_cmd},
+
+    // Monitor switches
+    {diagnose_node, &fan_monitor_set_cmd},
+    {diagnose_node, &usb_monitor_set_cmd},
+    {diagnose_node, &power_monitor_set_cmd},
+    {diagnose_node, &transceiver_monitor_set_cmd},
+    {diagnose_node, &show_diag_monitor_cmd},
+};
+
+} // namespace
+
+int diag_cmd_init(void)
+{
+    install_node(&alarm_log_cmd_node);
+    install_node(&gpon_cmd_node);
+    install_node(&xgpon_cmd_node);
+    diagd::install_table(commands);
+    return 0;
+}

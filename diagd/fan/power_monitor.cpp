@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Power supply monitor commands.
+#include "install.hpp"
+
+#include <array>
+
+namespace {
+constexpr std::array<diagd::InstallRow, 0> commands{};
+}
+
+int power_init(void)
+{
+    diagd::install_table(commands);
+    return 0;
+}

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Steps of the start order that belong to no unit.  "Ends the process" is exit status 0: whoever supervises
+// the daemon must not take a board without semaphore or database for a crash and restart it in a circle.
+#pragma once
+
+// Messages on standard output reach a log when they are printed, not when a buffer is full.
+void line_buffer_stdout(void);
+
+// Creates or opens the board-access semaphore; ends the process when there is none.
+void board_semaphore_init(void);
+
+// The iptables tools that the system shows run find their extensions here, whatever the environment said.
+void xtables_libdir_init(void);
+
+// Opens the configuration database; ends the process when it cannot be opened.
+void diagd_database_init(void);
+
+// Port counts and interface table; without the port record both stay zero and the daemon runs with no ports.
+void diagd_get_base_cfg(void);
