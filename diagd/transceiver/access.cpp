@@ -9,6 +9,8 @@
 #include <array>
 #include <cstdio>
 
+using namespace diagd;
+
 std::uint8_t transceiver_debug = 0;
 
 namespace {

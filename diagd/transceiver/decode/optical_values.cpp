@@ -11,6 +11,43 @@
 #include <cmath>
 #include <cstdlib>
 
+using namespace diagd;
+
+namespace {
+
+// XG-PON optics, and the GPON optics of a combo module's second path, report in double units.
+bool double_units(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept
+{
+    switch (transceiver_type_by_wavelength(wavelength_nm)) {
+    case ModuleClass::xgpon:
+        return true;
+    case ModuleClass::gpon:
+        return diagnostics_address != first_path.diagnostics;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+ModuleClass transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept
+{
+    const auto row = std::ranges::find(wavelength_table, wavelength_nm, &WavelengthRow::wavelength_nm);
+    return row == wavelength_table.end() ? ModuleClass::unknown : row->module_class;
+}
+
+float tx_power_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept
+{
+    return double_units(diagnostics_address, wavelength_nm) ? 2 * sff_power_unit_uw : sff_power_unit_uw;
+}
+
+float bias_current_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept
+{
+    return double_units(diagnostics_address, wavelength_nm) ? 2 * sff_bias_unit_ua : sff_bias_unit_ua;
+}
+
+namespace diagd {
+
 ModuleFamily module_family(std::uint8_t identifier) noexcept
 {
     switch (identifier) {
@@ -29,47 +66,12 @@ ModuleFamily module_family(std::uint8_t identifier) noexcept
 
 namespace {
 
-const WavelengthRow *row_of(std::uint16_t wavelength_nm) noexcept
-{
-    const auto *row = std::ranges::find(wavelength_table, wavelength_nm, &WavelengthRow::wavelength_nm);
-    return row == wavelength_table.end() ? nullptr : row;
-}
-
-// XG-PON optics, and the GPON optics of a combo module's second path, report in double units.
-bool double_units(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept
-{
-    switch (transceiver_type_by_wavelength(wavelength_nm)) {
-    case ModuleClass::xgpon:
-        return true;
-    case ModuleClass::gpon:
-        return diagnostics_address != first_path.diagnostics;
-    default:
-        return false;
-    }
-}
-
 float apply(float raw, Calibration cal) noexcept
 {
     return raw * cal.slope + cal.offset;
 }
 
 } // namespace
-
-ModuleClass transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept
-{
-    const WavelengthRow *row = row_of(wavelength_nm);
-    return row == nullptr ? ModuleClass::unknown : row->module_class;
-}
-
-float tx_power_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept
-{
-    return double_units(diagnostics_address, wavelength_nm) ? 2 * sff_power_unit_uw : sff_power_unit_uw;
-}
-
-float bias_current_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept
-{
-    return double_units(diagnostics_address, wavelength_nm) ? 2 * sff_bias_unit_ua : sff_bias_unit_ua;
-}
 
 std::uint16_t be16(std::span<const std::uint8_t, 2> bytes) noexcept
 {
@@ -147,3 +149,5 @@ OpticalValues optical_values(const RawDiagnostics &raw, std::uint8_t diagnostics
         .rx_power_dbm = optical_power_dbm(raw.rx_power, sff_power_unit_uw, cal.rx_power),
     };
 }
+
+} // namespace diagd

@@ -2,11 +2,12 @@
 // Display texts of module code bytes: SFF-8024 (identifier, connector, encoding), SFF-8472 table 5-3 and
 // SFF-8636 table 6-17 (Ethernet compliance).  The texts are what scripts of this product line compare with,
 // odd ones included.
-#ifndef DIAGD_SFF_TABLES_HPP
-#define DIAGD_SFF_TABLES_HPP
+#pragma once
 
 #include <array>
 #include <cstdint>
+
+namespace diagd {
 
 struct SffText {
     std::int32_t code;
@@ -125,4 +126,4 @@ inline constexpr std::array<SffText, 9> qsfp_extended_table{{
     {23, "100G CLR4"},
 }};
 
-#endif
+} // namespace diagd

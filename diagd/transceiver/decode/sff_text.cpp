@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <span>
 
+using namespace diagd;
+
 namespace {
 
 // Holds the text of a code that no table knows, until the next one.

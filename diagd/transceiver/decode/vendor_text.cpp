@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 
+namespace diagd {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -50,3 +51,5 @@ std::string vendor_text(Bytes field)
     }
     return text;
 }
+
+} // namespace diagd

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Laser wavelengths (A0h bytes 60-61) by which a module's use is known.
-#ifndef DIAGD_WAVELENGTH_TABLE_HPP
-#define DIAGD_WAVELENGTH_TABLE_HPP
+#pragma once
 
 #include "optical_values.hpp"
 
 #include <array>
 #include <cstdint>
+
+namespace diagd {
 
 struct WavelengthRow {
     std::uint16_t wavelength_nm;
@@ -23,4 +24,4 @@ inline constexpr std::array<WavelengthRow, 7> wavelength_table{{
     {1791, ModuleClass::xgpon},
 }};
 
-#endif
+} // namespace diagd

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // From raw diagnostic words of a module to engineering values.  Pure: no bus, no state.
-#ifndef DIAGD_OPTICAL_VALUES_HPP
-#define DIAGD_OPTICAL_VALUES_HPP
+#pragma once
 
 #include <cstdint>
 #include <span>
+
+namespace diagd {
 
 // Memory map families, told apart by the identifier (A0h byte 0, SFF-8024 table 4-1).
 enum class ModuleFamily : std::uint8_t { unsupported, sff8472, sff8636 };
@@ -20,14 +21,8 @@ struct PathAddress {
 inline constexpr PathAddress first_path{0x50, 0x51};
 inline constexpr PathAddress second_path{0x58, 0x59}; // combo PON modules only
 
-ModuleFamily module_family(std::uint8_t identifier) noexcept;
-
-extern "C" {
-ModuleClass transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept;
-// Weight of one count of the TX power field in microwatts, of the bias field in microamperes.
-float tx_power_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept;
-float bias_current_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept;
-}
+inline constexpr float sff_bias_unit_ua = 2.0F;  // weight of one count of a bias field
+inline constexpr float sff_power_unit_uw = 0.1F; // weight of one count of a power field
 
 // Linear correction of one raw field.  The default is that of an internally calibrated module: none.
 struct Calibration {
@@ -40,17 +35,11 @@ struct CalibrationConstants {
     Calibration bias, tx_power, temperature, voltage, rx_power;
 };
 
-// One 16-bit constant as the modules of these boards store it: a signed whole part in the first byte and a
-// fraction in the upper half of the second, whose bit 7 marks the whole word as negated.
-float calibration_value(std::uint16_t word) noexcept;
-CalibrationConstants calibration_constants(std::span<const std::uint8_t, 20> a2h_76_95) noexcept;
-
 // Raw fields of A2h bytes 96-105.
 struct RawDiagnostics {
     std::int16_t temperature;
     std::uint16_t voltage, bias, tx_power, rx_power;
 };
-RawDiagnostics raw_diagnostics(std::span<const std::uint8_t, 10> a2h_96_105) noexcept;
 
 struct OpticalValues {
     float temperature_c; // without its sign
@@ -60,19 +49,33 @@ struct OpticalValues {
     float rx_power_dbm;
 };
 
-inline constexpr float sff_bias_unit_ua = 2.0F;  // LSB of SFF-8472 and SFF-8636 bias fields
-inline constexpr float sff_power_unit_uw = 0.1F; // LSB of their power fields
+[[nodiscard]] ModuleFamily module_family(std::uint8_t identifier) noexcept;
 
-std::uint16_t be16(std::span<const std::uint8_t, 2> bytes) noexcept;
+// One 16-bit constant as the modules of these boards store it: a signed whole part in the first byte and a
+// fraction in the upper half of the second, whose bit 7 marks the whole word as negated.
+[[nodiscard]] float calibration_value(std::uint16_t word) noexcept;
+[[nodiscard]] CalibrationConstants
+calibration_constants(std::span<const std::uint8_t, 20> a2h_76_95) noexcept;
 
-// Scalar conversions; `unit` is the weight of one count.
-float temperature_c(std::int16_t raw, Calibration cal = {}) noexcept;                     // 1/256 degree
-float voltage_v(std::uint16_t raw, Calibration cal = {}) noexcept;                        // 100 uV
-float bias_ma(std::uint16_t raw, float unit_ua, Calibration cal = {}) noexcept;           // unit_ua
-float optical_power_dbm(std::uint16_t raw, float unit_uw, Calibration cal = {}) noexcept; // unit_uw
+[[nodiscard]] std::uint16_t be16(std::span<const std::uint8_t, 2> bytes) noexcept;
+[[nodiscard]] RawDiagnostics raw_diagnostics(std::span<const std::uint8_t, 10> a2h_96_105) noexcept;
+
+// Scalar conversions.  Raw counts are 1/256 degree, 100 uV, `unit_ua` and `unit_uw`.
+[[nodiscard]] float temperature_c(std::int16_t raw, Calibration cal = {}) noexcept;
+[[nodiscard]] float voltage_v(std::uint16_t raw, Calibration cal = {}) noexcept;
+[[nodiscard]] float bias_ma(std::uint16_t raw, float unit_ua, Calibration cal = {}) noexcept;
+[[nodiscard]] float optical_power_dbm(std::uint16_t raw, float unit_uw, Calibration cal = {}) noexcept;
 
 // All five of one SFP path, with the units of its diagnostics address and wavelength.
-OpticalValues optical_values(const RawDiagnostics &raw, std::uint8_t diagnostics_address,
-                             std::uint16_t wavelength_nm, const CalibrationConstants &cal = {}) noexcept;
+[[nodiscard]] OpticalValues optical_values(const RawDiagnostics &raw, std::uint8_t diagnostics_address,
+                                           std::uint16_t wavelength_nm,
+                                           const CalibrationConstants &cal = {}) noexcept;
 
-#endif
+} // namespace diagd
+
+extern "C" {
+diagd::ModuleClass transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept;
+// Weight of one count of the TX power field in microwatts, of the bias field in microamperes.
+float tx_power_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept;
+float bias_current_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept;
+}

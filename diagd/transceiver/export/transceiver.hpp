@@ -6,8 +6,7 @@
 // CPLD until after it closed it, because other processes share the bus.
 //
 // Addresses are 7-bit device addresses, registers the byte numbers of SFF-8472 (A0h/A2h pages) and SFF-8636.
-#ifndef DIAGD_TRANSCEIVER_HPP
-#define DIAGD_TRANSCEIVER_HPP
+#pragma once
 
 #include "optical_values.hpp"
 
@@ -65,5 +64,3 @@ const char *sff_8472_ethernet_compliance_str(const std::uint8_t *codes, std::uin
 const char *ethernet_compliance_str(std::uint32_t code, std::int32_t extended) noexcept;
 
 } // extern "C"
-
-#endif

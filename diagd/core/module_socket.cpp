@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Module sockets (see module_socket.hpp).  A presence register that cannot be read holds no module.
+#include "module_socket.hpp"
+
+#include "util_cpld.h"
+
+namespace diagd {
+
+namespace {
+constexpr std::uint8_t pon_presence_register = 0x0B;
+constexpr std::uint8_t gigabit_presence_register = 0x0C;
+constexpr int pon_channels = 8;
+} // namespace
+
+bool module_present(const BoardBracket &board, PortKind kind, int port) noexcept
+{
+    const bool gigabit = kind == PortKind::gigabit_ethernet;
+    std::uint8_t present = 0;
+    misc_cpld_i2c_read_byte(board.handle(), gigabit ? gigabit_presence_register : pon_presence_register,
+                            &present);
+    return (present >> ((static_cast<unsigned>(port) - 1) & 31) & 1) != 0;
+}
+
+int module_channel(PortKind kind, int port) noexcept
+{
+    return kind == PortKind::gigabit_ethernet ? port - 1 + pon_channels : port - 1;
+}
+
+ModuleSelect::ModuleSelect(const BoardBracket &board, PortKind kind, int port) noexcept
+    : handle_(static_cast<std::uint32_t>(board.handle()))
+{
+    if (module_present(board, kind, port))
+        channel_.emplace(board, module_channel(kind, port));
+}
+
+} // namespace diagd
