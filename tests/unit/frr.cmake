@@ -1,0 +1,3 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+# What our build of libfrr adds.
+diagd_unit_test(zclient_route_type_test zclient_route_type_test.cpp LIBS deps::frr)
