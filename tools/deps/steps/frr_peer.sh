@@ -17,7 +17,7 @@ patchelf --set-rpath '$ORIGIN' "$out"/lib/libfrr.so.0
 
 # complete, and of the version that our libfrr is made for
 ldd "$out"/sbin/* | tee libraries
-! grep 'not found' libraries
+if grep 'not found' libraries; then exit 1; fi
 for daemon in zebra staticd watchfrr; do
 	"$out/sbin/$daemon" --version | tee words
 	grep -F "$FRR_VERSION" words
