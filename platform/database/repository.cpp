@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Connection, transactions and locks.
+#include "repository.hpp"
+
+#include "owner_identity.hpp"
+#include "tq_errno.h"
+
+#include <libyang/libyang.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace tq::db {
+
+namespace {
+constexpr const char *alarm_module = "olt-alarm-log";
+constexpr const char *ntp_module = "olt-ntp";
+
+// sysrepo's shared memory is mapped and grows: with the file system full, touching it would kill the process
+// with SIGBUS.  Far more than one transaction needs is asked for first.
+constexpr unsigned long long shared_memory_reserve = 512 * 1024;
+
+bool is_shared_memory_full()
+{
+    struct statvfs status {};
+    return statvfs("/dev/shm", &status) == 0 &&
+           static_cast<unsigned long long>(status.f_bavail) * status.f_frsize < shared_memory_reserve;
+}
+
+template <class Owner, class Start>
+int owned(Owner &owner, Start start)
+{
+    typename Owner::pointer raw = nullptr;
+    errno = 0;
+    const int result = start(&raw);
+    if (result != SR_ERR_OK)
+        return result;
+    owner.reset(raw);
+    return SR_ERR_OK;
+}
+} // namespace
+
+Repository::Repository(Mirror &mirror) : mirror_(mirror) {}
+
+int Repository::open(Mirror &mirror, std::unique_ptr<Repository> &opened)
+{
+    // Connecting makes an empty repository where there is none: what is not there is to be set up, not
+    // guessed.
+    const std::string modules = std::string(sr_get_repo_path()) + "/yang";
+    if (::access(modules.c_str(), F_OK) != 0)
+        return errno == EACCES ? TQ_ERR_ACCESS : TQ_ERR_NO_DB;
+    if (is_shared_memory_full())
+        return TQ_ERR_NO_SPACE;
+
+    const OwnerIdentity owner(sr_get_repo_path());
+    std::unique_ptr<Repository> repository(new Repository(mirror));
+    int code = repository->connect();
+    for (const char *module : {alarm_module, ntp_module})
+        if (code == TQ_OK)
+            code = repository->watch(module);
+    if (code == TQ_OK)
+        code = repository->load_all();
+    if (code == TQ_OK)
+        code = repository->start_thread();
+    if (code == TQ_OK)
+        opened = std::move(repository);
+    return code;
+}
+
+int Repository::connect()
+{
+    int result = owned(connection_, [](auto raw) { return sr_connect(SR_CONN_DEFAULT, raw); });
+    if (result != SR_ERR_OK)
+        return code_of(result, nullptr);
+    const ly_ctx *context = sr_get_context(connection_.get());
+    for (const char *module : {alarm_module, ntp_module})
+        if (!ly_ctx_get_module(context, module, nullptr, 1))
+            return TQ_ERR_NO_DB;
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        schema_[i] = const_cast<lys_node *>(ly_ctx_get_node(context, nullptr, settings[i].schema_path, 0));
+        if (!schema_[i])
+            return TQ_ERR_NO_DB; // another revision of the module
+    }
+    const int code = start_session(session_);
+    return code == TQ_OK ? start_session(listener_) : code;
+}
+
+int Repository::start_session(Session &session)
+{
+    const int result =
+        owned(session, [this](auto raw) { return sr_session_start(connection_.get(), SR_DS_RUNNING, raw); });
+    return code_of(result, nullptr);
+}
+
+bool Repository::is_valid(Slot slot, const char *text) const
+{
+    const auto row = static_cast<std::size_t>(setting_of(slot).field);
+    return lyd_validate_value(schema_[row], text) == 0;
+}
+
+int Repository::apply(const Changes &changes)
+{
+    if (is_shared_memory_full())
+        return TQ_ERR_NO_SPACE;
+    int result = SR_ERR_OK;
+    for (const auto &[slot, value] : changes) {
+        const Path path = path_of(slot);
+        result = value
+                     ? sr_set_item_str(session_.get(), path.data(), value->c_str(), nullptr, SR_EDIT_DEFAULT)
+                     : sr_delete_item(session_.get(), path.data(), SR_EDIT_DEFAULT);
+        if (result != SR_ERR_OK)
+            break;
+    }
+    errno = 0;
+    if (result == SR_ERR_OK)
+        result = sr_apply_changes(session_.get(), apply_timeout.count(), 0);
+    const int code = code_of(result, session_.get());
+    // Changes that were refused stay in the session and would be refused again with the next ones.
+    if (result != SR_ERR_OK)
+        sr_discard_changes(session_.get());
+    take_notices();
+    if (result == SR_ERR_TIME_OUT) // it may have come through all the same
+        reload();
+    return code;
+}
+
+int Repository::lock()
+{
+    const auto deadline = std::chrono::steady_clock::now() + lock_wait;
+    for (;;) {
+        errno = 0;
+        const int result = sr_lock(session_.get(), alarm_module);
+        if (result != SR_ERR_LOCKED || std::chrono::steady_clock::now() >= deadline)
+            return code_of(result, session_.get());
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+int Repository::unlock()
+{
+    errno = 0;
+    return code_of(sr_unlock(session_.get(), alarm_module), session_.get());
+}
+
+} // namespace tq::db

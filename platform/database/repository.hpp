@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// One connection to the sysrepo repository, with the subscriptions that keep a Mirror current.
+//
+// Change notices are taken by a thread of our own, not by sysrepo's, for three reasons: it has all signals
+// blocked, so that they reach the main thread's event loop; a writer can take its own notices at once instead
+// of waiting for a thread; and two takers never meet.
+//
+// Failure policy: every call is bounded by the times below and gives a TQ_ERR_ code.  A notice that was lost,
+// because this process stood still for longer than the writer waited, is noticed by the next one: then
+// everything is read anew.
+#pragma once
+
+#include "mirror.hpp"
+#include "settings.hpp"
+#include "sr_error.hpp"
+#include "tq_database.h"
+
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace tq::db {
+
+inline constexpr std::chrono::milliseconds apply_timeout{2000}; // for each callback of other programs
+inline constexpr std::chrono::milliseconds read_timeout{2000};
+inline constexpr std::chrono::milliseconds lock_wait{1000};
+
+struct DisconnectDeleter {
+    void operator()(sr_conn_ctx_t *connection) const { sr_disconnect(connection); }
+};
+struct SessionDeleter {
+    void operator()(sr_session_ctx_t *session) const { sr_session_stop(session); }
+};
+struct UnsubscribeDeleter {
+    void operator()(sr_subscription_ctx_t *subscription) const { sr_unsubscribe(subscription); }
+};
+using Connection = std::unique_ptr<sr_conn_ctx_t, DisconnectDeleter>;
+using Session = std::unique_ptr<sr_session_ctx_t, SessionDeleter>;
+using Subscription = std::unique_ptr<sr_subscription_ctx_t, UnsubscribeDeleter>;
+
+class Repository {
+public:
+    // Connects, fills `mirror` and keeps it current.  TQ_ERR_NO_DB: no repository, or one without our
+    // modules.
+    static int open(Mirror &mirror, std::unique_ptr<Repository> &opened);
+    ~Repository();
+    Repository(const Repository &) = delete;
+    Repository &operator=(const Repository &) = delete;
+
+    // Whether the schema accepts the text as the value of this setting.
+    bool is_valid(Slot slot, const char *text) const;
+
+    // Makes all changes in one transaction; on return the mirror shows them.  One caller at a time.
+    int apply(const Changes &changes);
+
+    // Takes the notices that are waiting, so that the mirror is not behind anything committed before.
+    void take_notices();
+
+    // The calling thread is taking notices: inside a change callback the database must not be changed.
+    static bool is_in_callback();
+    // What the callback that runs on the calling thread was subscribed to.
+    static const char *callback_xpath();
+
+    // Lock against changes by others, held by our session.
+    int lock();
+    int unlock();
+
+    int start_session(Session &session);
+    int subscribe(const char *module, const tq_db_entry &entry);
+
+private:
+    struct Watched { // one of our modules
+        Repository *repository;
+        const char *module;
+        std::uint32_t last_request = 0; // number of the last transaction seen
+    };
+
+    explicit Repository(Mirror &mirror);
+    int connect();
+    int start_thread();
+    void run() noexcept;
+    int watch(const char *module);
+    template <class Subscribe>
+    int add_subscription(Subscribe subscribe);
+    void on_done(sr_session_ctx_t *session, Watched &watched, std::uint32_t request);
+    void add_leaf(const lyd_node *node, bool is_deleted, Changes &changes) const;
+    int load_all(); // with notices_ held
+    void reload();
+
+    Mirror &mirror_;
+    std::array<lys_node *, settings.size()> schema_{};
+    std::deque<Watched> watched_;     // addresses stay
+    std::deque<tq_db_entry> entries_; // of the callers' subscriptions; addresses stay
+    std::mutex notices_;              // one taker at a time
+    int event_fd_ = -1;               // the subscription's
+    int stop_fd_ = -1;
+    Connection connection_;
+    Session session_;  // of the writer
+    Session listener_; // of subscriptions and of reading anew, which happens while the writer writes
+    Subscription subscription_;
+    std::thread thread_;
+};
+
+} // namespace tq::db
