@@ -1,0 +1,116 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Fixtures around the shared alarm store, imported by the tests that need them."""
+import contextlib
+import os
+import select
+import subprocess
+import time
+from pathlib import Path
+
+import pytest
+from alarm_store import AlarmStore
+from olt import DEADLINE_S
+
+LIBRARIES = "/run/olt/build/lib"
+PEER = Path(__file__).with_name("store_peer.py")
+
+
+@pytest.fixture(scope="module")
+def olt(make_olt):
+    """An OLT that the tests of a module share, its calls traced, its platform able to fail."""
+    shared = make_olt()
+    shared.faults()
+    return shared.start(trace=True)
+
+
+@pytest.fixture
+def store(olt):
+    """The store of the module's OLT, empty at first."""
+    the_store = AlarmStore(olt.pid)
+    the_store.empty()
+    yield the_store
+    the_store.close()
+
+
+class Peer:
+    """A process of the box beside the daemon, see store_peer.py; killed when the test leaves it."""
+
+    def __init__(self, olt, *words):
+        self._buffer = b""
+        self._process = subprocess.Popen(olt.inside("python3", PEER, LIBRARIES, *words), stdin=subprocess.PIPE,
+                                         stdout=subprocess.PIPE)
+        os.set_blocking(self._process.stdout.fileno(), False)
+
+    def running(self):
+        return self._process.poll() is None
+
+    def lines(self):
+        """Complete lines it has said since."""
+        while chunk := self._process.stdout.read():
+            self._buffer += chunk
+        *lines, self._buffer = self._buffer.split(b"\n")
+        return [line.decode() for line in lines]
+
+    def wait_for(self, text, timeout=DEADLINE_S):
+        """Until it says this; anything else fails the test."""
+        deadline = time.monotonic() + timeout
+        while not (lines := self.lines()):
+            assert time.monotonic() < deadline, f"the peer did not say {text!r}"
+            assert self.running(), f"the peer ended with {self._process.returncode}"
+            select.select([self._process.stdout], [], [], deadline - time.monotonic())
+        assert lines[0] == text, lines
+        self._buffer = b"".join(line.encode() + b"\n" for line in lines[1:]) + self._buffer
+
+    def finished(self, timeout=DEADLINE_S):
+        """Waits for its end, which must be a good one; returns what it said meanwhile."""
+        lines = []
+        deadline = time.monotonic() + timeout
+        while self.running():
+            assert time.monotonic() < deadline, f"the peer did not end within {timeout} s"
+            select.select([self._process.stdout], [], [], 0.05)
+            lines += self.lines()
+        assert self._process.returncode == 0
+        return lines + self.lines()
+
+    def close_input(self):
+        self._process.stdin.close()
+
+    def kill(self):
+        """Kills it where it stands and waits until it is gone."""
+        # nsenter is the parent of the process in the box; only that one's death matters.
+        task = Path(f"/proc/{self._process.pid}/task/{self._process.pid}/children")
+        for child in task.read_text().split():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(int(child), 9)
+        self._process.wait(DEADLINE_S)
+
+    def leave(self):
+        if self.running():
+            self.kill()
+        self._process.stdout.close()
+        with contextlib.suppress(BrokenPipeError):
+            self._process.stdin.close()
+
+
+@contextlib.contextmanager
+def peer_of(olt, verb, *words):
+    peer = Peer(olt, verb, *words)
+    try:
+        peer.wait_for("held" if verb == "hold" else "ready")
+        yield peer
+    finally:
+        peer.leave()
+
+
+@pytest.fixture
+def peer(olt):
+    """A function that starts another process of the module's OLT."""
+    return lambda verb, *words: peer_of(olt, verb, *words)
+
+
+@pytest.fixture(scope="module")
+def describe(olt):
+    """The catalogue's description of an alarm, read from the platform library."""
+    done = olt.exec("python3", PEER, LIBRARIES, "describe", *map(str, range(106)), check=True)
+    descriptions = done.stdout.split("\n")[:106]
+    return lambda alarm_id: descriptions[alarm_id]

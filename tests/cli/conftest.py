@@ -1,0 +1,91 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Fixtures: OLTs in private boxes, so that tests run side by side."""
+
+import fcntl
+import itertools
+import os
+import shutil
+import subprocess
+
+import pytest
+
+from olt import BOX, BUILD, OLT, PROJECT, Olt
+
+_numbers = itertools.count()
+
+
+@pytest.fixture(scope="session")
+def states(worker_id):
+    """A folder for the state folders of this worker's OLTs, gone at the end."""
+    folder = PROJECT / "build" / "test-state" / f"{worker_id}-{os.getpid()}"
+    folder.mkdir(parents=True)
+    yield folder
+    shutil.rmtree(folder)
+
+
+@pytest.fixture(scope="session")
+def database():
+    """A prepared database to copy, made once for all workers."""
+    template = PROJECT / "build" / "test-state" / f"template-{BUILD.name}"
+    template.parent.mkdir(parents=True, exist_ok=True)
+    with open(f"{template}.lock", "w") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        subprocess.run([BOX, "--state", template, "--build", BUILD, "--net", "--", OLT, "files"], check=True)
+    return template / "database"
+
+
+@pytest.fixture(scope="module")
+def make_olt(states, database):
+    """A function that makes a box with its board; the daemon is not started yet."""
+    made = []
+
+    def make(**how):
+        made.append(Olt(states / str(next(_numbers)), template=database, **how))
+        return made[-1]
+
+    yield make
+    _close(made)
+
+
+def _close(olts):
+    errors = []
+    for olt in olts:
+        try:
+            olt.close()
+        except AssertionError as error:
+            errors.append(error)
+    assert not errors, errors
+
+
+@pytest.fixture(scope="module")
+def olt(make_olt):
+    """An OLT that the tests of a module share."""
+    return make_olt().start()
+
+
+@pytest.fixture
+def cold_olt(states, database):
+    """An OLT of the test's own whose daemon is not started yet."""
+    own = Olt(states / str(next(_numbers)), template=database)
+    yield own
+    _close([own])
+
+
+@pytest.fixture
+def fresh_olt(cold_olt):
+    """An OLT of the test's own."""
+    return cold_olt.start()
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_runtest_makereport(item):
+    """A failed test shows the end of what its daemon said."""
+    outcome = yield
+    report = outcome.get_result()
+    if not report.failed:
+        return
+    for value in getattr(item, "funcargs", {}).values():
+        if isinstance(value, Olt):
+            for name, text in (("log", value.log()), ("stdout", value.stdout()), ("stderr", value.stderr())):
+                if text:
+                    report.sections.append((f"diagd {name}", text[-4000:]))

@@ -1,0 +1,262 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""An OLT for a test: a private box with a simulated board, pinned, and the daemon in it."""
+
+import ctypes
+import json
+import os
+import shutil
+import signal
+import subprocess
+import time
+from pathlib import Path
+
+from trace import read_trace
+from vty import DEADLINE_S, Telnet, Vty, in_namespace
+
+PROJECT = Path(__file__).resolve().parents[2]
+BUILD = PROJECT / "build" / os.environ.get("DIAGD_PRESET", "release")
+BOX = PROJECT / "sim" / "box"
+OLT = PROJECT / "sim" / "olt"
+SEMAPHORE_KEYS = {"board": 0x102410, "alarm": 0x102411}
+SANITIZER_REPORTS = ("AddressSanitizer", "runtime error:", "ThreadSanitizer")
+PASSWORD = "secret"
+
+_libc = ctypes.CDLL(None, use_errno=True)
+
+
+def wait_until(condition, what, timeout=DEADLINE_S):
+    """Polls condition until it gives something true, and returns that."""
+    deadline = time.monotonic() + timeout
+    while True:
+        value = condition()
+        if value:
+            return value
+        assert time.monotonic() < deadline, f"{what} within {timeout} s"
+        time.sleep(0.01)
+
+
+def sanitizer_runtime():
+    """The sanitizer's runtime that a preloaded library must come after, if this build has one."""
+    name = {"asan": "libasan.so", "tsan": "libtsan.so"}.get(BUILD.name)
+    if not name:
+        return []
+    path = subprocess.run(["gcc", f"-print-file-name={name}"], capture_output=True, text=True, check=True)
+    return [os.path.realpath(path.stdout.strip())]
+
+
+class Olt:
+    """The box and the board live from construction to close(); the daemon from start() to kill()."""
+
+    def __init__(self, state, template=None, board=None):
+        """state: a folder not yet there.  template: a database to begin with.  board: changes to the
+        board description, merged at its top level."""
+        self.state = Path(state)
+        self.daemon = None
+        self.pid = None
+        self.stdout_path = self.state / "log" / "stdout"
+        self.stderr_path = self.state / "log" / "stderr"
+        self.trace_path = self.state / "log" / "trace"
+        self.faults_path = self.state / "log" / "faults"
+        for folder in ("conf", "run", "board", "database", "log", "flash"):
+            (self.state / folder).mkdir(parents=True)
+        if template:
+            shutil.rmtree(self.state / "database")
+            subprocess.run(["cp", "-a", str(template), str(self.state / "database")], check=True)
+        description = json.loads((PROJECT / "sim" / "boards" / "olt8.json").read_text())
+        description["drift"] = False
+        description.update(board or {})
+        (self.state / "board.json").write_text(json.dumps(description))
+        (self.state / "conf" / "vty-password").write_text(PASSWORD + "\n")
+        self.holder = subprocess.Popen(
+            [BOX, "--state", self.state, "--build", BUILD, "--net", "--", OLT, "board"],
+            stdin=subprocess.DEVNULL,
+            stdout=open(self.state / "log" / "box", "wb"),
+            stderr=subprocess.STDOUT,
+        )
+        wait_until(self._board_answers, "the board answers")
+
+    def _board_answers(self):
+        if self.holder.poll() is not None:
+            raise AssertionError("the box ended: " + (self.state / "log" / "box").read_text())
+        return self._run_boardctl("channel", "show").returncode == 0
+
+    # --- the daemon
+
+    def start(self, env=None, preload=(), trace=False, wait=True):
+        """Starts the daemon.  env: added to its environment; preload: libraries; trace: record calls."""
+        assert not self.daemon, "the daemon runs already"
+        variables = {"OLT_PRELOAD": ":".join([*sanitizer_runtime(), *map(str, preload)])}
+        variables["ASAN_OPTIONS"] = "detect_leaks=0"
+        variables["UBSAN_OPTIONS"] = "print_stacktrace=1"
+        if trace:
+            self.trace_path.unlink(missing_ok=True)
+            variables["TQ_TRACE"] = "/var/log/trace"
+        if self.faults_path.exists():
+            variables["TQ_FAULTS"] = "/var/log/faults"
+        variables.update(env or {})
+        with open(self.stdout_path, "ab") as out, open(self.stderr_path, "ab") as err:
+            self.daemon = subprocess.Popen(
+                self._inside(OLT, "daemon"),
+                stdin=subprocess.DEVNULL,
+                stdout=out,
+                stderr=err,
+                env={**os.environ, **variables},
+            )
+        if wait:
+            self.wait_answers()
+        return self
+
+    def wait_answers(self):
+        """Until the daemon answers a command on its vty."""
+
+        def answers():
+            if self.daemon.poll() is not None:
+                raise AssertionError(f"the daemon ended with {self.daemon.returncode}: {self.stderr()}{self.stdout()}")
+            try:
+                with Vty(self.vty_path, "enable"):
+                    return True
+            except (FileNotFoundError, ConnectionRefusedError):
+                return False
+
+        wait_until(answers, "the daemon answers")
+        self.pid = self._daemon_pid()
+
+    def _daemon_pid(self):
+        # nsenter waits for its only child, which is the daemon.
+        children = Path(f"/proc/{self.daemon.pid}/task/{self.daemon.pid}/children").read_text().split()
+        assert len(children) == 1, children
+        return int(children[0])
+
+    def signal(self, number):
+        os.kill(self.pid, number)
+
+    def kill(self, number=signal.SIGKILL):
+        """Ends the daemon and returns its exit status, negative when a signal ended it."""
+        if self.daemon.poll() is None:
+            self.signal(number)
+        return self.wait_end()
+
+    def stop(self):
+        return self.kill(signal.SIGTERM)
+
+    def wait_end(self, timeout=DEADLINE_S):
+        status = self.daemon.wait(timeout)
+        self.daemon = self.pid = None
+        return status
+
+    def restart(self, **how):
+        self.stop()
+        return self.start(**how)
+
+    def close(self):
+        """Ends the box and all in it; says what a sanitizer found."""
+        if self.daemon:
+            self.stop()
+        self.holder.kill()  # the box dies with its starter's process
+        self.holder.wait()
+        reports = [line for line in self.stderr().splitlines() if any(r in line for r in SANITIZER_REPORTS)]
+        assert not reports, reports
+
+    # --- talking to it
+
+    @property
+    def vty_path(self):
+        return str(self.state / "run" / "diagd.vty")
+
+    def vty(self, node="config", **how):
+        return Vty(self.vty_path, node, **how)
+
+    def run(self, command, node="config"):
+        """Text and return code of one command, in a session of its own."""
+        with self.vty(node) as session:
+            return session.run(command)
+
+    def telnet(self, password=PASSWORD):
+        return Telnet(f"/proc/{self.holder.pid}/ns/net", password)
+
+    def boardctl(self, *words):
+        """Runs boardctl; fails the test when it refuses."""
+        done = self._run_boardctl(*words)
+        assert done.returncode == 0, f"boardctl {words}: {done.stdout}{done.stderr}"
+        return done.stdout
+
+    def boardctl_refused(self, *words):
+        """Runs boardctl, which must refuse; returns what it says."""
+        done = self._run_boardctl(*words)
+        assert done.returncode != 0, f"boardctl {words} did not refuse: {done.stdout}"
+        return done.stdout + done.stderr
+
+    def _run_boardctl(self, *words):
+        return subprocess.run(
+            [BUILD / "bin" / "boardctl", *map(str, words)],
+            env={**os.environ, "BOARDSIM_DIR": str(self.state / "board")},
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            text=True,
+        )
+
+    def _inside(self, *command):
+        return [BOX, "--enter", str(self.holder.pid), "--", *map(str, command)]
+
+    def exec(self, *command, **how):
+        """Runs a program inside the box, as root; returns the completed process."""
+        how = {"capture_output": True, "text": True, "stdin": subprocess.DEVNULL, "timeout": 60, **how}
+        if "input" in how:
+            del how["stdin"]
+        return subprocess.run(self._inside(*command), **how)
+
+    def configure(self, *lines):
+        """Adds lines to the configuration file the daemon reads when it starts; before the first start."""
+        with open(self.state / "conf" / "diagd.conf", "a", encoding="latin-1") as file:
+            file.writelines(line + "\n" for line in lines)
+
+    # --- looking at it
+
+    def log(self):
+        path = self.state / "log" / "diagd.log"
+        return path.read_text("latin-1") if path.exists() else ""
+
+    def wait_log(self, text, timeout=DEADLINE_S):
+        wait_until(lambda: text in self.log(), f"{text!r} in the log", timeout)
+
+    def stdout(self):
+        return self.stdout_path.read_text("latin-1") if self.stdout_path.exists() else ""
+
+    def stderr(self):
+        return self.stderr_path.read_text("latin-1") if self.stderr_path.exists() else ""
+
+    def trace(self):
+        calls = read_trace(self.trace_path)
+        return [call for call in calls if '"/var/log/faults"' not in call.arguments]
+
+    def faults(self, *lines):
+        """Makes platform calls fail, see platform/trace; given anew each time, none clears them.  To be
+        called once before start, so that the daemon looks for the file at all."""
+        text = "".join(line + "\n" for line in lines)
+        new = self.faults_path.with_suffix(".new")
+        new.write_text(text)
+        new.rename(self.faults_path)
+
+    def fds(self):
+        """What the daemon's descriptors lead to, by number."""
+        found = {}
+        for entry in os.scandir(f"/proc/{self.pid}/fd"):
+            try:
+                found[int(entry.name)] = os.readlink(entry.path)
+            except FileNotFoundError:
+                pass
+        return found
+
+    def threads(self):
+        return sorted(Path(task, "comm").read_text().strip() for task in Path(f"/proc/{self.pid}/task").iterdir())
+
+    def sem_value(self, name):
+        """Value of the semaphore of the board or the alarm store: 1 is free, 0 held."""
+
+        def read():
+            identifier = _libc.semget(SEMAPHORE_KEYS[name], 0, 0)
+            if identifier < 0:
+                raise OSError(ctypes.get_errno(), f"semaphore {name}")
+            return _libc.semctl(identifier, 0, 12, 0)  # GETVAL
+
+        return in_namespace(f"/proc/{self.holder.pid}/ns/ipc", read)

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Preloaded into the daemon by tests: its calls of libfrr and libc appear in the call trace (TQ_TRACE) among
+// those of the platform, and obey the fault table (TQ_FAULTS), by the function's name.
+// A call that the trace itself makes, or that a recorded one makes in turn inside libc, is not recorded.
+#include "frr.hpp"
+#include "tq_trace.hpp"
+
+#include <dlfcn.h>
+#include <sys/mman.h>
+
+#include <cstdarg>
+
+namespace {
+
+thread_local bool inside = false;
+
+template <class Function>
+Function *next(const char *name)
+{
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+// Runs `call`, recorded unless this thread is recording already.  libfrr's own functions call one another,
+// and those calls are part of the order: `nested` lets them through.
+template <bool nested, class F, class... Args>
+auto recorded(const char *op, F &&call, const Args &...args)
+{
+    if (inside)
+        return call();
+    inside = true;
+    auto once = [&] {
+        inside = !nested;
+        struct Restore {
+            ~Restore() { inside = true; }
+        } restore;
+        return call();
+    };
+    struct Leave {
+        ~Leave() { inside = false; }
+    } leave;
+    return tq::traced(op, once, args...);
+}
+
+constexpr bool leaf = false;
+constexpr bool nested = true;
+
+} // namespace
+
+#define NEXT(function) static auto *const real = next<decltype(function)>(#function)
+
+extern "C" {
+
+// --- libfrr: life of the daemon.  frr_run and frr_config_fork are shown when they are entered: frr_run never
+// returns.
+
+void frr_preinit(struct frr_daemon_info *daemon, int argc, char **argv)
+{
+    NEXT(frr_preinit);
+    recorded<nested>(
+        "frr_preinit", [&] { real(daemon, argc, argv); }, tq::arg("name", daemon->name),
+        tq::arg("vty_port", daemon->vty_port));
+}
+
+struct thread_master *frr_init(void)
+{
+    NEXT(frr_init);
+    return recorded<nested>("frr_init", [] { return real(); });
+}
+
+void frr_config_fork(void)
+{
+    NEXT(frr_config_fork);
+    recorded<leaf>("frr_config_fork", [] {});
+    real();
+}
+
+void frr_run(struct thread_master *master)
+{
+    NEXT(frr_run);
+    recorded<leaf>("frr_run", [] {});
+    real(master);
+}
+
+bool vty_read_config(struct nb_config *config, const char *config_file, char *config_default_dir)
+{
+    NEXT(vty_read_config);
+    return recorded<nested>(
+        "vty_read_config", [&] { return real(config, config_file, config_default_dir); },
+        tq::arg("config_file", config_file), tq::arg("default", config_default_dir));
+}
+
+// --- libfrr: nodes and commands
+
+void install_node(struct cmd_node *node)
+{
+    NEXT(install_node);
+    recorded<leaf>(
+        "install_node", [&] { real(node); }, tq::arg("node", static_cast<int>(node->node)),
+        tq::arg("name", node->name), tq::arg("parent", static_cast<int>(node->parent_node)),
+        tq::arg("prompt", node->prompt));
+}
+
+void _install_element(enum node_type node, const struct cmd_element *element)
+{
+    NEXT(_install_element);
+    recorded<leaf>(
+        "install_element", [&] { real(node, element); }, tq::arg("node", static_cast<int>(node)),
+        tq::token("cmd", element->name), tq::arg("hidden", element->attr == CMD_ATTR_HIDDEN ? 1 : 0),
+        tq::arg("str", element->string), tq::arg("doc", element->doc));
+}
+
+// --- libfrr: privileges and peers
+
+struct zebra_privs_t *_zprivs_raise(struct zebra_privs_t *privs, const char *reason)
+{
+    NEXT(_zprivs_raise);
+    return recorded<leaf>(
+        "raise", [&] { return real(privs, reason); }, tq::arg("reason", reason));
+}
+
+void _zprivs_lower(struct zebra_privs_t **privs)
+{
+    NEXT(_zprivs_lower);
+    recorded<leaf>("lower", [&] { real(privs); });
+}
+
+struct zclient *zclient_new(struct thread_master *master, struct zclient_options *options,
+                            zclient_handler *const *handlers, size_t handler_count)
+{
+    NEXT(zclient_new);
+    return recorded<leaf>("zclient_new", [&] { return real(master, options, handlers, handler_count); });
+}
+
+void zclient_init(struct zclient *client, int route_type, unsigned short instance,
+                  struct zebra_privs_t *privs)
+{
+    NEXT(zclient_init);
+    recorded<leaf>(
+        "zclient_init", [&] { real(client, route_type, instance, privs); }, tq::arg("route_type", route_type),
+        tq::arg("instance", static_cast<int>(instance)));
+}
+
+// --- libc
+
+int setenv(const char *name, const char *value, int overwrite) noexcept
+{
+    NEXT(setenv);
+    return recorded<leaf>(
+        "setenv", [&] { return real(name, value, overwrite); }, tq::arg("name", name),
+        tq::arg("value", value), tq::arg("overwrite", overwrite));
+}
+
+int open(const char *path, int flags, ...)
+{
+    NEXT(open);
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return recorded<leaf>(
+        "open", [&] { return real(path, flags, mode); }, tq::arg("path", path), tq::hex("flags", flags));
+}
+
+int ioctl(int fd, unsigned long request, ...) noexcept
+{
+    NEXT(ioctl);
+    va_list arguments;
+    va_start(arguments, request);
+    void *const argument = va_arg(arguments, void *);
+    va_end(arguments);
+    return recorded<leaf>(
+        "ioctl", [&] { return real(fd, request, argument); }, tq::arg("fd", fd), tq::hex("request", request));
+}
+
+unsigned int sleep(unsigned int seconds)
+{
+    NEXT(sleep);
+    return recorded<leaf>(
+        "sleep", [&] { return real(seconds); }, tq::arg("seconds", seconds));
+}
+
+int usleep(useconds_t microseconds)
+{
+    NEXT(usleep);
+    return recorded<leaf>(
+        "usleep", [&] { return real(microseconds); }, tq::arg("us", microseconds));
+}
+
+} // extern "C"
