@@ -10,7 +10,7 @@ import subprocess
 import time
 from pathlib import Path
 
-from trace import read_trace
+from calls import read_trace
 from vty import DEADLINE_S, Telnet, Vty, in_namespace
 
 PROJECT = Path(__file__).resolve().parents[2]

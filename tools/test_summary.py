@@ -1,0 +1,56 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Adds up the JUnit reports of one ./test run: one line per failed or skipped test, then the totals.
+
+usage: test_summary.py LOG_FOLDER UNIT_EXIT_STATUS SYSTEM_EXIT_STATUS
+
+A runner that failed without a failed test (it crashed, its report is missing) counts as one failure; a skipped
+test is not a passed one.
+"""
+
+import sys
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+NOTHING_SELECTED = {"unit": (0, 8), "system": (5,)}  # ctest, pytest: no test matched
+
+
+def read_report(path):
+    """Names of the passed, failed and skipped tests of a report."""
+    passed, failed, skipped = [], [], []
+    for case in ElementTree.parse(path).iter("testcase"):
+        name = case.get("classname", "") + "::" + case.get("name", "")
+        if case.find("failure") is not None or case.find("error") is not None or case.get("status") == "fail":
+            failed.append(name)
+        elif case.find("skipped") is not None or case.get("status") in ("notrun", "disabled"):
+            skipped.append(name)
+        else:
+            passed.append(name)
+    return passed, failed, skipped
+
+
+def main(folder, unit_status, system_status):
+    passed, failed, skipped = [], [], []
+    for name, status in (("unit", int(unit_status)), ("system", int(system_status))):
+        try:
+            report = read_report(Path(folder, name + ".xml"))
+        except (OSError, ElementTree.ParseError) as error:
+            report = [], [f"{name} tests left no report: {error}"], []
+        nothing = not any(report) and status in NOTHING_SELECTED[name]
+        if status != 0 and not report[1] and not nothing:
+            report[1].append(f"{name} tests ended with status {status}; see {folder}/{name}.log")
+        for total, part in zip((passed, failed, skipped), report):
+            total.extend(part)
+
+    print()
+    for word, names in (("SKIPPED", skipped), ("FAILED", failed)):
+        for name in names:
+            print(f"{word} {name}")
+    if skipped:
+        print(f"{len(skipped)} skipped, not counted as passed")
+    print(f"{len(passed)} passed, {len(failed)} failed")
+    return 0 if passed and not failed else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
