@@ -1,0 +1,260 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""./run: starts an OLT, says how to reach it, ends all of it, and keeps its state.
+
+It runs in network, IPC and mount namespaces made for the test, which stand for the host: what is left behind
+there is seen exactly, and other OLTs on the real host do not matter.
+"""
+
+import os
+import re
+import signal
+import socket
+import subprocess
+import time
+
+import pytest
+
+from olt import BUILD, PROJECT, wait_until
+from vty import Telnet, in_namespace
+
+RUN = str(PROJECT / "run")
+DIAGSH = str(BUILD / "bin" / "diagsh")
+PATHS_OF_THE_BOX = (
+    "/etc/frr/diagd.conf",
+    "/etc/olt",
+    "/run/frr/diagd.vty",
+    "/run/olt",
+    "/run/boardsim",
+    "/dev/tq_gpio_cfg",
+    "/var/lib/olt",
+    "/media/config",
+    "/var/log/diagd.log",
+)
+
+pytestmark = pytest.mark.skipif(BUILD.name != "release", reason="./run starts the release build")
+
+
+class Host:
+    """Namespaces that stand for the host."""
+
+    def __init__(self):
+        self.holder = subprocess.Popen(
+            ["unshare", "--mount", "--ipc", "--net", "--", "sh", "-c"]
+            + ["mount -t tmpfs host /dev/shm && ip link set lo up && echo ready && exec sleep infinity"],
+            stdout=subprocess.PIPE,
+        )
+        assert self.holder.stdout.readline() == b"ready\n"
+        self.network = f"/proc/{self.holder.pid}/ns/net"
+
+    def command(self, *words):
+        return ["nsenter", "--target", str(self.holder.pid), "--mount", "--ipc", "--net", "--", *map(str, words)]
+
+    def output(self, *words):
+        return subprocess.run(self.command(*words), capture_output=True, text=True, check=True).stdout
+
+    def traces(self):
+        """What a program could leave behind here, apart from processes."""
+        return {
+            "semaphores and shared memory": self.output("ipcs"),
+            "/dev/shm": self.output("ls", "/dev/shm"),
+            "mounts": self.output("cat", "/proc/self/mounts"),
+            "files": [path for path in PATHS_OF_THE_BOX if os.path.lexists(path)],
+        }
+
+    def close(self):
+        self.holder.kill()
+        self.holder.wait()
+
+
+def processes_of(state):
+    """Processes that were started for the state folder."""
+    found = []
+    for entry in os.listdir("/proc"):
+        try:
+            with open(f"/proc/{entry}/environ", "rb") as file:
+                if f"RUN_TEST={state}".encode() in file.read():
+                    found.append(entry)
+        except (OSError, ValueError):
+            pass
+    return found
+
+
+class Run:
+    """One ./run."""
+
+    def __init__(self, host, state, *options, before=()):
+        self.host, self.state = host, state
+        self.output = ""
+        self.process = subprocess.Popen(
+            host.command(*before, RUN, "--no-build", "--state", state, *options),
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            text=True,
+            env={**os.environ, "RUN_TEST": str(state)},
+            start_new_session=True,
+        )
+
+    def wait_up(self):
+        for line in self.process.stdout:
+            self.output += line
+            if line.startswith("  logs"):
+                return self
+        raise AssertionError(f"./run ended: {self.output}")
+
+    def interrupt(self):
+        """Control-C: the whole foreground process group gets it."""
+        os.killpg(self.process.pid, signal.SIGINT)
+        return self.process.wait(20)
+
+    def ends(self):
+        """Exit status and all that was said."""
+        self.output += self.process.communicate(timeout=30)[0]
+        return self.process.returncode, self.output
+
+    def diagsh(self, *words):
+        done = subprocess.run([DIAGSH, "-s", self.state, *words], capture_output=True, text=True, stdin=subprocess.DEVNULL)
+        assert done.returncode == 0, done.stderr
+        return done.stdout
+
+
+@pytest.fixture
+def host():
+    made = Host()
+    yield made
+    made.close()
+
+
+@pytest.fixture
+def run(host, states, request):
+    """A function that starts ./run on a state folder of the test's own."""
+    state = states / ("run-" + re.sub(r"\W", "_", request.node.name))
+    started = []
+
+    def start(*options, **how):
+        started.append(Run(host, state, *options, **how))
+        return started[-1]
+
+    yield start
+    for one in started:
+        if one.process.poll() is None:
+            one.interrupt()
+
+
+def test_run_says_how_to_connect_and_each_way_works(run, host):
+    up = run().wait_up()
+    password = re.search(r"telnet localhost 2709 +password (\S+)", up.output).group(1)
+    with Telnet(host.network, password) as session:
+        assert session.prompt == "olt> "
+    shell, *options = re.search(r"shell +(.*)", up.output).group(1).split()
+    done = subprocess.run([shell, *options, "-n", "enable", "-c", "show running-config"], capture_output=True, text=True)
+    assert done.returncode == 0 and "hostname olt" in done.stdout
+    board = re.search(r"board +(.*)", up.output).group(1).rsplit(" ", 1)[0]
+    assert subprocess.run(f"{board} channel show", shell=True, capture_output=True).returncode == 0
+    assert os.stat(up.state / "conf" / "vty-password").st_mode & 0o777 == 0o600
+
+
+@pytest.mark.parametrize("how", ["control-c", "terminate", "kill"])
+def test_nothing_is_left_behind(run, host, how):
+    before = host.traces()
+    up = run().wait_up()
+    assert len(processes_of(up.state)) > 2
+    if how == "control-c":
+        assert up.interrupt() == 0
+    elif how == "terminate":
+        up.process.terminate()
+        assert up.process.wait(20) == 0
+    else:
+        up.process.kill()
+        up.process.wait(20)
+    wait_until(lambda: not processes_of(up.state), "all processes end")
+    assert host.traces() == before
+
+
+def test_end_is_orderly(run):
+    up = run().wait_up()
+    up.interrupt()
+    assert "Terminating on signal" in (up.state / "log" / "diagd.log").read_text()
+
+
+def test_state_survives_a_restart_and_fresh_forgets_it(run):
+    up = run().wait_up()
+    up.diagsh("-n", "enable", "-c", "configure terminal", "-c", "hostname other", "-c", "do write file")
+    marker = up.state / "flash" / "kept"
+    marker.write_text("kept")
+    up.interrupt()
+    up = run().wait_up()
+    assert "hostname other" in up.diagsh("-n", "enable", "-c", "show running-config")
+    assert marker.exists()
+    up.interrupt()
+    up = run("--fresh").wait_up()
+    assert "hostname olt" in up.diagsh("-n", "enable", "-c", "show running-config")
+    assert not marker.exists()
+
+
+def test_operators_modules_survive_a_restart(run):
+    up = run().wait_up()
+    before = up.diagsh("-c", "show transceiver")
+    boardctl = [str(BUILD / "bin" / "boardctl")]
+    env = {**os.environ, "BOARDSIM_DIR": str(up.state / "board")}
+    subprocess.run([*boardctl, "unplug", "gpon", "1"], env=env, check=True, capture_output=True)
+    without = up.diagsh("-c", "show transceiver gpon 0/1")
+    up.interrupt()
+    up = run().wait_up()
+    assert up.diagsh("-c", "show transceiver gpon 0/1") == without
+    assert up.diagsh("-c", "show transceiver") != before
+
+
+def test_later_start_takes_at_most_5_seconds(run):
+    run().wait_up().interrupt()
+    start = time.monotonic()
+    run().wait_up()
+    assert time.monotonic() - start <= 5
+
+
+def one_line(output):
+    assert output.count("\n") == 1, output
+    return output
+
+
+def test_taken_port_is_refused_in_one_line(run, host):
+    taken = in_namespace(host.network, socket.socket)
+    with taken:
+        taken.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEPORT, 1)
+        taken.bind(("", 2709))
+        taken.listen()
+        status, output = run().ends()
+    assert status == 1
+    assert "2709 is taken" in one_line(output)
+
+
+def test_second_run_is_refused_and_the_first_goes_on(run):
+    up = run().wait_up()
+    status, output = run().ends()
+    assert status == 1 and "2709 is taken" in one_line(output)
+    assert "hostname" in up.diagsh("-n", "enable", "-c", "show running-config")
+
+
+def test_user_without_rights_is_refused_in_one_line(run):
+    status, output = run(before=["setpriv", "--reuid", "nobody"]).ends()
+    assert status == 1 and "must be run by root" in one_line(output)
+
+
+def test_root_that_may_not_make_namespaces_is_refused_in_one_line(run):
+    status, output = run(before=["setpriv", "--bounding-set=-sys_admin", "--inh-caps=-sys_admin"]).ends()
+    assert status == 1 and "may not make namespaces" in one_line(output)
+
+
+def test_board_description_that_cannot_be_read_is_refused_in_one_line(run):
+    status, output = run("--board", "/nonexistent.json").ends()
+    assert status == 1 and "/nonexistent.json" in one_line(output)
+
+
+def test_unknown_option_shows_the_usage(run):
+    status, output = run("--nonsense").ends()
+    assert status == 2 and output.startswith("usage: ./run")
+
+
+def test_help_is_given_without_starting_anything(run, host):
+    status, output = run("--help").ends()
+    assert status == 0 and "--fresh" in output and "--no-build" in output and "--board" in output

@@ -1,0 +1,144 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Signals: reading the configuration again, rotating the log, ending."""
+import os
+import signal
+
+import pytest
+from olt import wait_until
+
+SHIM = "/run/olt/build/lib/libcall_shim.so"
+RUNNING = "show running-config"
+
+
+def running(olt):
+    text, rc = olt.run(RUNNING, "enable")
+    assert rc == 0
+    return text.splitlines()
+
+
+def levelled(olt):
+    """Lets every log line begin with its level."""
+    assert olt.run("log record-priority")[1] == 0
+
+
+def rewrite(olt, old, new):
+    path = olt.state / "conf" / "diagd.conf"
+    text = path.read_text()
+    assert old in text
+    path.write_text(text.replace(old, new))
+
+
+def test_hangup_reads_the_configuration_on_top_of_what_runs(fresh_olt):
+    olt = fresh_olt
+    levelled(olt)
+    assert olt.run("log timestamp precision 3")[1] == 0
+    pid = olt.pid
+    rewrite(olt, "hostname olt\n", "hostname renamed\n")
+    olt.signal(signal.SIGHUP)
+    wait_until(lambda: "hostname renamed" in running(olt), "the new name is in force")
+    assert "log timestamp precision 3" in running(olt)
+    assert olt.pid == pid and olt.daemon.poll() is None
+    with olt.telnet() as session:
+        assert session.prompt == "renamed> "
+    lines = [line for line in olt.log().splitlines() if line.endswith("SIGHUP received")]
+    assert len(lines) == 1 and "informational:" in lines[0] and "DIAGD" in lines[0]
+
+
+def test_hangup_reads_the_default_file_for_no_session(cold_olt):
+    cold_olt.start(trace=True, preload=[SHIM])
+    before = len(cold_olt.trace())
+    cold_olt.signal(signal.SIGHUP)
+    cold_olt.wait_log("SIGHUP received")
+    reads = wait_until(lambda: [call for call in cold_olt.trace()[before:] if call.op == "vty_read_config"],
+                       "the configuration is read")
+    assert len(reads) == 1
+    assert reads[0].arguments.startswith('config=0x') or "config_file=NULL" in reads[0].arguments
+    assert 'config_file=NULL default="/etc/frr/diagd.conf"' in reads[0].arguments
+
+
+def test_hangup_with_a_missing_or_broken_file_leaves_the_daemon_running(fresh_olt):
+    olt = fresh_olt
+    path = olt.state / "conf" / "diagd.conf"
+    text = path.read_bytes()
+    for content in (b"hostname one\nno such command at all\nhostname two\n", b"\xff\xfe\0\0" * 100, b"x" * 100000, b""):
+        path.write_bytes(content)
+        count = olt.log().count("SIGHUP received")
+        olt.signal(signal.SIGHUP)
+        wait_until(lambda: olt.log().count("SIGHUP received") == count + 1, "the signal is seen")
+        assert olt.run("show version")[1] == 0
+    path.write_bytes(text)
+
+
+def test_many_hangups_in_a_row_are_survived(fresh_olt):
+    olt = fresh_olt
+    before = len(olt.fds())
+    for _ in range(50):
+        olt.signal(signal.SIGHUP)
+    olt.wait_log("SIGHUP received")
+    assert olt.run("show version")[1] == 0
+    wait_until(lambda: len(olt.fds()) <= before, "the files are closed")
+
+
+def test_user_signal_1_makes_the_log_file_anew(fresh_olt):
+    olt = fresh_olt
+    olt.signal(signal.SIGHUP)
+    olt.wait_log("SIGHUP received")
+    log = olt.state / "log" / "diagd.log"
+    log.rename(olt.state / "log" / "diagd.log.1")
+    pid = olt.pid
+    olt.signal(signal.SIGUSR1)
+    wait_until(log.exists, "the log file is there again")
+    olt.signal(signal.SIGHUP)
+    olt.wait_log("SIGHUP received")
+    assert olt.pid == pid and olt.daemon.poll() is None
+    assert olt.run("show version")[1] == 0
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["terminate", "interrupt"])
+def test_the_daemon_ends_with_0_and_closes_its_database_once(cold_olt, number):
+    cold_olt.start(trace=True, preload=[SHIM])
+    levelled(cold_olt)
+    before = len(cold_olt.trace())
+    assert cold_olt.kill(number) == 0
+    lines = [line for line in cold_olt.log().splitlines() if line.endswith("Terminating on signal")]
+    assert len(lines) == 1 and "notifications:" in lines[0]
+    ops = [call.op for call in cold_olt.trace()[before:]]
+    assert ops.count("database_disconnect") == 1
+    assert "zclient_stop" not in ops and "zclient_free" not in ops
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["terminate", "interrupt"])
+def test_semaphores_and_alarms_stay_for_the_other_daemons(fresh_olt, number):
+    olt = fresh_olt
+    olt.run("alarm-log debug send id 77 message kept")
+    assert olt.kill(number) == 0
+    assert olt.sem_value("board") == 1
+    assert olt.sem_value("alarm") == 1
+    assert olt.exec("test", "-s", "/dev/shm/tq_alarm_log").returncode == 0
+    olt.start()
+    assert olt.run("show alarm-log")[0].endswith("    kept\nalarm log count: 1\n")
+
+
+def test_open_sessions_do_not_keep_the_daemon_from_ending(fresh_olt):
+    with fresh_olt.vty(), fresh_olt.vty("diagnose"), fresh_olt.telnet():
+        assert fresh_olt.kill(signal.SIGTERM) == 0
+
+
+def test_a_broken_connection_does_not_end_the_daemon(fresh_olt):
+    """A client that is gone before its answer: the write fails, it must not be a deadly signal."""
+    for _ in range(5):
+        session = fresh_olt.vty()
+        session.send("show running-config")
+        session.send("show version")
+        session.close()
+    assert fresh_olt.run("show version")[1] == 0
+
+
+def test_ending_twice_is_ending_once(fresh_olt):
+    pid = fresh_olt.pid
+    os.kill(pid, signal.SIGTERM)
+    try:
+        os.kill(pid, signal.SIGTERM)
+    except ProcessLookupError:
+        pass
+    assert fresh_olt.wait_end() == 0
