@@ -9,15 +9,10 @@
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/uio.h>
 #include <unistd.h>
-
-// Each platform library carries this file; the dynamic linker makes one counter of all their copies, so that
-// the lines of one process are numbered through.
-extern "C" {
-__attribute__((visibility("default"), weak)) std::atomic<std::uint64_t> tq_trace_sequence{0};
-}
 
 namespace tq {
 
@@ -30,6 +25,28 @@ const int trace_fd = [] {
         return -1;
     return open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
 }();
+
+// Each platform library carries this file, and several programs may write one trace: the counter that numbers
+// their lines through lies in a file beside it.
+std::atomic<std::uint64_t> &sequence() noexcept
+{
+    using Counter = std::atomic<std::uint64_t>;
+    static Counter own{0};
+    static Counter &shared = []() -> Counter & {
+        const char *path = std::getenv("TQ_TRACE");
+        char name[4096];
+        if (!path || std::snprintf(name, sizeof name, "%s.seq", path) >= static_cast<int>(sizeof name))
+            return own;
+        const int fd = open(name, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        void *memory = MAP_FAILED;
+        if (fd >= 0 && ftruncate(fd, sizeof(Counter)) == 0)
+            memory = mmap(nullptr, sizeof(Counter), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+        if (fd >= 0)
+            close(fd);
+        return memory == MAP_FAILED ? own : *static_cast<Counter *>(memory);
+    }();
+    return shared;
+}
 
 bool variable_set(const char *name) noexcept
 {
@@ -47,7 +64,8 @@ ThreadName current_thread_name() noexcept
     return name;
 }
 
-const bool trace_enabled = trace_fd >= 0 || variable_set("TQ_FAULTS");
+// The counter is found while the file can surely be made.
+const bool trace_enabled = (trace_fd >= 0 && (sequence(), true)) || variable_set("TQ_FAULTS");
 
 TraceLine::TraceLine(const char *op, bool has_result_values) noexcept
     : op_(op), has_result_values_(has_result_values)
@@ -155,9 +173,9 @@ void TraceLine::write() noexcept
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     char head[128];
-    const int size = std::snprintf(
-        head, sizeof head, "%06" PRIu64 " %lld %s %s", tq_trace_sequence.fetch_add(1) + 1,
-        static_cast<long long>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000, current_thread_name().text, op_);
+    const int size = std::snprintf(head, sizeof head, "%06" PRIu64 " %lld %s %s", sequence().fetch_add(1) + 1,
+                                   static_cast<long long>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000,
+                                   current_thread_name().text, op_);
     const auto head_size =
         static_cast<std::size_t>(size) < sizeof head ? static_cast<std::size_t>(size) : sizeof head - 1;
     // One call: lines of threads and processes that share the file never mix.

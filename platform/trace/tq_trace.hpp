@@ -7,7 +7,7 @@
 //     }
 //
 // TQ_TRACE=file    every call appends one line "SEQ MONOTONIC_MS THREAD OP ARGS -> RESULT" when it returns.
-//                  SEQ counts within the process, over all libraries.
+//                  SEQ counts the lines of the file (the counter is "file.seq").
 // TQ_FAULTS=file   a text file, read anew at every call; one fault per line, '#' begins a comment:
 //                  OP [nth=N] [count=M] [ret=R] [errno=E] [thread=NAME] [delay_ms=D]
 //                  The N-th call of OP (counted from 1, from when the line appeared, per process, only calls

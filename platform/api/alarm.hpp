@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// An alarm on its way through its actions.
+#pragma once
+
+#include "tq_types.h"
+
+#include <cstdint>
+#include <ctime>
+
+namespace tq {
+
+// How an alarm is configured: level 0..7 and TQ_ACTION_ bits.
+struct AlarmSettings {
+    std::uint8_t level = 0;
+    std::uint32_t actions = 0;
+};
+
+// From the database, each value by itself; one that cannot be read, or was never set, is the catalogue's.
+AlarmSettings alarm_settings(std::uint16_t alarm_id, tq_database_t *db) noexcept;
+
+struct Alarm {
+    std::uint16_t id;
+    std::uint8_t level;
+    std::tm time;        // local
+    const char *message; // never NULL, not yet cut to the size of a record
+};
+
+// The actions.  Each gives 0 or a platform error code.
+int record_alarm(const Alarm &alarm) noexcept;
+int print_alarm(const Alarm &alarm) noexcept;
+
+} // namespace tq
