@@ -9,6 +9,7 @@ namespace diagd {
 namespace {
 constexpr std::uint8_t pon_presence_register = 0x0B;
 constexpr std::uint8_t gigabit_presence_register = 0x0C;
+constexpr int register_bits = 8;
 constexpr int pon_channels = 8;
 } // namespace
 
@@ -18,7 +19,7 @@ bool module_present(const BoardBracket &board, PortKind kind, int port) noexcept
     std::uint8_t present = 0;
     misc_cpld_i2c_read_byte(board.handle(), gigabit ? gigabit_presence_register : pon_presence_register,
                             &present);
-    return (present >> ((static_cast<unsigned>(port) - 1) & 31) & 1) != 0;
+    return port >= 1 && port <= register_bits && (present >> (port - 1) & 1) != 0;
 }
 
 int module_channel(PortKind kind, int port) noexcept

@@ -11,6 +11,8 @@
 #include <map>
 #include <set>
 
+using namespace diagd;
+
 namespace {
 
 TEST(ModuleFamily, every_identifier_has_the_family_of_its_memory_map)

@@ -2,3 +2,12 @@
 diagd_unit_test(optical_values_test optical_values_test.cpp LIBS transceiver_decode)
 diagd_unit_test(sff_text_test sff_text_test.cpp LIBS transceiver_decode)
 diagd_unit_test(vendor_text_test vendor_text_test.cpp LIBS transceiver_decode)
+
+# The unit as it is, on a board made of recording doubles in place of the platform libraries.
+foreach(test transceiver_access pon_optics transceiver_show)
+  diagd_unit_test(${test}_test ${test}_test.cpp module_board_double.cpp LIBS diagd_transceiver diagd_core
+                  platform_headers deps::frr deps::jsonc)
+  target_include_directories(
+    ${test}_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${CMAKE_SOURCE_DIR}/diagd/transceiver
+                         ${CMAKE_SOURCE_DIR}/diagd/transceiver/decode ${CMAKE_SOURCE_DIR}/diagd/transceiver/export)
+endforeach()

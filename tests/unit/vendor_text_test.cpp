@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+using namespace diagd;
+
 namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
