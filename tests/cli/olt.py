@@ -127,13 +127,13 @@ class Olt:
         assert len(children) == 1, children
         return int(children[0])
 
-    def signal(self, number):
+    def send_signal(self, number):
         os.kill(self.pid, number)
 
     def kill(self, number=signal.SIGKILL):
         """Ends the daemon and returns its exit status, negative when a signal ended it."""
         if self.daemon.poll() is None:
-            self.signal(number)
+            self.send_signal(number)
         return self.wait_end()
 
     def stop(self):
