@@ -18,7 +18,8 @@ struct sclient *bus_client;
 int monitoring_received(struct sclient *, struct stream *message) noexcept
 {
     std::uint32_t suspend = 0;
-    if (message == nullptr || !stream_getl2(message, &suspend))
+    // The length is asked first, because libfrr logs a backtrace for a read beyond the end.
+    if (message == nullptr || STREAM_READABLE(message) < sizeof(suspend) || !stream_getl2(message, &suspend))
         return 0;
     const bool enabled = suspend == 0;
     diagm.set_all_monitors(enabled);

@@ -1,0 +1,47 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+# The daemon's frame: start order, core, basic commands, alarm record view.
+set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
+
+# The start order runs for real, everything it calls is recorded; its main gives way to the test's.
+set(start_sources ${diagd_dir}/diag_main.cpp ${diagd_dir}/start_steps.cpp ${diagd_dir}/daemon_info.cpp
+                  ${diagd_dir}/core/state.cpp ${diagd_dir}/core/privileges.cpp)
+diagd_unit_test(start_order_test start_order_test.cpp ${start_sources} LIBS platform_headers deps::frr deps::jsonc)
+target_compile_definitions(start_order_test PRIVATE main=diagd_main)
+target_include_directories(start_order_test PRIVATE ${diagd_dir} ${diagd_dir}/core)
+
+diagd_unit_test(board_bracket_test board_bracket_test.cpp LIBS diagd_core platform_headers deps::frr deps::jsonc)
+target_include_directories(board_bracket_test PRIVATE ${diagd_dir}/core)
+
+diagd_unit_test(board_records_test board_records_test.cpp ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
+target_include_directories(board_records_test PRIVATE ${diagd_dir}/core)
+
+diagd_unit_test(text_test text_test.cpp)
+target_include_directories(text_test PRIVATE ${diagd_dir}/core)
+
+diagd_unit_test(slot_port_test slot_port_test.cpp)
+target_include_directories(slot_port_test PRIVATE ${diagd_dir}/core)
+
+diagd_unit_test(gpio_reset_test gpio_reset_test.cpp ${diagd_dir}/diag_cli/gpio_reset.cpp
+                ${diagd_dir}/core/privileges.cpp LIBS deps::frr deps::jsonc)
+target_include_directories(gpio_reset_test PRIVATE ${diagd_dir}/core ${diagd_dir}/diag_cli)
+
+diagd_unit_test(record_view_test record_view_test.cpp ${diagd_dir}/alarm_log/record_chain.cpp
+                ${diagd_dir}/alarm_log/record_view.cpp LIBS platform_headers)
+target_include_directories(record_view_test PRIVATE ${diagd_dir}/alarm_log)
+
+diagd_unit_test(debug_message_test debug_message_test.cpp ${diagd_dir}/alarm_log/debug_message.cpp)
+target_include_directories(debug_message_test PRIVATE ${diagd_dir}/alarm_log)
+
+# remote_change.cpp comes as an object, so that the test sees no headers of sysrepo.
+diagd_unit_test(alarm_log_database_test alarm_log_database_test.cpp ${diagd_dir}/alarm_log/alarm_log_database.cpp
+                ${diagd_dir}/core/state.cpp LIBS platform_headers)
+target_sources(alarm_log_database_test PRIVATE $<TARGET_OBJECTS:diagd_alarm_log_sysrepo>)
+target_include_directories(alarm_log_database_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
+
+diagd_unit_test(install_order_test install_order_test.cpp LIBS diagd_diag_cli diagd_alarm_log
+                diagd_alarm_log_sysrepo diagd_core platform_headers deps::frr deps::jsonc deps::sysrepo
+                tqapi tqdatabase util_cpld util_i2c util_phy)
+target_include_directories(install_order_test PRIVATE ${diagd_dir}/core)
+
+diagd_unit_test(peer_test peer_test.cpp LIBS diagd_peer diagd_core platform_headers deps::frr deps::jsonc)
+target_include_directories(peer_test PRIVATE ${diagd_dir}/core ${diagd_dir}/peer)

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Nodes and commands of the daemon's frame: what is installed, where, in which order, with which words and
+// help.
+#include "frr.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+int diag_cmd_init(void);
+
+namespace {
+
+std::vector<const struct cmd_node *> nodes;
+std::vector<std::pair<int, const struct cmd_element *>> commands;
+
+struct Expected {
+    int node;
+    const char *name;
+    const char *words;
+    const char *help;
+    bool hidden;
+};
+
+const char *const level_words = "[level <debug|info|notice|warning|major|critical|alert|emerg>]";
+const char *const level_help =
+    "Show information.\nAlarm log.\nSpecify log level.\nSpecify log debug level.\n"
+    "Specify log info level.\nSpecify log notice level.\nSpecify log warning level.\n"
+    "Specify log major level.\nSpecify log critical level.\nSpecify log alert level.\n"
+    "Specify log emerg level.\n";
+const std::string show_words = std::string{"show alarm-log "} + level_words;
+const std::string clear_words = std::string{"clear alarm-log "} + level_words;
+const std::string clear_syslog_words = std::string{"clear syslog "} + level_words;
+
+constexpr int config = 4;
+constexpr int diagnose = 133;
+
+const std::vector<Expected> expected_commands{
+    {config, "gpon_config_interface_cmd", "interface gpon <S/P>",
+     "Interface information\nSpecify gpon module.\n"
+     "PON interface number,slot:<0>,port:<1-x>,x is 2,4,or 8.\n",
+     false},
+    {config, "xgpon_config_interface_cmd", "interface xgpon <S/P>",
+     "Interface information\nSpecify xgpon module.\n"
+     "PON interface number,slot:<0>,port:<1-x>,x is 2,4,or 8.\n",
+     false},
+    {config, "show_alarm_log_cmd", show_words.c_str(), level_help, false},
+    {config, "show_alarm_log_head_cmd", "show alarm-log head (1-1000)",
+     "Show information.\nAlarm log.\nOldest log.\nSpecify oldest log count.\n", false},
+    {config, "show_alarm_log_tail_cmd", "show alarm-log tail (1-1000)",
+     "Show information.\nAlarm log.\nLatest log.\nSpecify latest log count.\n", false},
+    {config, "clear_alarm_log_cmd", clear_words.c_str(), level_help, false},
+    {config, "clear_syslog_cmd", clear_syslog_words.c_str(), level_help, true},
+    {config, "alarm_log_debug_cmd",
+     "alarm-log debug send id (0-512) [uplink-port (1-128)] [pon (1-32)] [onu (1-256)] [onu-port (1-256)] "
+     "[mac MAC] [state (1-512)] message MESSAGE",
+     "alarm-log\nDebugging functions\n"
+     "Sending an alarmSending an alarm idSending an alarm id numberSending an alarm uplink-port"
+     "Sending an alarm uplink-port numberSending an alarm ponSending an alarm pon numberSending an alarm onu"
+     "Sending an alarm onu numberSending an alarm onu-portSending an alarm onu-port number"
+     "Sending an alarm macSending an alarm mac stringSending an alarm stateSending an alarm state-id"
+     "Sending an alarm messageSending an alarm message string\n",
+     true},
+    {diagnose, "show_debugging_cmd", "show debugging",
+     "Show running system information\nState of each debugging option.\n", false},
+    {diagnose, "pon_reset_cmd", "pon reset", "pon\nreset pon chip\n", false},
+    {diagnose, "gpio_system_reset_cmd", "system gpio reset", "system\ngpio\nreset system\n", false},
+    {config, "show_version_cmd", "show version [json]",
+     "Show running system information\nshow version information\nJavaScript Object Notation\n", false},
+    {diagnose, "fan_monitor_set_cmd", "[no] fan monitor",
+     "Negate a command or set its defaults\nfan\nmonitor\n", false},
+    {diagnose, "usb_monitor_set_cmd", "[no] usb monitor",
+     "Negate a command or set its defaults\nusb\nmonitor\n", false},
+    {diagnose, "power_monitor_set_cmd", "[no] power monitor",
+     "Negate a command or set its defaults\npower\npower monitor\n", false},
+    {diagnose, "transceiver_monitor_set_cmd", "[no] transceiver monitor",
+     "Negate a command or set its defaults\ntransceiver\ntransceiver monitor\n", false},
+    {diagnose, "show_diag_monitor_cmd", "show diag monitor",
+     "Show running system information\ndiag\nmonitor information\n", false},
+};
+
+} // namespace
+
+extern "C" {
+void install_node(struct cmd_node *node)
+{
+    nodes.push_back(node);
+}
+void _install_element(enum node_type node, const struct cmd_element *command)
+{
+    commands.emplace_back(static_cast<int>(node), command);
+}
+}
+
+class InstallOrder : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        nodes.clear();
+        commands.clear();
+        EXPECT_EQ(diag_cmd_init(), 0);
+    }
+};
+
+TEST_F(InstallOrder, three_nodes_come_first_to_last)
+{
+    ASSERT_EQ(nodes.size(), 3u);
+    EXPECT_STREQ(nodes[0]->name, "alarm-log");
+    EXPECT_EQ(nodes[0]->node, 155);
+    EXPECT_EQ(nodes[0]->parent_node, 0);
+    EXPECT_STREQ(nodes[0]->prompt, "");
+    EXPECT_STREQ(nodes[1]->name, "gpon");
+    EXPECT_EQ(nodes[1]->node, 124);
+    EXPECT_EQ(nodes[1]->parent_node, CONFIG_NODE);
+    EXPECT_STREQ(nodes[1]->prompt, "%s(config-gpon-%d/%d)# ");
+    EXPECT_STREQ(nodes[2]->name, "xgpon");
+    EXPECT_EQ(nodes[2]->node, 125);
+    EXPECT_EQ(nodes[2]->parent_node, CONFIG_NODE);
+    EXPECT_STREQ(nodes[2]->prompt, "%s(config-xgpon-%d/%d)# ");
+}
+
+TEST_F(InstallOrder, commands_come_in_order_with_their_words_and_help)
+{
+    ASSERT_EQ(commands.size(), expected_commands.size());
+    for (std::size_t i = 0; i < commands.size(); ++i) {
+        const auto &[node, command] = commands[i];
+        const Expected &expected = expected_commands[i];
+        EXPECT_STREQ(command->name, expected.name) << i;
+        EXPECT_EQ(node, expected.node) << expected.name;
+        EXPECT_STREQ(command->string, expected.words) << expected.name;
+        EXPECT_STREQ(command->doc, expected.help) << expected.name;
+        EXPECT_EQ(command->attr == CMD_ATTR_HIDDEN, expected.hidden) << expected.name;
+    }
+}
+
+TEST_F(InstallOrder, the_old_form_of_clear_runs_the_same_handler)
+{
+    EXPECT_EQ(commands[5].second->func, commands[6].second->func);
+}
