@@ -5,6 +5,9 @@ import re
 from dataclasses import dataclass
 
 _LINE = re.compile(r"(\d+) (\d+) (\S+) (\S+)(?: (.*))? -> (.*)")
+_ARGUMENT = re.compile(r'(\w+)=(?:"((?:[^"\\]|\\.)*)"|(\S*))')
+_ESCAPE = re.compile(r"\\(x[0-9a-f]{2}|.)")
+_CONTROL = {"r": "\r", "n": "\n"}
 
 
 @dataclass(frozen=True)
@@ -18,6 +21,21 @@ class Call:
     def __str__(self):
         return f"{self.op} {self.arguments} -> {self.result}"
 
+    @property
+    def values(self):
+        """The arguments by name, as text; quoted ones as they were before they were written down."""
+        return {
+            name: bare if quoted is None else _ESCAPE.sub(_unescape, quoted)
+            for name, quoted, bare in (match.groups() for match in _ARGUMENT.finditer(self.arguments))
+        }
+
+
+def _unescape(match):
+    text = match[1]
+    if len(text) == 3:
+        return chr(int(text[1:], 16))
+    return _CONTROL.get(text, text)
+
 
 def read_trace(path):
     """The calls of a trace file, in the order they returned."""
@@ -29,6 +47,11 @@ def read_trace(path):
                 _, time_ms, thread, op, arguments, result = match.groups()
                 calls.append(Call(int(time_ms), thread, op, arguments or "", result))
     return calls
+
+
+def of(calls, pattern):
+    """The calls of these operations."""
+    return [call for call in calls if re.fullmatch(pattern, call.op)]
 
 
 def in_order(calls, *patterns):

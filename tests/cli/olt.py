@@ -17,6 +17,7 @@ PROJECT = Path(__file__).resolve().parents[2]
 BUILD = PROJECT / "build" / os.environ.get("DIAGD_PRESET", "release")
 BOX = PROJECT / "sim" / "box"
 OLT = PROJECT / "sim" / "olt"
+CALL_SHIM = "/run/olt/build/lib/libcall_shim.so"  # as the box sees it
 SEMAPHORE_KEYS = {"board": 0x102410, "alarm": 0x102411}
 SANITIZER_REPORTS = ("AddressSanitizer", "runtime error:", "ThreadSanitizer")
 PASSWORD = "secret"
@@ -82,10 +83,12 @@ class Olt:
 
     # --- the daemon
 
-    def start(self, env=None, preload=(), trace=False, wait=True):
-        """Starts the daemon.  env: added to its environment; preload: libraries; trace: record calls."""
+    def start(self, *arguments, env=None, preload=(), trace=False, wait=True):
+        """Starts the daemon.  arguments: its command line; env: added to its environment; preload: libraries;
+        trace: record its calls of the platform, of libfrr and of libc."""
         assert not self.daemon, "the daemon runs already"
-        variables = {"OLT_PRELOAD": ":".join([*sanitizer_runtime(), *map(str, preload)])}
+        libraries = [*sanitizer_runtime(), *map(str, preload), *([CALL_SHIM] if trace else [])]
+        variables = {"OLT_PRELOAD": ":".join(libraries)}
         variables["ASAN_OPTIONS"] = "detect_leaks=0"
         variables["UBSAN_OPTIONS"] = "print_stacktrace=1"
         if trace:
@@ -96,7 +99,7 @@ class Olt:
         variables.update(env or {})
         with open(self.stdout_path, "ab") as out, open(self.stderr_path, "ab") as err:
             self.daemon = subprocess.Popen(
-                self._inside(OLT, "daemon"),
+                self.inside(OLT, "daemon", *arguments),
                 stdin=subprocess.DEVNULL,
                 stdout=out,
                 stderr=err,
@@ -195,7 +198,8 @@ class Olt:
             text=True,
         )
 
-    def _inside(self, *command):
+    def inside(self, *command):
+        """The command line that runs a program inside the box, as root."""
         return [BOX, "--enter", str(self.holder.pid), "--", *map(str, command)]
 
     def exec(self, *command, **how):
@@ -203,7 +207,7 @@ class Olt:
         how = {"capture_output": True, "text": True, "stdin": subprocess.DEVNULL, "timeout": 60, **how}
         if "input" in how:
             del how["stdin"]
-        return subprocess.run(self._inside(*command), **how)
+        return subprocess.run(self.inside(*command), **how)
 
     def configure(self, *lines):
         """Adds lines to the configuration file the daemon reads when it starts; before the first start."""

@@ -167,7 +167,7 @@ class Terminal:
 
 @pytest.fixture
 def terminal(olt):
-    opened = Terminal(olt._inside("/run/olt/build/bin/diagsh"))
+    opened = Terminal(olt.inside("/run/olt/build/bin/diagsh"))
     yield opened
     opened.close()
 
@@ -206,7 +206,7 @@ def test_control_bracket_leaves_and_gives_the_terminal_back(terminal):
 
 
 def test_terminal_is_given_back_when_the_daemon_dies(fresh_olt):
-    terminal = Terminal(fresh_olt._inside("/run/olt/build/bin/diagsh"))
+    terminal = Terminal(fresh_olt.inside("/run/olt/build/bin/diagsh"))
     try:
         terminal.expect(rb"olt> $")
         fresh_olt.kill()
@@ -216,7 +216,7 @@ def test_terminal_is_given_back_when_the_daemon_dies(fresh_olt):
 
 
 def test_interactive_session_without_a_daemon_says_so(cold_olt):
-    terminal = Terminal(cold_olt._inside("/run/olt/build/bin/diagsh"))
+    terminal = Terminal(cold_olt.inside("/run/olt/build/bin/diagsh"))
     try:
         terminal.expect(rb"diagsh: no daemon answers on port 2709")
         assert terminal.end() == (UNAVAILABLE, True)
@@ -226,7 +226,7 @@ def test_interactive_session_without_a_daemon_says_so(cold_olt):
 
 def test_person_without_the_password_is_asked(olt):
     own = ["setpriv", "--reuid", "nobody", "--regid", "nogroup", "--clear-groups"]
-    terminal = Terminal(olt._inside(*own, "/run/olt/build/bin/diagsh"))
+    terminal = Terminal(olt.inside(*own, "/run/olt/build/bin/diagsh"))
     try:
         terminal.expect(rb"Password: $")
         terminal.type(PASSWORD.encode() + b"\r")

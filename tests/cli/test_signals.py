@@ -6,7 +6,6 @@ import signal
 import pytest
 from olt import wait_until
 
-SHIM = "/run/olt/build/lib/libcall_shim.so"
 RUNNING = "show running-config"
 
 
@@ -45,7 +44,7 @@ def test_hangup_reads_the_configuration_on_top_of_what_runs(fresh_olt):
 
 
 def test_hangup_reads_the_default_file_for_no_session(cold_olt):
-    cold_olt.start(trace=True, preload=[SHIM])
+    cold_olt.start(trace=True)
     before = len(cold_olt.trace())
     cold_olt.signal(signal.SIGHUP)
     cold_olt.wait_log("SIGHUP received")
@@ -96,7 +95,7 @@ def test_user_signal_1_makes_the_log_file_anew(fresh_olt):
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["terminate", "interrupt"])
 def test_the_daemon_ends_with_0_and_closes_its_database_once(cold_olt, number):
-    cold_olt.start(trace=True, preload=[SHIM])
+    cold_olt.start(trace=True)
     levelled(cold_olt)
     before = len(cold_olt.trace())
     assert cold_olt.kill(number) == 0

@@ -7,10 +7,9 @@ from pathlib import Path
 
 import pytest
 from olt import PASSWORD, wait_until
-from trace import in_order
+from calls import in_order
 from vty import TELNET_PORT, Telnet, in_namespace
 
-SHIM = "/run/olt/build/lib/libcall_shim.so"
 START = [
     r"board_mmap_init regions=13 record_size=2928 ",
     r"semaphore_create key=0x0*102410 count=1 ",
@@ -61,7 +60,7 @@ def start_calls(olt):
 def starts_although(cold_olt, *faults):
     """Starts with these steps failing; returns the calls of the start."""
     cold_olt.faults(*faults)
-    cold_olt.start(trace=True, preload=[SHIM])
+    cold_olt.start(trace=True)
     text, rc = cold_olt.run("show version")
     assert rc == 0 and text.count("\r\n") == 6
     return start_calls(cold_olt)
@@ -69,7 +68,7 @@ def starts_although(cold_olt, *faults):
 
 @pytest.fixture(scope="module")
 def olt(make_olt):
-    return make_olt().start(trace=True, preload=[SHIM])
+    return make_olt().start(trace=True)
 
 
 def test_the_steps_come_in_their_one_order(olt):
@@ -114,7 +113,7 @@ def test_the_daemon_stays_in_the_foreground(olt):
 
 
 def test_the_library_folder_of_the_firewall_tools_replaces_an_inherited_one(cold_olt):
-    cold_olt.start(env={"XTABLES_LIBDIR": "/somewhere/else"}, trace=True, preload=[SHIM])
+    cold_olt.start(env={"XTABLES_LIBDIR": "/somewhere/else"}, trace=True)
     in_order(cold_olt.trace(), r"semaphore_create ", r'setenv name="XTABLES_LIBDIR" value="/usr/lib/xtables"', r"database_init ")
     # What a child of the daemon would be given; the kernel's copy shows the environment of the start only.
     calls = [call for call in cold_olt.trace() if call.op == "setenv" and "XTABLES" in call.arguments]
@@ -130,7 +129,7 @@ def test_command_line_arguments_are_ignored(cold_olt):
     other = cold_olt.state / "conf" / "other.conf"
     other.write_text("hostname wrong\n")
     arguments = ["-f", "/etc/frr/other.conf", "-P", "3000", "-d", "--bogus", "-v", "--help", "stray"]
-    cold_olt.start(arguments=arguments)
+    cold_olt.start(*arguments)
     with cold_olt.telnet() as session:
         assert session.prompt == "olt> "
     assert Path(f"/proc/{cold_olt.pid}/cmdline").read_bytes().split(b"\0")[1:-1] == [word.encode() for word in arguments]
@@ -140,7 +139,7 @@ def test_command_line_arguments_are_ignored(cold_olt):
 
 def test_the_default_configuration_file_is_read(cold_olt):
     cold_olt.configure("hostname olt-9", f"password {PASSWORD}", "log file /var/log/diagd.log")
-    cold_olt.start(trace=True, preload=[SHIM])
+    cold_olt.start(trace=True)
     with cold_olt.telnet() as session:
         assert session.prompt == "olt-9> "
     reads = [call for call in cold_olt.trace() if call.op == "vty_read_config"]
@@ -155,7 +154,7 @@ def test_a_missing_board_description_is_survived(cold_olt):
 
 def test_without_the_semaphore_27_bytes_are_said_and_the_daemon_ends_with_0(cold_olt):
     cold_olt.faults("semaphore_create nth=1 ret=-1 errno=28")
-    cold_olt.start(trace=True, preload=[SHIM], wait=False)
+    cold_olt.start(trace=True, wait=False)
     assert cold_olt.wait_end() == 0
     assert cold_olt.stderr() == "diagd init semaphore failed"
     assert cold_olt.stdout() == ""
@@ -168,7 +167,7 @@ def test_without_the_semaphore_27_bytes_are_said_and_the_daemon_ends_with_0(cold
 
 def test_without_the_database_the_daemon_says_so_and_ends_with_0_before_the_vty_opens(cold_olt):
     cold_olt.faults("database_init nth=1 ret=-1")
-    cold_olt.start(trace=True, preload=[SHIM], wait=False)
+    cold_olt.start(trace=True, wait=False)
     assert cold_olt.wait_end() == 0
     said = cold_olt.stderr() + cold_olt.stdout()
     assert said.count("DIAGD init database failed") == 1

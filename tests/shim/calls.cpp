@@ -168,8 +168,14 @@ int ioctl(int fd, unsigned long request, ...) noexcept
     va_start(arguments, request);
     void *const argument = va_arg(arguments, void *);
     va_end(arguments);
+    // Requests of the GPIO device point to a 32-bit word; what others point to is not known here.
+    constexpr unsigned long gpio_set = 1;
+    constexpr unsigned long gpio_get = 3;
+    const auto *const word =
+        request == gpio_set || request == gpio_get ? static_cast<std::uint32_t *>(argument) : nullptr;
     return recorded<leaf>(
-        "ioctl", [&] { return real(fd, request, argument); }, tq::arg("fd", fd), tq::hex("request", request));
+        "ioctl", [&] { return real(fd, request, argument); }, tq::arg("fd", fd), tq::hex("request", request),
+        tq::hex("word", word ? *word : 0));
 }
 
 unsigned int sleep(unsigned int seconds)
