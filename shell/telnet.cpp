@@ -48,13 +48,13 @@ private:
     termios m_saved{};
 };
 
-UniqueFd connect_to_vty()
+diagd::UniqueFd connect_to_vty()
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(vty_port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    diagd::UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd || ::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         throw Failure(EX_UNAVAILABLE,
                       "no daemon answers on port " + std::to_string(vty_port) + ": " + std::strerror(errno));
@@ -62,14 +62,14 @@ UniqueFd connect_to_vty()
 }
 
 // Window changes and the signals that must not leave the terminal raw arrive as a descriptor.
-UniqueFd open_signals()
+diagd::UniqueFd open_signals()
 {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : {SIGWINCH, SIGTERM, SIGHUP, SIGINT})
         sigaddset(&signals, number);
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    UniqueFd fd(::signalfd(-1, &signals, SFD_CLOEXEC));
+    diagd::UniqueFd fd(::signalfd(-1, &signals, SFD_CLOEXEC));
     if (!fd)
         throw Failure(EX_OSERR, std::string("signalfd: ") + std::strerror(errno));
     return fd;
@@ -168,8 +168,8 @@ private:
                write_all(m_socket.get(), encode_typed(typed));
     }
 
-    UniqueFd m_socket;
-    UniqueFd m_signals;
+    diagd::UniqueFd m_socket;
+    diagd::UniqueFd m_signals;
     std::string m_password;
     std::string m_seen; // text so far, until the password prompt came
     TelnetDecoder m_decoder;

@@ -32,11 +32,11 @@ constexpr std::size_t end_mark_size = 4; // three NULs and the status byte
 
 // The address holds 108 characters and a build folder may lie deeper, so the folder is opened and the socket
 // named through its descriptor.
-UniqueFd connect_to(const std::string &path)
+diagd::UniqueFd connect_to(const std::string &path)
 {
     const std::filesystem::path socket_path(path);
     const std::string folder = socket_path.has_parent_path() ? socket_path.parent_path().string() : ".";
-    const UniqueFd folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const diagd::UniqueFd folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder_fd)
         connect_failed(path, errno);
 
@@ -48,7 +48,7 @@ UniqueFd connect_to(const std::string &path)
         connect_failed(path, ENAMETOOLONG);
     name.copy(address.sun_path, name.size());
 
-    UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    diagd::UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd)
         connect_failed(path, errno);
     if (::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)

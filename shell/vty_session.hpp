@@ -25,7 +25,7 @@ public:
     VtyAnswer run(const std::string &command);
 
 private:
-    UniqueFd m_socket;
+    diagd::UniqueFd m_socket;
 };
 
 } // namespace diagsh
