@@ -5,6 +5,7 @@ import struct
 import pytest
 from alarm_fixtures import describe, olt, store  # noqa: F401
 from alarm_store import line
+from calls import of
 
 # alarm id, uplink port, PON, ONU, ONU port, MAC text, state
 REQUEST = struct.Struct("=HxxIIII6sxxI")
@@ -14,13 +15,13 @@ def send(olt, words):
     """Files the alarm; returns the platform's one cli_log call."""
     mark = len(olt.trace())
     _, rc = olt.run(f"alarm-log debug send {words}")
-    calls = calls(olt, "cli_log", since=mark)
+    calls = of(olt.trace()[mark:], "cli_log")
     assert rc == 0 and len(calls) == 1
     return calls[0]
 
 
 def request_of(call):
-    return REQUEST.unpack(bytes.fromhex(call.args["rec"]))
+    return REQUEST.unpack(bytes.fromhex(call.values["rec"]))
 
 
 def test_the_record_and_its_text_reach_the_store_and_the_list(olt, store, describe):
@@ -33,9 +34,9 @@ def test_the_record_and_its_text_reach_the_store_and_the_list(olt, store, descri
 
 
 def test_the_record_carries_the_wall_clock_in_printed_form(olt, store):
-    before = olt.exec(["date", "+%Y %m %d %H %M %S"]).stdout.split()
+    before = olt.exec("date", "+%Y %m %d %H %M %S").stdout.split()
     olt.run("alarm-log debug send id 77 message now")
-    after = olt.exec(["date", "+%Y %m %d %H %M %S"]).stdout.split()
+    after = olt.exec("date", "+%Y %m %d %H %M %S").stdout.split()
     assert tuple(map(int, before)) <= store.records()[0].time <= tuple(map(int, after))
 
 
@@ -51,7 +52,7 @@ def test_the_record_carries_the_wall_clock_in_printed_form(olt, store):
 ])
 def test_an_underscore_is_a_blank_and_a_backslash_keeps_it(olt, store, typed, stored):
     call = send(olt, f"id 77 message {typed}")
-    assert call.args["text"] == stored
+    assert call.values["text"] == stored
     assert store.messages() == [stored]
 
 
@@ -95,13 +96,13 @@ def test_numbers_out_of_range_and_missing_words_are_refused(olt, store, words):
 def test_a_long_message_is_handed_over_with_319_characters(olt, store):
     typed = "".join(chr(ord("a") + n % 26) for n in range(400))
     call = send(olt, f"id 77 message {typed}")
-    assert call.args["text"] == typed[:319]
+    assert call.values["text"] == typed[:319]
     assert store.messages() == [typed[:127]]
 
 
 def test_escapes_count_as_one_of_the_319_characters(olt, store):
     call = send(olt, "id 77 message " + r"\_" * 330)
-    assert call.args["text"] == "_" * 319
+    assert call.values["text"] == "_" * 319
 
 
 @pytest.mark.parametrize("typed", ["%s%n%s%n", "100%", "%d", "%-9999999s", "%%"])
@@ -118,17 +119,20 @@ def test_characters_of_the_shell_are_text(olt, store, typed):
 
 @pytest.mark.parametrize("result", [3, 1, 255])
 def test_the_result_of_filing_is_the_result_of_the_command(olt, store, result):
-    with olt.fault(f"cli_log nth=1 ret={result}"):
-        _, rc = olt.run("alarm-log debug send id 77 message x")
+    olt.faults(f"cli_log nth=1 ret={result}")
+    _, rc = olt.run("alarm-log debug send id 77 message x")
+    olt.faults()
     assert rc == result
 
 
 def test_the_command_itself_takes_no_semaphore(olt, store):
     """Only the platform takes the store's, inside its own call; the board's stays free."""
     mark = len(olt.trace())
-    with olt.fault("cli_log nth=1 ret=0"):
-        olt.run("alarm-log debug send id 77 message x")
-    assert calls(olt, "semaphore_[pv]", since=mark) == []
+    olt.faults("cli_log nth=1 ret=0")
+    olt.run("alarm-log debug send id 77 message x")
+    olt.faults()
+    calls = olt.trace()[mark:]
+    assert len(of(calls, "cli_log")) == 1 and of(calls, "semaphore_[pv]") == []
 
 
 @pytest.mark.parametrize("alarm_id", [0, 5, 105, 106, 512])

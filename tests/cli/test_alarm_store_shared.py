@@ -9,6 +9,7 @@ import time
 import pytest
 from alarm_fixtures import describe, olt, peer, peer_of, store  # noqa: F401
 from alarm_store import CAPACITY, NONE, AlarmStore, Record, line
+from calls import of
 
 LINE = re.compile(r"\[\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\]  .*    (.*)")
 WALKS = ["show alarm-log", "show alarm-log level major", "show alarm-log head 1000", "show alarm-log tail 1000"]
@@ -339,9 +340,8 @@ def test_a_store_that_cannot_be_attached_is_reported_once_and_the_semaphore_give
 def test_the_store_is_attached_under_the_semaphore(unattached_olt):
     before = len(unattached_olt.trace())
     unattached_olt.run("show alarm-log")
-    calls = unattached_olt.trace()[before:]
-    ops = [call.op for call in calls if re.fullmatch("semaphore_[pv]|tq_alarm_log_get_shm_pointer", call.op)]
-    assert ops == ["semaphore_p", "tq_alarm_log_get_shm_pointer", "semaphore_v"]
+    calls = of(unattached_olt.trace()[before:], "semaphore_[pv]|tq_alarm_log_get_shm_pointer")
+    assert [call.op for call in calls] == ["semaphore_p", "tq_alarm_log_get_shm_pointer", "semaphore_v"]
 
 
 def test_the_store_is_attached_by_the_first_command_that_can_and_never_again(cold_olt):
@@ -352,8 +352,7 @@ def test_the_store_is_attached_by_the_first_command_that_can_and_never_again(col
     before = len(cold_olt.trace())
     for _ in range(3):
         assert cold_olt.run("show alarm-log") == ("", 0)
-    attaches = [call for call in cold_olt.trace()[before:] if call.op == "tq_alarm_log_get_shm_pointer"]
-    assert len(attaches) == 1
+    assert len(of(cold_olt.trace()[before:], "tq_alarm_log_get_shm_pointer")) == 1
 
 
 def test_a_long_listing_read_slowly_does_not_keep_writers_from_the_store(olt, store, peer, describe):

@@ -1,10 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Listing and clearing the shared alarm store: what an operator sees of chains of every shape."""
-import re
-
 import pytest
 from alarm_fixtures import describe, olt, store  # noqa: F401
 from alarm_store import LEVELS, NONE, Record, line
+from calls import of
 
 SHOWS = ["show alarm-log", "show alarm-log level major", "show alarm-log head 5", "show alarm-log tail 5"]
 CLEARS = ["clear alarm-log", "clear alarm-log level major", "clear syslog", "clear syslog level major"]
@@ -18,10 +17,6 @@ def numbered(count, **fields):
 def listing(describe):  # noqa: F811
     """The text of these records, oldest first, without a count."""
     return lambda records: "".join(line(record, describe(record.alarm_id)) for record in records)
-
-
-def calls(olt, pattern, since):
-    return [call for call in olt.trace()[since:] if re.fullmatch(pattern, call.op)]
 
 
 def shown(olt, command):
@@ -225,7 +220,7 @@ def test_clear_deletes_only_slots_that_hold_a_record(olt, store):
     store.chain([Record("a"), Record("hole", valid=False), Record("b")])
     mark = len(olt.trace())
     shown(olt, "clear alarm-log")
-    assert len(calls(olt, "tq_alarm_log_delete_by_index", since=mark)) == 2
+    assert len(of(olt.trace()[mark:], "tq_alarm_log_delete_by_index")) == 2
     assert shown(olt, "show alarm-log") == ""
 
 
@@ -242,7 +237,7 @@ def test_the_store_is_walked_under_its_own_semaphore_alone(olt, store, command):
     store.chain(numbered(3))
     mark = len(olt.trace())
     shown(olt, command)
-    names = [f"{call.op} {call.arguments}" for call in calls(olt, "semaphore_[pv]", since=mark)]
+    names = [f"{call.op} {call.arguments}" for call in of(olt.trace()[mark:], "semaphore_[pv]")]
     assert names == ["semaphore_p id=alarm", "semaphore_v id=alarm"]
     assert olt.sem_value("alarm") == 1
 
@@ -252,7 +247,7 @@ def test_records_are_deleted_while_the_semaphore_is_held(olt, store, command):
     store.chain(numbered(3))
     mark = len(olt.trace())
     shown(olt, command)
-    ops = [call.op for call in calls(olt, "semaphore_[pv]|tq_alarm_log_delete_by_index", since=mark)]
+    ops = [call.op for call in of(olt.trace()[mark:], "semaphore_[pv]|tq_alarm_log_delete_by_index")]
     assert ops == ["semaphore_p", *["tq_alarm_log_delete_by_index"] * 3, "semaphore_v"]
 
 
@@ -262,4 +257,4 @@ def test_the_store_is_attached_once(olt, store):
     mark = len(olt.trace())
     for command in [*SHOWS, *CLEARS]:
         shown(olt, command)
-    assert calls(olt, "tq_alarm_log_get_shm_pointer", since=mark) == []
+    assert of(olt.trace()[mark:], "tq_alarm_log_get_shm_pointer") == []

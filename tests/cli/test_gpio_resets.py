@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The two resets through the GPIO device: requests, privileges, and a device that fails."""
-import re
 import signal
 import time
 
@@ -55,12 +54,11 @@ def interesting(call):
 
 def step(call):
     if call.op == "ioctl":
-        request, word = re.search(r"request=(\w+) word=(\w+)", call.arguments).groups()
-        return f"request {int(request, 0)} {int(word, 0):#x}"
+        return f"request {int(call.values['request'], 0)} {int(call.values['word'], 0):#x}"
     if call.op == "raise":
-        return "raise " + re.search(r'reason="(.*)"', call.arguments)[1]
+        return f"raise {call.values['reason']}"
     if call.op == "open":
-        assert int(re.search(r"flags=(\w+)", call.arguments)[1], 0) & 3 == O_RDWR
+        assert int(call.values["flags"], 0) & 3 == O_RDWR
         return "open"
     return call.op
 
@@ -75,16 +73,6 @@ def test_pon_reset_pulls_gpio_1_low_with_raised_privileges(olt):
 def test_pon_reset_leaves_the_device_open(olt):
     assert Run(olt, "pon reset").left_open == 1
     assert Run(olt, "pon reset").left_open == 1
-
-
-def test_the_board_sees_the_reset_pulse(olt):
-    before = olt.boardctl("gpio", "get", "1") if "get" in GPIO_VERBS else None
-    Run(olt, "pon reset")
-    if before is not None:
-        assert olt.boardctl("gpio", "get", "1").split()[0] == "0"
-
-
-GPIO_VERBS = ()
 
 
 @pytest.mark.parametrize("errno, text", [(2, "No such file or directory"), (13, "Permission denied"), (16, "Device or resource busy")])

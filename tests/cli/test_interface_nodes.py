@@ -59,40 +59,11 @@ def test_keywords_may_be_abbreviated(session):
     assert session.prompt == "olt(config-xgpon-0/4)# "
 
 
-@pytest.mark.parametrize("command, prompt", [
-    ("interface gpon 0/3", "olt(config-gpon-0/3)# "),
-    ("interface xgpon 0/3", "olt(config-xgpon-0/3)# "),
-    ("diagnose", "olt(diagnose)# "),
-])
-def test_exit_leads_back_to_configuration_and_end_to_the_enable_node(session, command, prompt):
-    enter(session, command)
-    assert session.prompt == prompt
-    enter(session, "exit")
-    assert session.prompt == "olt(config)# "
-    enter(session, command, "end")
-    assert session.prompt == "olt# "
-
-
-@pytest.mark.parametrize("node", ["view", "enable", "config", "diagnose", "gpon 0/3", "xgpon 0/3"])
-def test_list_shows_the_commands_of_every_node_an_operator_can_stand_in(olt, node):
-    text, rc = olt.run("list", node)
-    assert rc == SUCCESS
-    words = [line.strip() for line in text.splitlines()]
-    assert "list [permutations]" in words
-    assert any(word.startswith("exit") for word in words)
-
-
 def test_one_interface_leads_straight_to_another(session):
     enter(session, "interface gpon 0/3", "interface xgpon 0/5")
     assert session.prompt == "olt(config-xgpon-0/5)# "
     enter(session, "interface gpon 1/2")
     assert session.prompt == "olt(config-gpon-1/2)# "
-
-
-def test_a_configuration_command_typed_in_an_interface_moves_the_session_to_configuration(session):
-    enter(session, "interface gpon 0/3")
-    assert "OLT Serial Number" in session.run("show version")
-    assert session.prompt == "olt(config)# "
 
 
 def test_the_diagnostics_node_is_entered_from_enable_and_from_configuration(olt):
@@ -120,15 +91,6 @@ def test_two_sessions_in_two_interfaces_keep_their_own(olt):
         enter(two, "exit", "interface xgpon 0/7")
         one.run("list")
         assert (one.prompt, two.prompt) == ("olt(config-gpon-0/3)# ", "olt(config-xgpon-0/7)# ")
-
-
-@pytest.mark.parametrize("keys", ["\t", "?", "li\t", "exi?"])
-def test_the_prompt_is_right_after_help_and_completion(olt, keys):
-    with olt.telnet() as one, olt.telnet() as two:
-        enter(one, "enable", "configure terminal", "interface gpon 0/3")
-        enter(two, "enable", "configure terminal", "interface gpon 0/5")
-        assert "olt(config-gpon-0/3)# " in one.type(keys)
-        assert "olt(config-gpon-0/5)# " in two.type(keys)
 
 
 def test_help_shows_the_slot_and_port_token_with_its_text(session):
