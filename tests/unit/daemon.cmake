@@ -45,3 +45,8 @@ target_include_directories(install_order_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(peer_test peer_test.cpp LIBS diagd_peer diagd_core platform_headers deps::frr deps::jsonc)
 target_include_directories(peer_test PRIVATE ${diagd_dir}/core ${diagd_dir}/peer)
+
+# The layers of the tree, and the check itself.
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+add_test(NAME layers COMMAND Python3::Interpreter ${CMAKE_SOURCE_DIR}/tools/check_layers.py)
+add_test(NAME check_layers_test COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/check_layers_test.py)

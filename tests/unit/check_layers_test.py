@@ -1,0 +1,81 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The layer check on small trees of its own: each holds one include that its layer forbids, or allows."""
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+TOOL = Path(__file__).resolve().parents[2] / "tools" / "check_layers.py"
+HEADERS = {
+    "diagd/units.hpp": "",
+    "diagd/core/frr.hpp": "#include <zebra.h>\n#include <vty.h>\n",
+    "diagd/core/text.hpp": "#include <string_view>\n",
+    "diagd/core/unique_fd.hpp": "#include <unistd.h>\n",
+    "diagd/fan/fan_private.hpp": "",
+    "diagd/fan/export/lm75.hpp": "",
+    "platform/include/tq_api.h": "",
+    "platform/trace/tq_trace.hpp": "",
+    "sim/boardsim/board.hpp": "",
+}
+
+
+class CheckLayers(unittest.TestCase):
+    def check(self, file, text):
+        """Exit status and words of the check of a tree with this file."""
+        with tempfile.TemporaryDirectory() as folder:
+            for name, content in {**HEADERS, file: text}.items():
+                path = Path(folder, name)
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_text(content)
+            run = subprocess.run([sys.executable, TOOL, folder], capture_output=True, text=True, check=False)
+        return run.returncode, run.stdout
+
+    def assert_refused(self, file, text, words):
+        status, output = self.check(file, text)
+        self.assertEqual(status, 1, output)
+        self.assertIn(file, output)
+        self.assertIn(words, output)
+
+    def assert_allowed(self, file, text):
+        self.assertEqual(self.check(file, text), (0, "every include stays in its layer\n"))
+
+    def test_a_unit_uses_core_the_c_api_and_exports(self):
+        self.assert_allowed("diagd/cpld/a.cpp", '#include "frr.hpp"\n#include "tq_api.h"\n#include "lm75.hpp"\n')
+
+    def test_a_unit_does_not_see_what_another_keeps_to_itself(self):
+        self.assert_refused("diagd/cpld/a.cpp", '#include "fan_private.hpp"\n', "only through its export folder")
+
+    def test_a_unit_does_not_look_up(self):
+        self.assert_refused("diagd/fan/a.cpp", '#include "units.hpp"\n', "includes go down only")
+
+    def test_core_does_not_know_the_units(self):
+        self.assert_refused("diagd/core/a.cpp", '#include "lm75.hpp"\n', "core includes nothing but itself")
+
+    def test_the_daemon_sees_only_the_c_api_of_the_platform(self):
+        self.assert_refused("diagd/fan/a.cpp", '#include "tq_trace.hpp"\n', "only its C API")
+
+    def test_libfrr_has_one_door(self):
+        self.assert_refused("diagd/fan/a.cpp", "#include <zebra.h>\n", 'only through "frr.hpp"')
+
+    def test_sysrepo_and_libfrr_do_not_meet(self):
+        self.assert_refused("diagd/fan/a.cpp", '#include "frr.hpp"\n#include <sysrepo.h>\n', "different libyangs")
+        self.assert_allowed("diagd/fan/a.cpp", '#include "tq_api.h"\n#include <sysrepo.h>\n')
+
+    def test_pure_files_reach_only_the_standard_library(self):
+        self.assert_allowed("diagd/fan/fan_policy.cpp", '#include "text.hpp"\n#include <array>\n')
+        self.assert_refused("diagd/fan/fan_policy.cpp", '#include "unique_fd.hpp"\n', "<unistd.h>")
+        self.assert_refused("diagd/transceiver/decode/a.hpp", '#include "frr.hpp"\n', "standard library only")
+
+    def test_the_platform_does_not_know_what_is_built_on_it(self):
+        self.assert_refused("platform/api/a.cpp", '#include "text.hpp"\n', "platform never includes diagd")
+        self.assert_refused("platform/api/a.cpp", '#include "board.hpp"\n', "platform never includes sim")
+        self.assert_allowed("platform/api/a.cpp", '#include "tq_trace.hpp"\n')
+
+    def test_the_shell_shares_the_descriptor_owner_and_no_more(self):
+        self.assert_allowed("shell/a.cpp", '#include "unique_fd.hpp"\n')
+        self.assert_refused("shell/a.cpp", '#include "text.hpp"\n', "shell never includes diagd")
+
+
+if __name__ == "__main__":
+    unittest.main()

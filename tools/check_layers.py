@@ -1,0 +1,145 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Says in words which source file includes what its layer may not.
+
+usage: check_layers.py [TREE]        exit status 1 when there is anything to say
+
+The layers:
+  - diagd: what stands at its top includes units.hpp, core and the platform's C API; a unit includes its own
+    headers, core, the C API, and of another unit only what lies in that unit's export folder; core includes
+    itself and the C API.
+  - libfrr comes into the daemon through core/frr.hpp only; sysrepo only into files that are free of libfrr,
+    because each brings a libyang of its own.
+  - Pure files (decoding, policies, judges, parsers) reach nothing but the standard library.
+  - The platform never includes what is built on it: the daemon, the simulator, the shell.
+  - The simulator and the shell never include the daemon, nor each other.
+  - What is listed as SHARED needs nothing of its surroundings and may be included from anywhere.
+"""
+import re
+import sys
+from pathlib import Path
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
+SOURCES = ("diagd", "platform", "sim", "shell")
+PURE = re.compile(r"(^|/)decode/|_(policy|judge|parser)\.[ch]pp$")
+FRR_DOOR = "diagd/core/frr.hpp"
+SHARED = {"diagd/core/unique_fd.hpp"}
+
+# Headers of the operating system; a name without a dot is the C++ library's.
+SYSTEM_FOLDERS = ("sys/", "linux/", "net/", "netinet/", "arpa/", "asm/")
+SYSTEM = {
+    "assert.h", "dirent.h", "dlfcn.h", "errno.h", "fcntl.h", "grp.h", "limits.h", "math.h", "mntent.h", "netdb.h",
+    "poll.h", "pthread.h", "pwd.h", "sched.h", "signal.h", "stdarg.h", "stdbool.h", "stddef.h", "stdint.h",
+    "stdio.h", "stdlib.h", "string.h", "termios.h", "time.h", "unistd.h",
+}
+
+
+def is_standard(name):
+    return "." not in name
+
+
+def is_system(name):
+    return is_standard(name) or name in SYSTEM or name.startswith(SYSTEM_FOLDERS)
+
+
+class Tree:
+    def __init__(self, root):
+        self.root = root
+        self.includes = {}  # file: [(line number, quoted, name)]
+        self.headers = {}  # file name: [file]
+        for area in SOURCES:
+            for path in sorted((root / area).rglob("*")):
+                if path.suffix in (".c", ".cpp", ".h", ".hpp"):
+                    self.add(path)
+
+    def add(self, path):
+        file = path.relative_to(self.root).as_posix()
+        found = self.includes[file] = []
+        for number, line in enumerate(path.read_text().splitlines(), 1):
+            if match := INCLUDE.match(line):
+                found.append((number, match[1] == '"', match[2]))
+        if path.suffix in (".h", ".hpp"):
+            self.headers.setdefault(path.name, []).append(file)
+
+    def candidates(self, file, name):
+        """Headers of the tree that the name may mean, the file's own unit first."""
+        own = home(file)
+        found = self.headers.get(Path(name).name, [])
+        return sorted(found, key=lambda header: home(header) != own)
+
+    def reaches(self, file, wanted, seen=None):
+        """Angle include of `file`, direct or through the tree's headers, for which wanted(name) holds."""
+        seen = seen if seen is not None else set()
+        if file in seen:
+            return None
+        seen.add(file)
+        for _, quoted, name in self.includes[file]:
+            if not quoted:
+                if wanted(name):
+                    return name
+            elif header := next(iter(self.candidates(file, name)), None):
+                if below := self.reaches(header, wanted, seen):
+                    return below
+        return None
+
+
+def home(file):
+    """Unit or library of a file: its first two folders, one for what stands at the top of an area."""
+    parts = file.split("/")
+    return "/".join(parts[:2]) if len(parts) > 2 else parts[0]
+
+
+def refused(file, header):
+    """Why `file` may not include `header`, or None."""
+    area, own, other = file.split("/")[0], home(file), home(header)
+    if own == other or header in SHARED:
+        return None
+    if area == "diagd":
+        if other in ("diagd/core", "platform/include"):
+            return None
+        if own == "diagd/core":
+            return "core includes nothing but itself and the platform's C API"
+        if own == "diagd":
+            return "what stands above the units includes units.hpp, core and the platform's C API"
+        if other == "diagd":
+            return "includes go down only: a unit knows nothing of what stands above it"
+        if other.startswith("diagd/"):
+            if header.startswith(other + "/export/"):
+                return None
+            return f"a unit reaches another unit only through its export folder, {other}/export"
+        return "the daemon sees of the platform only its C API in platform/include"
+    if own == "platform/include":
+        return "the C API stands on its own"
+    if header.split("/")[0] in (area, "platform"):
+        return None
+    return f"{area} never includes {header.split('/')[0]}"
+
+
+def check(tree):
+    for file, includes in tree.includes.items():
+        for number, quoted, name in includes:
+            if quoted:
+                reasons = [refused(file, header) for header in tree.candidates(file, name)]
+                if not reasons and file.startswith("diagd/"):
+                    yield f"{file}:{number}: \"{name}\" is no header of the tree"
+                elif reasons and all(reasons):
+                    yield f"{file}:{number}: \"{name}\": {reasons[0]}"
+            elif file.startswith("diagd/") and file != FRR_DOOR and not is_system(name) and name != "sysrepo.h":
+                yield f"{file}:{number}: <{name}>: libfrr comes into the daemon only through \"frr.hpp\""
+
+        if PURE.search(file) and (name := tree.reaches(file, lambda name: not is_standard(name))):
+            yield f"{file}: is pure, but reaches <{name}>: it may use the standard library only"
+        if file.startswith("diagd/") and tree.reaches(file, lambda name: name == "sysrepo.h"):
+            if tree.reaches(file, lambda name: name == "zebra.h"):
+                yield f"{file}: reaches sysrepo and libfrr, which bring headers of different libyangs"
+
+
+def main():
+    root = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parent.parent
+    found = list(check(Tree(root)))
+    print("\n".join(found) if found else "every include stays in its layer")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
