@@ -12,6 +12,11 @@ from alarm_store import AlarmStore
 from olt import DEADLINE_S
 
 LIBRARIES = "/run/olt/build/lib"
+DATABASE = [
+    "SYSREPO_REPOSITORY_PATH=/var/lib/olt/sysrepo",
+    "LIBYANG_EXTENSIONS_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/extensions",
+    "LIBYANG_USER_TYPES_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/user_types",
+]
 PEER = Path(__file__).with_name("store_peer.py")
 
 
@@ -37,8 +42,9 @@ class Peer:
 
     def __init__(self, olt, *words):
         self._buffer = b""
-        self._process = subprocess.Popen(olt.inside("python3", PEER, LIBRARIES, *words), stdin=subprocess.PIPE,
-                                         stdout=subprocess.PIPE)
+        with open(olt.state / "log" / "peer", "ab") as errors:  # alarms are printed there, too
+            self._process = subprocess.Popen(olt.inside("env", *DATABASE, "python3", PEER, LIBRARIES, *words),
+                                             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors)
         os.set_blocking(self._process.stdout.fileno(), False)
 
     def running(self):

@@ -42,32 +42,32 @@ def test_another_process_sees_what_the_daemon_files_and_the_other_way_round(olt,
 
 
 def test_several_writers_at_once_lose_nothing_and_mix_nothing(olt, store, peer):
-    writers, each = 3, 200
-    with peer("add", "77", str(each), "a") as a, peer("add", "77", str(each), "b") as b:
-        for n in range(each):
-            _, rc = olt.run(f"alarm-log debug send id 77 message c-{n}")
+    numbers = {"a": 1800, "b": 1800, "c": 300}
+    with peer("add", "77", "1800", "a") as a, peer("add", "77", "1800", "b") as b, olt.vty() as session:
+        for n in range(numbers["c"]):
+            _, rc = session.run(f"alarm-log debug send id 77 message c-{n}")
             assert rc == 0
         a.finished()
         b.finished()
     messages = listed(olt)
-    assert len(messages) == writers * each
-    for prefix in "abc":
-        assert [text for text in messages if text[0] == prefix] == [f"{prefix}-{n}" for n in range(each)]
+    assert len(messages) == sum(numbers.values())
+    for prefix, count in numbers.items():
+        assert [text for text in messages if text[0] == prefix] == [f"{prefix}-{n}" for n in range(count)]
     assert sorted(store.messages()) == sorted(messages)
     assert olt.sem_value("alarm") == 1
 
 
 def test_listing_while_others_write_shows_complete_records_in_order(olt, store, peer):
-    with peer("add", "77", "600", "w") as writer:
+    with peer("add", "77", "3000", "w") as writer:
         while writer.running():
             messages = listed(olt)
             assert messages == [f"w-{n}" for n in range(len(messages))]
         writer.finished()
-    assert listed(olt) == [f"w-{n}" for n in range(600)]
+    assert listed(olt) == [f"w-{n}" for n in range(3000)]
 
 
 def test_clearing_while_others_write_leaves_a_sound_chain(olt, store, peer):
-    with peer("add", "77", "600", "w") as writer:
+    with peer("add", "77", "3000", "w") as writer:
         while writer.running():
             shown(olt, "clear alarm-log")
             listed(olt)
@@ -89,7 +89,7 @@ def test_two_sessions_and_two_processes_at_once_end_in_a_sound_store(olt, store,
         except Exception as error:  # handed to the test's own thread
             failures.append(error)
 
-    with peer("add", "77", "400", "w") as writer, peer("delete-oldest") as eraser:
+    with peer("add", "77", "3000", "w") as writer, peer("delete-oldest") as eraser:
         threads = [threading.Thread(target=session, args=(commands,)) for commands in
                    (["show alarm-log", "clear alarm-log level emerg"], ["show alarm-log tail 1000", "show alarm-log head 9"])]
         for thread in threads:
