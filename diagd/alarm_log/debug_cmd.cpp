@@ -49,9 +49,9 @@ DEFUN_HIDDEN(alarm_log_debug, alarm_log_debug_cmd,
     request.pon = number_argument(argc, argv, "pon");
     request.onu = number_argument(argc, argv, "onu");
     request.onu_port = number_argument(argc, argv, "onu-port");
-    request.state = number_argument(argc, argv, "state");
     if (const char *const mac = cmd_parase_parameters(argc, argv, "mac"))
         diagd::fill_field({reinterpret_cast<char *>(request.mac), sizeof(request.mac)}, mac);
+    request.state = number_argument(argc, argv, "state");
 
     const char *const typed = cmd_parase_parameters(argc, argv, "message");
     const std::string message = diagd::decode_debug_message(typed != nullptr ? typed : "");
