@@ -6,7 +6,7 @@ import pytest
 # node: how to get there from enable, prompt, a command only listed there, where `exit` leads
 NODES = {
     "enable": ([], "olt# ", "configure [terminal]", None),
-    "config": (["configure terminal"], "olt(config)# ", "interface gpon S/P", "olt# "),
+    "config": (["configure terminal"], "olt(config)# ", "interface gpon <S/P>", "olt# "),
     "diagnose": (["diagnose"], "olt(diagnose)# ", "show diag monitor", "olt(config)# "),
     "gpon": (["configure terminal", "interface gpon 0/3"], "olt(config-gpon-0/3)# ", "exit", "olt(config)# "),
     "xgpon": (["configure terminal", "interface xgpon 0/5"], "olt(config-xgpon-0/5)# ", "exit", "olt(config)# "),
