@@ -43,7 +43,8 @@ diagd_unit_test(install_order_test install_order_test.cpp LIBS diagd_diag_cli di
                 tqapi tqdatabase util_cpld util_i2c util_phy)
 target_include_directories(install_order_test PRIVATE ${diagd_dir}/core)
 
-diagd_unit_test(peer_test peer_test.cpp LIBS diagd_peer diagd_core platform_headers deps::frr deps::jsonc)
+diagd_unit_test(peer_test peer_test.cpp ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
+                LIBS diagd_peer platform_headers deps::frr deps::jsonc)
 target_include_directories(peer_test PRIVATE ${diagd_dir}/core ${diagd_dir}/peer)
 
 # The layers of the tree, and the check itself.
