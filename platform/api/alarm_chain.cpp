@@ -205,7 +205,7 @@ void AlarmChain::unlink(std::uint32_t index) noexcept
     const std::uint32_t next = store_->slot[index].next;
     (prev == TQ_ALARM_NONE ? store_->head : store_->slot[prev].next) = next;
     (next == TQ_ALARM_NONE ? store_->tail : store_->slot[next].prev) = prev;
-    --store_->count;
+    store_->count = store_->head == TQ_ALARM_NONE ? 0 : store_->count - 1;
 }
 
 std::uint32_t AlarmChain::find_free() const noexcept

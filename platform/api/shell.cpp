@@ -16,7 +16,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -91,7 +91,9 @@ void copy_output(struct vty *vty, int from, int process) noexcept
         const ssize_t size = read(from, buffer, sizeof buffer);
         if (size > 0) {
             show(vty, buffer, static_cast<std::size_t>(size));
-        } else if (size == 0 || (errno != EAGAIN && errno != EINTR) || ended) {
+        } else if (size < 0 && errno == EINTR) {
+            continue;
+        } else if (size == 0 || errno != EAGAIN || ended) {
             return;
         } else if (poll(watched, 2, -1) < 0 && errno != EINTR) {
             return;
@@ -115,7 +117,8 @@ int run_for_vty(struct vty *vty, const char *line) noexcept
         return -1;
     to.reset();
     fcntl(from.get(), F_SETFL, O_NONBLOCK);
-    board::Descriptor process(pidfd_open(pid, 0));
+    // Without it (an old kernel) the wait ends with the last holder of the outputs.
+    const board::Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     copy_output(vty, from.get(), process.get());
     return wait_for(pid);
 }

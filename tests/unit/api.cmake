@@ -1,0 +1,10 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+# libtqapi.  Its parts are linked with a double of the few database getters that they call; tests that use the
+# box's names for shared memory and semaphores do so in namespaces of their own (private_ipc.hpp).
+function(diagd_api_test name)
+  diagd_unit_test(${name} ${ARGN} database_getters_double.cpp LIBS tqapi_parts)
+endfunction()
+
+diagd_api_test(alarm_catalogue_test alarm_catalogue_test.cpp)
+diagd_api_test(alarm_chain_test alarm_chain_test.cpp)
+diagd_api_test(alarm_chain_kill_test alarm_chain_kill_test.cpp)
