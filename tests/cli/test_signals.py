@@ -33,7 +33,7 @@ def test_hangup_reads_the_configuration_on_top_of_what_runs(fresh_olt):
     assert olt.run("log timestamp precision 3")[1] == 0
     pid = olt.pid
     rewrite(olt, "hostname olt\n", "hostname renamed\n")
-    olt.signal(signal.SIGHUP)
+    olt.send_signal(signal.SIGHUP)
     wait_until(lambda: "hostname renamed" in running(olt), "the new name is in force")
     assert "log timestamp precision 3" in running(olt)
     assert olt.pid == pid and olt.daemon.poll() is None
@@ -46,7 +46,7 @@ def test_hangup_reads_the_configuration_on_top_of_what_runs(fresh_olt):
 def test_hangup_reads_the_default_file_for_no_session(cold_olt):
     cold_olt.start(trace=True)
     before = len(cold_olt.trace())
-    cold_olt.signal(signal.SIGHUP)
+    cold_olt.send_signal(signal.SIGHUP)
     cold_olt.wait_log("SIGHUP received")
     reads = wait_until(lambda: [call for call in cold_olt.trace()[before:] if call.op == "vty_read_config"],
                        "the configuration is read")
@@ -62,7 +62,7 @@ def test_hangup_with_a_missing_or_broken_file_leaves_the_daemon_running(fresh_ol
     for content in (b"hostname one\nno such command at all\nhostname two\n", b"\xff\xfe\0\0" * 100, b"x" * 100000, b""):
         path.write_bytes(content)
         count = olt.log().count("SIGHUP received")
-        olt.signal(signal.SIGHUP)
+        olt.send_signal(signal.SIGHUP)
         wait_until(lambda: olt.log().count("SIGHUP received") == count + 1, "the signal is seen")
         assert olt.run("show version")[1] == 0
     path.write_bytes(text)
@@ -72,7 +72,7 @@ def test_many_hangups_in_a_row_are_survived(fresh_olt):
     olt = fresh_olt
     before = len(olt.fds())
     for _ in range(50):
-        olt.signal(signal.SIGHUP)
+        olt.send_signal(signal.SIGHUP)
     olt.wait_log("SIGHUP received")
     assert olt.run("show version")[1] == 0
     wait_until(lambda: len(olt.fds()) <= before, "the files are closed")
@@ -80,14 +80,14 @@ def test_many_hangups_in_a_row_are_survived(fresh_olt):
 
 def test_user_signal_1_makes_the_log_file_anew(fresh_olt):
     olt = fresh_olt
-    olt.signal(signal.SIGHUP)
+    olt.send_signal(signal.SIGHUP)
     olt.wait_log("SIGHUP received")
     log = olt.state / "log" / "diagd.log"
     log.rename(olt.state / "log" / "diagd.log.1")
     pid = olt.pid
-    olt.signal(signal.SIGUSR1)
+    olt.send_signal(signal.SIGUSR1)
     wait_until(log.exists, "the log file is there again")
-    olt.signal(signal.SIGHUP)
+    olt.send_signal(signal.SIGHUP)
     olt.wait_log("SIGHUP received")
     assert olt.pid == pid and olt.daemon.poll() is None
     assert olt.run("show version")[1] == 0
