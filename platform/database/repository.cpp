@@ -3,6 +3,7 @@
 #include "repository.hpp"
 
 #include "owner_identity.hpp"
+#include "shared_state.hpp"
 #include "tq_errno.h"
 
 #include <libyang/libyang.h>
@@ -54,14 +55,33 @@ int Repository::open(Mirror &mirror, std::unique_ptr<Repository> &opened)
     if (is_shared_memory_full())
         return TQ_ERR_NO_SPACE;
 
+    SharedState state(sr_get_repo_path());
+    state.repair_permissions();
+    if (state.has_dead_subscriber() && state.is_unused())
+        state.remove();
+    int code = open_with(mirror, state, opened);
+    if (code == TQ_ERR_TIMEOUT && state.is_unused()) {
+        state.remove();
+        code = open_with(mirror, state, opened);
+    }
+    return code;
+}
+
+int Repository::open_with(Mirror &mirror, const SharedState &state, std::unique_ptr<Repository> &opened)
+{
     const OwnerIdentity owner(sr_get_repo_path());
     std::unique_ptr<Repository> repository(new Repository(mirror));
     int code = repository->connect();
+    if (code != TQ_OK)
+        return code;
+    state.restore();
     for (const char *module : {alarm_module, ntp_module})
         if (code == TQ_OK)
             code = repository->watch(module);
-    if (code == TQ_OK)
+    if (code == TQ_OK && (code = repository->load_all()) != TQ_OK) {
+        state.restore_startup();
         code = repository->load_all();
+    }
     if (code == TQ_OK)
         code = repository->start_thread();
     if (code == TQ_OK)
@@ -71,17 +91,14 @@ int Repository::open(Mirror &mirror, std::unique_ptr<Repository> &opened)
 
 int Repository::connect()
 {
-    int result = owned(connection_, [](auto raw) { return sr_connect(SR_CONN_DEFAULT, raw); });
+    const int result = owned(connection_, [](auto raw) { return sr_connect(SR_CONN_DEFAULT, raw); });
     if (result != SR_ERR_OK)
         return code_of(result, nullptr);
     const ly_ctx *context = sr_get_context(connection_.get());
-    for (const char *module : {alarm_module, ntp_module})
-        if (!ly_ctx_get_module(context, module, nullptr, 1))
-            return TQ_ERR_NO_DB;
     for (std::size_t i = 0; i < settings.size(); ++i) {
         schema_[i] = const_cast<lys_node *>(ly_ctx_get_node(context, nullptr, settings[i].schema_path, 0));
         if (!schema_[i])
-            return TQ_ERR_NO_DB; // another revision of the module
+            return TQ_ERR_NO_DB; // no such module, or another revision of it
     }
     const int code = start_session(session_);
     return code == TQ_OK ? start_session(listener_) : code;

@@ -23,6 +23,8 @@
 
 namespace tq::db {
 
+class SharedState;
+
 inline constexpr std::chrono::milliseconds apply_timeout{2000}; // for each callback of other programs
 inline constexpr std::chrono::milliseconds read_timeout{2000};
 inline constexpr std::chrono::milliseconds lock_wait{1000};
@@ -78,6 +80,7 @@ private:
     };
 
     explicit Repository(Mirror &mirror);
+    static int open_with(Mirror &mirror, const SharedState &state, std::unique_ptr<Repository> &opened);
     int connect();
     int start_thread();
     void run() noexcept;

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// sysrepo's state in shared memory, and what two of its weaknesses leave there.
+//
+// A process that is killed in a transaction leaves the main lock held: from then on every program waits 15
+// seconds to connect and fails, for ever.  While nobody is connected, the locks belong to nobody and the
+// state can be made anew; the running configuration is carried over.
+//
+// When root is the first to connect, the data files of running and operational are given to the owner of the
+// module, but without any permission.
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace tq::db {
+
+class SharedState {
+public:
+    // `repository`: folder of the repository.
+    explicit SharedState(std::string repository);
+
+    // Gives the owner the permissions back that a module's startup file has.
+    void repair_permissions() const;
+
+    // A subscriber ended without taking its leave: its event pipe is still there, without a reader.
+    bool has_dead_subscriber() const;
+    // Nobody has the state mapped, as far as this process may look: it has to be root's to say so.
+    bool is_unused() const;
+
+    // Removes the state, keeping the running configuration in memory for restore().
+    void remove();
+    // Once connected, before the first session: puts the running configuration back.
+    void restore() const;
+    // Should it be unreadable, cut by whatever ended its writer: back to the startup configuration.
+    void restore_startup() const;
+
+private:
+    std::string shared(const char *suffix) const;
+
+    std::string repository_, prefix_;
+    std::map<std::string, std::string> running_; // module and content
+};
+
+} // namespace tq::db
