@@ -60,6 +60,9 @@ COMMANDS = [
     command(DIAGNOSE, "power_monitor_set", "[no] power monitor", NO, "power", "power monitor"),
     command(DIAGNOSE, "transceiver_monitor_set", "[no] transceiver monitor", NO, "transceiver", "transceiver monitor"),
     command(DIAGNOSE, "show_diag_monitor", "show diag monitor", SHOW, "diag", "monitor information"),
+    command(CONFIG, "transceiver_show", "show transceiver [json]", SHOW, "Transceiver information.", "JavaScript Object Notation"),
+    command(CONFIG, "transceiver_detail_show", "show transceiver <detail|diagnosis>", SHOW, "Transceiver information.",
+            "Show interface transceiver detail", "Show interface transceiver diagnosis"),
 ]
 IDS = [entry.name for entry in COMMANDS]
 

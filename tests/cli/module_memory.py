@@ -1,0 +1,57 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Memories of optical modules, byte by byte, and plugging them into a simulated board."""
+
+import itertools
+import struct
+
+_numbers = itertools.count()
+
+
+def memory(fields):
+    """256 bytes with the given fields; a number fills one byte, a text or bytes what it is long."""
+    page = bytearray(256)
+    for register, value in fields.items():
+        data = bytes([value]) if isinstance(value, int) else value.encode("ascii") if isinstance(value, str) else value
+        page[register : register + len(data)] = data
+    return bytes(page)
+
+
+def words(*values):
+    """16-bit numbers as modules store them; negative ones in two's complement."""
+    return b"".join(struct.pack(">H", value & 0xFFFF) for value in values)
+
+
+def path(wavelength=1490, monitoring=0x20, identifier=3, temperature=0x1980, voltage=33000, bias=5000, tx=10000, rx=5000,
+         constants=(), id_page=None):
+    """The two pages of an SFP's optical path.  constants: the ten external calibration words."""
+    identity = {0: identifier, 20: "ACME OPTICS     ", 56: "1.0 ", 68: "SN0001          "}
+    identity |= {60: words(wavelength), 92: monitoring} | (id_page or {})
+    diagnostics = {76: words(*constants), 96: words(temperature, voltage, bias, tx, rx)}
+    return memory(identity), memory(diagnostics)
+
+
+def qsfp(lower=None, upper=None, identifier=0x11):
+    """Lower memory and page 00h of an SFF-8636 module."""
+    fields = {
+        0: identifier,
+        22: words(-0x1980),
+        26: words(33000),
+        34: words(1000, 2000, 5000, 10000),
+        42: words(5000, 10000, 15000, 65535),
+        50: words(10000, 5000, 1000, 0),
+    }
+    texts = {148: "ACME OPTICS     ", 184: "1A", 196: "SN0002          ", 186: b"\x66\x58"}
+    return memory(fields | texts | (lower or {}) | (upper or {}))
+
+
+def plug(olt, kind, port, *pages):
+    """Plugs a module: one page (SFF-8636), or pairs of identity and diagnostics page (SFP)."""
+    folder = olt.state / "modules"
+    folder.mkdir(exist_ok=True)
+    name = f"module{next(_numbers)}"
+    parts = {"lower": pages[0][:128], "page00": pages[0][128:]} if len(pages) == 1 else dict(zip(("a0", "a2", "b0", "b2"), pages))
+    files = []
+    for part, data in parts.items():
+        files.append(folder / f"{name}.{part}.bin")
+        files[-1].write_bytes(data)
+    olt.boardctl("plug", kind, port, *files)
