@@ -17,12 +17,12 @@ namespace {
 constexpr int board_semaphore_key = 0x102410; // known to every user of the board's buses
 }
 
-void line_buffer_stdout(void)
+void line_buffer_stdout()
 {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
 }
 
-void board_semaphore_init(void)
+void board_semaphore_init()
 {
     if (semaphore_create(&diagm.sem_id, board_semaphore_key, 1) >= 0)
         return;
@@ -32,13 +32,13 @@ void board_semaphore_init(void)
     std::exit(0);
 }
 
-void xtables_libdir_init(void)
+void xtables_libdir_init()
 {
     if (setenv("XTABLES_LIBDIR", "/usr/lib/xtables", 1) != 0)
         std::fprintf(stderr, "setenv XTABLES_LIBDIR failed: %s\n", std::strerror(errno));
 }
 
-void diagd_database_init(void)
+void diagd_database_init()
 {
     if (database_init(&g_diagd_db) < 0) {
         // Until the event loop runs, libfrr writes warnings and errors to standard error, too.
@@ -48,7 +48,7 @@ void diagd_database_init(void)
     diagd::register_database_debug();
 }
 
-void diagd_get_base_cfg(void)
+void diagd_get_base_cfg()
 {
     port_info = {};
     if (database_dev_get_port_info(&g_diagd_db, &port_info) < 0) {

@@ -4,16 +4,16 @@
 #pragma once
 
 // Messages on standard output reach a log when they are printed, not when a buffer is full.
-void line_buffer_stdout(void);
+void line_buffer_stdout();
 
 // Creates or opens the board-access semaphore; ends the process when there is none.
-void board_semaphore_init(void);
+void board_semaphore_init();
 
 // The iptables tools that the system shows run find their extensions here, whatever the environment said.
-void xtables_libdir_init(void);
+void xtables_libdir_init();
 
 // Opens the configuration database; ends the process when it cannot be opened.
-void diagd_database_init(void);
+void diagd_database_init();
 
 // Port counts and interface table; without the port record both stay zero and the daemon runs with no ports.
-void diagd_get_base_cfg(void);
+void diagd_get_base_cfg();

@@ -9,27 +9,27 @@ struct thread_master;
 struct zebra_privs_t;
 
 // Configuration database: hooks for every vty session, and the subscriptions of the alarm log.
-void alarm_log_database_init(void);
-void alarm_log_database_free(void); // at the end: closes the daemon's connection
+void alarm_log_database_init();
+void alarm_log_database_free(); // at the end: closes the daemon's connection
 
 // Peers: the service bus, zebra, and the port numbers in their order.
 int diag_sclient_init(struct thread_master *master, std::uint32_t instance, struct zebra_privs_t *privs);
 int diag_zclient_init(struct thread_master *master);
-int diag_port_init(void);
+int diag_port_init();
 
 // Alarm log defaults and the threshold monitor's timer.
-int initial_alarm_log_config(void);
+int initial_alarm_log_config();
 
 // Hardware monitors, each with a thread of its own.
-int fan_init(void);
-int usb_init(void);
-int power_init(void);
-int reset_init(void);
+int fan_init();
+int usb_init();
+int power_init();
+int reset_init();
 
 // Commands.
-int phy_cmd_init(void);
-int i2c_cmd_init(void);
-int diag_cmd_init(void);
-int cpld_init(void);
-int system_cmd_init(void);
-int transceiver_cmd_init(void);
+int phy_cmd_init();
+int i2c_cmd_init();
+int diag_cmd_init();
+int cpld_init();
+int system_cmd_init();
+int transceiver_cmd_init();

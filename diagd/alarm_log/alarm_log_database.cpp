@@ -33,7 +33,7 @@ constexpr const tq_db_module *modules[] = {&alarm_log_module, nullptr};
 
 } // namespace
 
-void alarm_log_database_init(void)
+void alarm_log_database_init()
 {
     tq_db_cb_init_func(vty_connected, &g_diagd_db);
     tq_db_cb_free_func(vty_disconnected, &g_diagd_db);
@@ -41,7 +41,7 @@ void alarm_log_database_init(void)
     diagd::register_database_debug();
 }
 
-void alarm_log_database_free(void)
+void alarm_log_database_free()
 {
     database_disconnect(&g_diagd_db);
 }

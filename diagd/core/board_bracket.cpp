@@ -11,8 +11,7 @@
 
 namespace diagd {
 
-BoardBracket::BoardBracket(const char *reason, OpenFailure order) noexcept
-    : semaphore_(diagm.sem_id), handle_(-1)
+BoardBracket::BoardBracket(const char *reason, OpenFailure order) noexcept : semaphore_(diagm.sem_id)
 {
     Privileges raised{reason};
     handle_ = misc_cpld_i2c_open(diagm.cpld_i2c_bus);

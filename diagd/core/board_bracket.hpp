@@ -30,7 +30,7 @@ public:
 
 private:
     Semaphore semaphore_;
-    int handle_;
+    int handle_ = -1;
 };
 
 // Connects a bracket's handle to one module channel.  Failure is only reported: whether it means absence or

@@ -9,6 +9,19 @@ constexpr std::size_t port_entry_size = 28;
 // Both counted from an entry's in-use word: the slot is the word before it.
 constexpr std::size_t port_slot_back = 4;
 constexpr std::size_t port_present_ahead = 20;
+
+// Ports of the first board in service with the capability for which entry(board, k) has an entry.
+template <typename Entry>
+std::vector<ListedPort> list_ports(std::uint32_t capability_bit, Entry entry)
+{
+    std::vector<ListedPort> ports;
+    const std::optional<BoardRecord> board = first_board_in_service(capability_bit);
+    for (unsigned k = 0; board && k < BOARD_PORT_ENTRIES; ++k) {
+        if (const std::optional<BoardPort> found = entry(*board, k))
+            ports.push_back({found->slot, static_cast<int>(k)});
+    }
+    return ports;
+}
 } // namespace
 
 std::optional<BoardRecord> BoardRecord::read(int index) noexcept
@@ -55,34 +68,24 @@ std::optional<BoardRecord> first_board_in_service(std::uint32_t capability_bit) 
 
 std::vector<ListedPort> list_pon_ports()
 {
-    std::vector<ListedPort> ports;
-    const std::optional<BoardRecord> board = first_board_in_service(BOARD_CAPABILITY_PON);
-    if (!board)
-        return ports;
-    for (unsigned k = 0; k < BOARD_PORT_ENTRIES; ++k) {
-        for (const PortTable table : {PortTable::pon_first, PortTable::pon_second}) {
-            const BoardPort entry = board->port(table, k);
-            if (entry.in_use == 0)
-                continue;
-            ports.push_back({entry.slot, static_cast<int>(k)});
-            break;
-        }
-    }
-    return ports;
+    return list_ports(BOARD_CAPABILITY_PON,
+                      [](const BoardRecord &board, unsigned k) -> std::optional<BoardPort> {
+                          for (const PortTable table : {PortTable::pon_first, PortTable::pon_second}) {
+                              const BoardPort entry = board.port(table, k);
+                              if (entry.in_use != 0)
+                                  return entry;
+                          }
+                          return std::nullopt;
+                      });
 }
 
 std::vector<ListedPort> list_gigabit_ports()
 {
-    std::vector<ListedPort> ports;
-    const std::optional<BoardRecord> board = first_board_in_service(BOARD_CAPABILITY_SFP);
-    if (!board)
-        return ports;
-    for (unsigned k = 0; k < BOARD_PORT_ENTRIES; ++k) {
-        const BoardPort entry = board->port(PortTable::sfp, k);
-        if (entry.in_use != 0 && entry.present)
-            ports.push_back({entry.slot, static_cast<int>(k)});
-    }
-    return ports;
+    return list_ports(BOARD_CAPABILITY_SFP,
+                      [](const BoardRecord &board, unsigned k) -> std::optional<BoardPort> {
+                          const BoardPort entry = board.port(PortTable::sfp, k);
+                          return entry.in_use != 0 && entry.present ? std::optional{entry} : std::nullopt;
+                      });
 }
 
 } // namespace diagd

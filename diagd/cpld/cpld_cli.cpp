@@ -8,7 +8,7 @@ namespace {
 constexpr std::array<diagd::InstallRow, 0> commands{};
 }
 
-int cpld_init(void)
+int cpld_init()
 {
     diagd::install_table(commands);
     return 0;

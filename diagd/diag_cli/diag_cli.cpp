@@ -69,7 +69,7 @@ constexpr diagd::InstallRow commands[] = {
 
 } // namespace
 
-int diag_cmd_init(void)
+int diag_cmd_init()
 {
     install_node(&alarm_log_cmd_node);
     install_node(&gpon_cmd_node);

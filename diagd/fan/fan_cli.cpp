@@ -8,7 +8,7 @@ namespace {
 constexpr std::array<diagd::InstallRow, 0> commands{};
 }
 
-int fan_init(void)
+int fan_init()
 {
     diagd::install_table(commands);
     return 0;

@@ -8,7 +8,7 @@ namespace {
 constexpr std::array<diagd::InstallRow, 0> commands{};
 }
 
-int power_init(void)
+int power_init()
 {
     diagd::install_table(commands);
     return 0;

@@ -8,7 +8,7 @@ namespace {
 constexpr std::array<diagd::InstallRow, 0> commands{};
 }
 
-int reset_init(void)
+int reset_init()
 {
     diagd::install_table(commands);
     return 0;

@@ -8,7 +8,7 @@ namespace {
 constexpr std::array<diagd::InstallRow, 0> commands{};
 }
 
-int i2c_cmd_init(void)
+int i2c_cmd_init()
 {
     diagd::install_table(commands);
     return 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::array<std::uint8_t, 8> record_bytes{10, 11, 12, 13, 3, 4, 1, 0};
 } // namespace
 
-int diag_port_init(void)
+int diag_port_init()
 {
     tq_port_info_t record{};
     if (database_dev_get_port_info(&g_diagd_db, &record) < 0) {

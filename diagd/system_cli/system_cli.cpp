@@ -8,7 +8,7 @@ namespace {
 constexpr std::array<diagd::InstallRow, 0> commands{};
 }
 
-int system_cmd_init(void)
+int system_cmd_init()
 {
     diagd::install_table(commands);
     return 0;
