@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+#include "file_verbs.hpp"
+
+#include <cstdio>
+#include <stdexcept>
+
+#include "module_file.hpp"
+
+namespace sim {
+
+namespace {
+
+using Words = std::vector<std::string>;
+
+constexpr char plug_usage[] =
+    "usage: boardctl plug gpon|xgpon|ge PORT FILE [FILE...] [--no-presence] [--pad]";
+
+// "plug KIND PORT FILE..." becomes "plug KIND PORT IMAGE".
+Words prepare_plug(const Words &words)
+{
+    Words request{words[0]};
+    Words files;
+    bool hidden = false;
+    bool pad = false;
+    for (auto word = words.begin() + 1; word != words.end(); ++word) {
+        if (*word == "--no-presence")
+            hidden = true;
+        else if (*word == "--pad")
+            pad = true;
+        else if (word->starts_with("--"))
+            throw std::invalid_argument("no option " + *word + "\n" + plug_usage);
+        else if (request.size() < 3)
+            request.push_back(*word);
+        else
+            files.push_back(*word);
+    }
+    if (files.empty())
+        throw std::invalid_argument(plug_usage);
+    const ModuleFile module = read_module(files, pad);
+    for (const std::string &note : module.notes)
+        std::fprintf(stderr, "note: %s\n", note.c_str());
+    request.push_back(to_text(module.image));
+    if (hidden)
+        request.emplace_back("--no-presence");
+    return request;
+}
+
+} // namespace
+
+bool is_file_verb(const Words &words)
+{
+    return words[0] == "plug";
+}
+
+std::vector<std::string> prepare_file_verb(const Words &words)
+{
+    return prepare_plug(words);
+}
+
+} // namespace sim

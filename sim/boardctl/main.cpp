@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// boardctl: the operator's hand on a simulated board.  Verbs that need files are prepared here; everything
+// else is boardsim's (see its table of verbs).
+//
+// Failure policy: one line "error: ..." on standard error and status 1; the board stays as it was.
+#include <cstdio>
+#include <exception>
+
+#include "board_description.hpp"
+#include "control_client.hpp"
+#include "file_verbs.hpp"
+
+namespace {
+
+// $BOARDSIM_DIR, else what the board's description says, else where a box has it.
+std::string folder()
+{
+    if (const char *given = std::getenv("BOARDSIM_DIR"); given != nullptr && *given != '\0')
+        return given;
+    std::string error;
+    const board::Board *board = board::this_board(error);
+    return board != nullptr ? board->sim_folder : "/run/boardsim";
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        std::vector<std::string> words(argv + 1, argv + argc);
+        if (words.empty())
+            words = {"help"};
+        if (sim::is_file_verb(words)) {
+            words = sim::prepare_file_verb(words);
+            if (words.empty())
+                return 0;
+        }
+        return sim::ask_board(folder(), words);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "error: %s\n", error.what());
+        return 1;
+    }
+}

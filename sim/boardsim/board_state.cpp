@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// State file: lines of text, one per part; a module follows its cage in the text form of module_image.
+#include "board_state.hpp"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "text.hpp"
+
+namespace sim {
+
+namespace {
+
+std::string file_in(const std::string &folder)
+{
+    return folder + "/board.state";
+}
+
+std::string state_text(SimulatedBoard &board)
+{
+    std::string text = "state 1\n";
+    text += format("lm75 0x%04x\n", board.lm75.set_point());
+    text += std::string("plain ") + (board.cpld.plain() ? "on" : "off") + "\n";
+    text += "cpld ";
+    for (const std::uint8_t cell : board.cpld.cells())
+        text += format("%02x", cell);
+    text += "\n";
+    for (const Cage &cage : board.cages.all()) {
+        text += format("cage %s %d %d %d\n", cage.name().c_str(), cage.powered,
+                       static_cast<int>(cage.presence), cage.module.has_value());
+        if (cage.module)
+            text += to_text(cage.module->stored);
+    }
+    return text;
+}
+
+class Reader {
+public:
+    Reader(SimulatedBoard &board, std::string file) : board_(board), file_(std::move(file)), in_(file_) {}
+
+    void read()
+    {
+        if (!in_)
+            return;
+        std::string line;
+        for (; std::getline(in_, line); ++number_)
+            take(line);
+    }
+
+private:
+    [[noreturn]] void fail() const
+    {
+        throw std::runtime_error(file_ + ": line " + std::to_string(number_) + ": not understood");
+    }
+
+    void take(const std::string &line)
+    {
+        std::istringstream words(line);
+        std::string key, value;
+        words >> key;
+        if (key == "cage") {
+            take_cage(words);
+            return;
+        }
+        words >> value;
+        if (key == "lm75")
+            board_.lm75.set_raw(static_cast<std::uint16_t>(parse_number(value, 0, 0xffff)));
+        else if (key == "plain")
+            board_.cpld.set_plain(value == "on");
+        else if (key == "cpld" && value.size() == 512)
+            take_cells(value);
+        else if (line != "state 1")
+            fail();
+    }
+
+    void take_cells(const std::string &digits)
+    {
+        std::array<std::uint8_t, 256> cells{};
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            const int byte = hex_byte(std::string_view(digits).substr(2 * i, 2));
+            if (byte < 0)
+                fail();
+            cells[i] = static_cast<std::uint8_t>(byte);
+        }
+        board_.cpld.restore(cells);
+    }
+
+    void take_cage(std::istringstream &words)
+    {
+        std::string kind;
+        int port = 0, powered = 0, presence = 0, plugged = 0;
+        words >> kind >> port >> powered >> presence >> plugged;
+        if (!words || presence < 0 || presence > 2)
+            fail();
+        std::string text, line;
+        while (plugged != 0 && line != "end" && std::getline(in_, line)) {
+            ++number_;
+            text += line + "\n";
+        }
+        // A cage that the description no longer has takes its module with it.
+        Cage *cage = board_.cages.find(kind == "ge" ? CageKind::ge : CageKind::pon, port);
+        if (cage == nullptr)
+            return;
+        if (plugged != 0)
+            cage->plug(image_from_text(text));
+        cage->powered = powered != 0;
+        cage->presence = static_cast<Presence>(presence);
+    }
+
+    SimulatedBoard &board_;
+    std::string file_;
+    std::ifstream in_;
+    unsigned number_ = 1;
+};
+
+} // namespace
+
+void save_state(SimulatedBoard &board, const std::string &folder)
+{
+    const std::string file = file_in(folder);
+    const std::string fresh = file + ".new";
+    std::ofstream out(fresh, std::ios::trunc);
+    out << state_text(board);
+    out.close();
+    if (!out || std::rename(fresh.c_str(), file.c_str()) != 0)
+        throw std::runtime_error(file + ": " + std::strerror(errno));
+}
+
+void load_state(SimulatedBoard &board, const std::string &folder)
+{
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error)
+        throw std::runtime_error(folder + ": " + error.message());
+    Reader(board, file_in(folder)).read();
+}
+
+} // namespace sim

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What a board keeps over a restart of boardsim: registers, sensor, plugged modules.
+#pragma once
+
+#include <string>
+
+#include "simulated_board.hpp"
+
+namespace sim {
+
+// Writes `folder`/board.state; a reader never sees half a file.  Throws std::runtime_error.
+void save_state(SimulatedBoard &board, const std::string &folder);
+// Takes over what is in `folder`; a missing file leaves the board as described.  Throws std::runtime_error.
+void load_state(SimulatedBoard &board, const std::string &folder);
+
+} // namespace sim

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// boardsim: the simulated board.  It runs until SIGTERM or SIGINT and outlives the daemons that use it.
+//
+// Failure policy: what it needs to start (description, folder, sockets) is checked at the start and ends it
+// with one line and status 1; a state that cannot be written is said once and the board goes on.
+#include <getopt.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "board_state.hpp"
+#include "bus_service.hpp"
+#include "control_service.hpp"
+#include "drift.hpp"
+#include "event_loop.hpp"
+#include "front_panel.hpp"
+#include "sim_protocol.hpp"
+#include "sockets.hpp"
+#include "text.hpp"
+#include "verbs.hpp"
+
+namespace {
+
+constexpr char usage[] = "usage: boardsim [--board FILE] [--dir DIR] [--state DIR] [--pinned] [--seed N]\n"
+                         "  --board FILE  description, default $OLT_BOARD or /etc/olt/board.json\n"
+                         "  --dir DIR     folder of the sockets, default $BOARDSIM_DIR or the description's\n"
+                         "  --state DIR   keep registers and modules there over a restart\n"
+                         "  --pinned      temperatures and powers do not move\n"
+                         "  --seed N      of the movement, default 1\n";
+
+struct Options {
+    std::string board = board::default_file();
+    std::string folder;
+    std::string state;
+    bool pinned = false;
+    std::uint32_t seed = 1;
+};
+
+// False: the usage has been shown.
+bool parse(int argc, char **argv, Options &options)
+{
+    const option known[] = {
+        {"board", required_argument, nullptr, 'b'}, {"dir", required_argument, nullptr, 'd'},
+        {"state", required_argument, nullptr, 's'}, {"pinned", no_argument, nullptr, 'p'},
+        {"seed", required_argument, nullptr, 'r'},  {nullptr, 0, nullptr, 0}};
+    for (int letter; (letter = ::getopt_long(argc, argv, "", known, nullptr)) != -1;) {
+        switch (letter) {
+        case 'b':
+            options.board = optarg;
+            break;
+        case 'd':
+            options.folder = optarg;
+            break;
+        case 's':
+            options.state = optarg;
+            break;
+        case 'p':
+            options.pinned = true;
+            break;
+        case 'r':
+            options.seed = static_cast<std::uint32_t>(sim::parse_number(optarg, 0, 0xffffffff));
+            break;
+        default:
+            std::fputs(usage, stderr);
+            return false;
+        }
+    }
+    if (optind == argc)
+        return true;
+    std::fputs(usage, stderr);
+    return false;
+}
+
+// Saves a moment after the last change, so that a row of changes costs one file.
+class StateKeeper {
+public:
+    StateKeeper(sim::EventLoop &loop, sim::SimulatedBoard &board, std::string folder)
+        : loop_(loop), board_(board), folder_(std::move(folder))
+    {
+        if (!folder_.empty())
+            sim::load_state(board_, folder_);
+    }
+    StateKeeper(const StateKeeper &) = delete;
+    StateKeeper &operator=(const StateKeeper &) = delete;
+    ~StateKeeper() { save(); }
+
+    void changed()
+    {
+        if (folder_.empty() || pending_)
+            return;
+        pending_ = true;
+        loop_.after(std::chrono::milliseconds(100), [this] { save(); });
+    }
+
+private:
+    void save()
+    {
+        if (!pending_)
+            return;
+        pending_ = false;
+        try {
+            sim::save_state(board_, folder_);
+        } catch (const std::exception &error) {
+            if (!complained_)
+                std::fprintf(stderr, "boardsim: %s\n", error.what());
+            complained_ = true;
+        }
+    }
+
+    sim::EventLoop &loop_;
+    sim::SimulatedBoard &board_;
+    std::string folder_;
+    bool pending_ = false;
+    bool complained_ = false;
+};
+
+void serve(const Options &options)
+{
+    board::Board description = board::load(options.board);
+    const bool drifting = description.drift && !options.pinned;
+    sim::BoardFolder folder(options.folder.empty() ? board::sim_folder(description) : options.folder);
+    sim::EventLoop loop;
+    sim::SimulatedBoard board(std::move(description));
+    sim::FrontPanel panel(board.description, folder.path());
+    StateKeeper state(loop, board, options.state);
+    sim::Drift drift(board, options.seed);
+    sim::BusService bus(loop, board, folder.listen(board::sim_bus_socket, SOCK_SEQPACKET));
+    sim::Verbs verbs(loop, board, panel, bus, drift);
+    sim::ControlService control(
+        loop, folder.listen(board::sim_control_socket, SOCK_STREAM),
+        [&](const sim::Words &words, sim::ControlClient &client) { verbs.run(words, client); });
+    bus.on_write([&] { state.changed(); });
+    verbs.on_write([&] { state.changed(); });
+    verbs.set_drift(drifting);
+    std::printf("boardsim: board %s in %s\n", board.description.name.c_str(), folder.path().c_str());
+    std::fflush(stdout);
+    loop.run();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        Options options;
+        if (!parse(argc, argv, options))
+            return 2;
+        serve(options);
+        return 0;
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "boardsim: %s\n", error.what());
+        return 1;
+    }
+}

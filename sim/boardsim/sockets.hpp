@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The board's folder: one board at a time, its two sockets.
+#pragma once
+
+#include <string>
+
+#include "descriptor.hpp"
+
+namespace sim {
+
+// Holds a folder for one boardsim: makes it when missing, refuses one that a live boardsim holds, and
+// replaces what a dead one left behind.  Sockets are removed at the end.
+class BoardFolder {
+public:
+    // Throws std::runtime_error with one line.
+    explicit BoardFolder(std::string path);
+    BoardFolder(const BoardFolder &) = delete;
+    BoardFolder &operator=(const BoardFolder &) = delete;
+    ~BoardFolder();
+
+    // Bound, listening and open to every user.  `type`: SOCK_SEQPACKET or SOCK_STREAM.
+    board::Descriptor listen(const char *name, int type);
+    [[nodiscard]] const std::string &path() const { return path_; }
+
+private:
+    std::string path_;
+    board::Descriptor lock_;
+    std::string sockets_[2];
+    unsigned count_ = 0;
+};
+
+} // namespace sim

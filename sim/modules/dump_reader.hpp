@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Reading memory dumps as people have them: raw bytes, `ethtool -m DEV hex on`, `i2cdump -y BUS ADDR`.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "module_image.hpp"
+
+namespace sim {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// The bytes of one dump, whichever form it has.  Text forms must start at offset 0 and have no gaps.  `name`
+// is used in complaints.  Throws ModuleError.
+Bytes parse_dump(std::string_view content, const std::string &name);
+
+// One dump with its file name, which may say what it holds (".a0.", ".a2.", ".b0.", ".b2.", ".lower.",
+// ".pageNN.").
+struct Dump {
+    std::string name;
+    Bytes bytes;
+};
+
+struct ModuleFile {
+    ModuleImage image;
+    std::vector<std::string> notes; // what is odd, but no reason to refuse the module
+};
+
+// A module from its dumps.  One dump holds everything: 256 bytes of A0h, 512 of A0h and A2h; of an SFF-8636
+// module lower memory, page 00h and maybe further pages of 128 bytes each.  Several dumps are parts: A0h,
+// A2h and a second pair, or lower memory and pages, in that order unless their names say what they are.
+// A short dump is refused, or with `pad` filled up with zeros.  Throws ModuleError.
+ModuleFile assemble_module(std::vector<Dump> dumps, bool pad);
+
+} // namespace sim
