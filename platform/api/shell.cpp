@@ -81,24 +81,59 @@ void show(struct vty *vty, const char *data, std::size_t size) noexcept
     }
 }
 
-// Copies what the tool prints until it has closed its outputs or has ended and nothing is left.
+// Hands on what is read in whole lines, which is what a filter of the vty ("| include") works on.
+class LineBuffer {
+public:
+    explicit LineBuffer(struct vty *vty) noexcept : vty_(vty) {}
+
+    // As read(2), from a descriptor.
+    ssize_t fill(int from) noexcept
+    {
+        const ssize_t size = read(from, buffer_ + used_, sizeof buffer_ - used_);
+        if (size <= 0)
+            return size;
+        used_ += static_cast<std::size_t>(size);
+        std::size_t begin = 0;
+        while (const void *end = std::memchr(buffer_ + begin, '\n', used_ - begin)) {
+            const auto next = static_cast<std::size_t>(static_cast<const char *>(end) - buffer_) + 1;
+            show(vty_, buffer_ + begin, next - begin);
+            begin = next;
+        }
+        if (begin == 0 && used_ == sizeof buffer_)
+            begin = flush(); // a line longer than the buffer
+        used_ -= begin;
+        std::memmove(buffer_, buffer_ + begin, used_);
+        return size;
+    }
+    // What is left without an end of line; its size.
+    std::size_t flush() noexcept
+    {
+        show(vty_, buffer_, used_);
+        return used_;
+    }
+
+private:
+    struct vty *vty_;
+    std::size_t used_ = 0;
+    char buffer_[4096];
+};
+
+// Copies what the tool prints until it has closed its outputs, or has ended and nothing is left.
 void copy_output(struct vty *vty, int from, int process) noexcept
 {
+    LineBuffer lines(vty);
     pollfd watched[] = {{from, POLLIN, 0}, {process, POLLIN, 0}};
-    char buffer[4096];
     for (;;) {
         const bool ended = watched[1].revents != 0;
-        const ssize_t size = read(from, buffer, sizeof buffer);
-        if (size > 0) {
-            show(vty, buffer, static_cast<std::size_t>(size));
-        } else if (size < 0 && errno == EINTR) {
+        const ssize_t size = lines.fill(from);
+        if (size > 0 || (size < 0 && errno == EINTR))
             continue;
-        } else if (size == 0 || errno != EAGAIN || ended) {
-            return;
-        } else if (poll(watched, 2, -1) < 0 && errno != EINTR) {
-            return;
-        }
+        if (size == 0 || errno != EAGAIN || ended)
+            break;
+        if (poll(watched, 2, -1) < 0 && errno != EINTR)
+            break;
     }
+    lines.flush();
 }
 
 int run_for_vty(struct vty *vty, const char *line) noexcept
