@@ -146,10 +146,10 @@ def test_run_says_how_to_connect_and_each_way_works(run, host):
     password = re.search(r"telnet localhost 2709 +password (\S+)", up.output).group(1)
     with Telnet(host.network, password) as session:
         assert session.prompt == "olt> "
-    shell, *options = re.search(r"shell +(.*)", up.output).group(1).split()
+    shell, *options = re.search(r"^  shell +(.*)", up.output, re.M).group(1).split()
     done = subprocess.run([shell, *options, "-n", "enable", "-c", "show running-config"], capture_output=True, text=True)
     assert done.returncode == 0 and "hostname olt" in done.stdout
-    board = re.search(r"board +(.*)", up.output).group(1).rsplit(" ", 1)[0]
+    board = re.search(r"^  board +(.*)", up.output, re.M).group(1).rsplit(" ", 1)[0]
     assert subprocess.run(f"{board} channel show", shell=True, capture_output=True).returncode == 0
     assert os.stat(up.state / "conf" / "vty-password").st_mode & 0o777 == 0o600
 
