@@ -126,8 +126,8 @@ struct AddModule {
         add_lanes(object, plain_keys.bias, module.bias_ma);
         add_lanes(object, plain_keys.tx_power, module.tx_power_dbm);
         add_lanes(object, plain_keys.rx_power, module.rx_power_dbm);
-        // Counted in 0.05 nm.  The halves stay as they were read: the management systems that take this
-        // document swap them back.
+        // Counted in 0.05 nm.  The bytes stay in the order they were read in, lower one first: the consumers
+        // of this document know the number in this form.
         if (module.wavelength_word != 0)
             json_object_int_add(object, plain_keys.wavelength, module.wavelength_word / 20);
     }

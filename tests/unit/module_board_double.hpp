@@ -40,7 +40,7 @@ struct ModuleBoardDouble {
     // Plugs a module: its presence bit and its channel, as the board wires PON and gigabit Ethernet ports.
     Module &plug_pon(int port);
     Module &plug_gigabit(int port);
-    // Record lines after the bracket's opening and before its end.
+    // Semaphore, privileges and channel are as they were at the start.
     void expect_given_back() const;
 };
 
