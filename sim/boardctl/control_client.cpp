@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Failure policy: no board, or one that goes away, is one line on standard error and status 1.
+// Failure policy: no board, or one that goes away, is one complaint and status 1.
 #include "control_client.hpp"
 
 #include <sys/socket.h>
@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include "descriptor.hpp"
@@ -18,9 +17,9 @@ namespace sim {
 
 namespace {
 
-int complain(const std::string &what)
+int complain(const AnswerSink &sink, const std::string &what)
 {
-    std::fprintf(stderr, "error: %s: %s\n", what.c_str(), std::strerror(errno));
+    sink(false, "error: " + what + ": " + std::strerror(errno) + "\n");
     return 1;
 }
 
@@ -37,46 +36,43 @@ bool send_all(int fd, const std::string &text)
 
 } // namespace
 
-int ask_board(const std::string &folder, const std::vector<std::string> &words)
+int ask_board(const std::string &folder, const std::vector<std::string> &words, const AnswerSink &sink)
 {
     const std::string file = folder + "/" + board::sim_control_socket;
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (file.size() >= sizeof address.sun_path) {
         errno = ENAMETOOLONG;
-        return complain(file);
+        return complain(sink, file);
     }
     std::copy(file.begin(), file.end(), address.sun_path);
     const board::Descriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd || ::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
-        return complain("no board at " + file);
+        return complain(sink, "no board at " + file);
     std::string request;
     for (const std::string &word : words)
         request += word + '\0';
     if (!send_all(fd.get(), request))
-        return complain(file);
+        return complain(sink, file);
 
     std::string head; // status digit and newline
-    std::FILE *out = nullptr;
     for (char buffer[65536];;) {
         const ssize_t size = ::recv(fd.get(), buffer, sizeof buffer, 0);
         if (size < 0 && errno == EINTR)
             continue;
         if (size < 0)
-            return complain(file);
+            return complain(sink, file);
         if (size == 0)
             break;
         const std::size_t skipped = std::min<std::size_t>(2 - head.size(), static_cast<std::size_t>(size));
         head.append(buffer, skipped);
         if (head.size() < 2)
             continue;
-        out = head[0] == '0' ? stdout : stderr;
-        std::fwrite(buffer + skipped, 1, static_cast<std::size_t>(size) - skipped, out);
-        std::fflush(out);
+        sink(head[0] == '0', std::string_view(buffer, static_cast<std::size_t>(size)).substr(skipped));
     }
-    if (out != nullptr)
+    if (head.size() == 2)
         return head[0] == '0' ? 0 : 1;
-    std::fprintf(stderr, "error: the board ended without an answer\n");
+    sink(false, "error: the board ended without an answer\n");
     return 1;
 }
 

@@ -22,6 +22,13 @@ std::string folder()
     return board != nullptr ? board->sim_folder : "/run/boardsim";
 }
 
+void print(bool good, std::string_view text)
+{
+    std::FILE *out = good ? stdout : stderr;
+    std::fwrite(text.data(), 1, text.size(), out);
+    std::fflush(out);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -35,7 +42,7 @@ int main(int argc, char **argv)
             if (words.empty())
                 return 0;
         }
-        return sim::ask_board(folder(), words);
+        return sim::ask_board(folder(), words, print);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return 1;

@@ -2,3 +2,14 @@
 # Board description, bus libraries, module memories and the simulated board.
 diagd_unit_test(board_description_test board_description_test.cpp LIBS platform_description)
 target_compile_definitions(board_description_test PRIVATE OLT8_JSON="${CMAKE_SOURCE_DIR}/sim/boards/olt8.json")
+
+# A board of its own for each of these.
+function(diagd_board_test name)
+  diagd_unit_test(${ARGV} sim_client)
+  target_compile_definitions(
+    ${name} PRIVATE OLT8_JSON="${CMAKE_SOURCE_DIR}/sim/boards/olt8.json" BOARDSIM="$<TARGET_FILE:boardsim>"
+                    MODULES="${CMAKE_SOURCE_DIR}/sim/modules")
+  add_dependencies(${name} boardsim)
+endfunction()
+
+diagd_board_test(board_libraries_test board_libraries_test.cpp LIBS util_cpld util_i2c util_phy)
