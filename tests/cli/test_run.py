@@ -5,6 +5,7 @@ It runs in network, IPC and mount namespaces made for the test, which stand for 
 there is seen exactly, and other OLTs on the real host do not matter.
 """
 
+import json
 import os
 import re
 import signal
@@ -192,17 +193,35 @@ def test_state_survives_a_restart_and_fresh_forgets_it(run):
     assert not marker.exists()
 
 
-def test_operators_modules_survive_a_restart(run):
+def boardctl(up, *words):
+    return subprocess.run(
+        [BUILD / "bin" / "boardctl", *words],
+        env={**os.environ, "BOARDSIM_DIR": str(up.state / "board")},
+        check=True,
+        capture_output=True,
+    )
+
+
+def serial_numbers(up):
+    ports = json.loads(up.diagsh("-c", "show transceiver json"))
+    return {name: port[0].get("vendorSerialNumber", "").strip() for name, port in ports.items()}
+
+
+def test_new_olt_has_modules_and_the_operators_changes_to_them_survive(run):
     up = run().wait_up()
-    before = up.diagsh("-c", "show transceiver")
-    boardctl = [str(BUILD / "bin" / "boardctl")]
-    env = {**os.environ, "BOARDSIM_DIR": str(up.state / "board")}
-    subprocess.run([*boardctl, "unplug", "gpon", "1"], env=env, check=True, capture_output=True)
-    without = up.diagsh("-c", "show transceiver gpon 0/1")
+    new = serial_numbers(up)
+    assert len(set(new.values()) - {""}) >= 7
+    assert new["PON 0/5"] == ""
+    boardctl(up, "unplug", "gpon", "1")
+    boardctl(up, "plug", "gpon", "5", str(PROJECT / "sim" / "modules" / "sfp-850.json"))
+    changed = serial_numbers(up)
+    assert changed["PON 0/1"] == "" and changed["PON 0/5"] == new["GE 0/1"]
     up.interrupt()
     up = run().wait_up()
-    assert up.diagsh("-c", "show transceiver gpon 0/1") == without
-    assert up.diagsh("-c", "show transceiver") != before
+    assert serial_numbers(up) == changed
+    up.interrupt()
+    up = run("--fresh").wait_up()
+    assert serial_numbers(up) == new
 
 
 def test_later_start_takes_at_most_5_seconds(run):
