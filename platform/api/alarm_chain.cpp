@@ -73,13 +73,14 @@ AlarmChain::AlarmChain(void *memory, std::uint32_t capacity) noexcept
 {
 }
 
-// The processor shows a dead process's stores in their order; the fences keep the compiler to it.
+// A process dies between two of its instructions, and what it stored before is all there: it is the compiler
+// that must be kept from moving stores over the announcement.
 void AlarmChain::announce(Change change, std::uint32_t index) noexcept
 {
-    std::atomic_thread_fence(std::memory_order_release);
+    std::atomic_signal_fence(std::memory_order_seq_cst);
     std::atomic_ref(trailer_->journal)
         .store(static_cast<std::uint32_t>(change) << change_shift | index, std::memory_order_relaxed);
-    std::atomic_thread_fence(std::memory_order_release);
+    std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
 void AlarmChain::done() noexcept
