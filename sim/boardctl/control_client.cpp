@@ -2,12 +2,14 @@
 // Failure policy: no board, or one that goes away, is one complaint and status 1.
 #include "control_client.hpp"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "descriptor.hpp"
@@ -39,13 +41,15 @@ bool send_all(int fd, const std::string &text)
 int ask_board(const std::string &folder, const std::vector<std::string> &words, const AnswerSink &sink)
 {
     const std::string file = folder + "/" + board::sim_control_socket;
+    // An address holds 108 characters and a build folder may lie deeper: the folder is opened and the socket
+    // named through its descriptor.
+    const board::Descriptor folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!folder_fd)
+        return complain(sink, "no board at " + file);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (file.size() >= sizeof address.sun_path) {
-        errno = ENAMETOOLONG;
-        return complain(sink, file);
-    }
-    std::copy(file.begin(), file.end(), address.sun_path);
+    std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", folder_fd.get(),
+                  board::sim_control_socket);
     const board::Descriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd || ::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         return complain(sink, "no board at " + file);
