@@ -224,10 +224,10 @@ class Olt:
         wait_until(lambda: text in self.log(), f"{text!r} in the log", timeout)
 
     def stdout(self):
-        return self.stdout_path.read_text("latin-1") if self.stdout_path.exists() else ""
+        return self.stdout_path.read_bytes().decode("latin-1") if self.stdout_path.exists() else ""
 
     def stderr(self):
-        return self.stderr_path.read_text("latin-1") if self.stderr_path.exists() else ""
+        return self.stderr_path.read_bytes().decode("latin-1") if self.stderr_path.exists() else ""
 
     def trace(self):
         calls = read_trace(self.trace_path)

@@ -122,10 +122,9 @@ def test_every_line_feed_is_doubled_into_crlf_over_telnet(olt):
         assert session.run("show diag monitor").count("\r\r\n") == 4
 
 
-def test_ambiguous_words_are_refused_not_guessed(olt):
-    assert olt.run("show", "config")[1] == INCOMPLETE
-    assert olt.run("show a", "config")[1] != SUCCESS
-    assert olt.run("show t", "diagnose")[1] in (NO_MATCH, AMBIGUOUS, INCOMPLETE)
+def test_ambiguous_and_incomplete_words_are_refused(olt):
+    assert olt.run("interface")[1] == INCOMPLETE
+    assert olt.run("s", "diagnose")[1] == AMBIGUOUS  # show, system
 
 
 @pytest.mark.parametrize("noise", ["\x01\x02\x03", "%s%n%s", "a" * 3000, "show " + "x " * 500, "\xff\xfe", "|", "show version | inc"])
@@ -136,10 +135,3 @@ def test_noise_is_answered_and_survived(olt, noise):
 
 def test_the_alarm_log_node_cannot_be_entered(olt):
     assert olt.run("alarm-log")[1] != SUCCESS
-
-
-def test_running_configuration_can_be_written_in_every_way(olt):
-    text, rc = olt.run("show running-config", "enable")
-    assert rc == SUCCESS
-    assert "hostname olt" in text
-    assert text.rstrip("\n").endswith("end")
