@@ -26,17 +26,20 @@ int semaphore_v(int id);
 /* Text of a platform error code; never NULL. */
 const char *tq_strerror(int code);
 
-/* Runs a shell line and writes what it prints (standard output and error) to the vty.
- * Returns the wait status, or -1 when it cannot be started. */
+/* Runs a shell line with no input and writes what it prints (standard output and error) to the vty, line by
+ * line. Returns the wait status, or -1 when it cannot be started. */
 int system_cmd(struct vty *vty, const char *line);
 /* Runs a shell line and waits for it.  Returns the wait status, or -1 when it cannot be started. */
 int pal_system(const char *line);
 
-/* Builds the interface table from the port record.  0, or negative. */
+/* Builds the interface table from the port record: PON ports 1 to the larger of the two numbers.  0, or
+ * negative (table empty) when an argument is NULL or there are more ports than a board can have. */
 int port_init(const tq_port_info_t *info, tq_intf_table_t *intf);
-/* PON mode of the OLT as the board description names it: 1 GPON, 2 XG-PON, 3 combo. */
+/* PON mode of the OLT as the board description names it: 1 GPON, 2 XG-PON, 3 combo.  Negative without a
+ * description. */
 int pon_mode_get(void);
-/* Argument that follows the keyword in a parsed command, NULL when the keyword is absent. */
+/* Argument that follows the keyword of the grammar in a parsed command, as it was typed; NULL when the
+ * keyword is absent.  It lives as long as the command line. */
 const char *cmd_parase_parameters(int argc, struct cmd_token **argv, const char *keyword);
 
 /* Alarm store and catalogue. */
@@ -50,7 +53,9 @@ extern char tq_alarm_log_class[][8];
 /* Creates or opens the store's semaphore and makes the store ready.  0, or negative with errno set. */
 int tq_alarm_log_init(void);
 /* Attaches the store (made when there is none) and returns its address; NULL with errno set on failure.
- * A store of another size or magic is refused with EPROTO. */
+ * A store of another size or magic is refused with EPROTO.  The caller holds alarm_log_sem_id.  The address
+ * stays good while the process lives: when the store is deleted and made anew, the new one appears there at
+ * the next semaphore_p of alarm_log_sem_id. */
 tq_alarm_store_t *tq_alarm_log_get_shm_pointer(void);
 /* Removes one record from the chain.  The caller holds alarm_log_sem_id.  0, or negative when `slot` is no
  * slot of this store. */
@@ -61,8 +66,10 @@ int get_level_num_by_string(const char *keyword);
 int get_alarm_id_by_name(const char *name);
 /* Level of the flash file: 0..7, 8 when none is set, -1 on error. */
 int get_flash_level_from_database(tq_database_t *db);
-/* Files an alarm: acts on its print, record, trap and remote switches.  Takes alarm_log_sem_id itself.
- * 0, or a platform error code when an action failed; one failed action never keeps the others. */
+/* Files an alarm: acts on its print, record, trap and remote switches.  Takes alarm_log_sem_id itself; the
+ * thread must be one that libfrr knows.  A record keeps the first 127 characters of the message.  An id that
+ * the catalogue does not have is recorded and printed at level info. 0, or a platform error code when an
+ * action failed; one failed action never keeps the others. */
 int cli_log(tq_database_t *db, tq_alarm_req_t *req, const char *fmt, ...)
     __attribute__((format(printf, 3, 4)));
 /* Reads the per-alarm configuration XML into the array. */

@@ -106,13 +106,15 @@ typedef struct tq_alarm_cfg {
     uint32_t print, record, trap, remote;
 } tq_alarm_cfg_t;
 
-/* 16-byte port-count record of the device. */
+/* 16-byte port-count record of the device.  Byte 10: GPON ports, byte 11: XG-PON ports (a port that takes
+ * both kinds of module counts in both). */
 typedef struct tq_port_info {
     uint8_t b[16];
 } tq_port_info_t;
 TQ_STATIC_ASSERT(sizeof(tq_port_info_t) == 16, "port record is 16 bytes");
 
-/* Interface table built by port_init; all zero means no ports. */
+/* Interface table built by port_init: the PON interfaces are numbered from first_port to last_port; all zero
+ * means no ports. */
 typedef struct tq_intf_table {
     uint32_t first_port, last_port;
     uint8_t rest[248];

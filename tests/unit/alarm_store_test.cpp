@@ -98,6 +98,18 @@ TEST_F(AlarmStore, is_made_at_the_first_start_for_programs_of_all_users)
     EXPECT_THAT(seen(), IsEmpty());
 }
 
+TEST_F(AlarmStore, made_by_root_with_a_strict_umask_is_written_by_an_ordinary_user)
+{
+    if (geteuid() != 0 || setegid(1) != 0 || setegid(0) != 0)
+        GTEST_SKIP() << "takes root, with more users than one";
+    const mode_t mask = umask(077);
+    ASSERT_EQ(tq_alarm_log_init(), 0);
+    umask(mask);
+    Process daemon([] { return setresgid(1, 1, 1) == 0 && setresuid(1, 1, 1) == 0 && file("x") == 0; });
+    EXPECT_EQ(daemon.wait(), 0);
+    EXPECT_THAT(seen(), ElementsAre("x"));
+}
+
 TEST_F(AlarmStore, keeps_its_records_over_a_restart)
 {
     Process first([] { return tq_alarm_log_init() == 0 && file("before") == 0; });
