@@ -27,4 +27,21 @@ namespace diagd {
     return level < TQ_ALARM_LEVEL_COUNT ? field_text(tq_alarm_log_level[level]) : std::string_view{};
 }
 
+// The catalogue itself is the platform's and whole: `id` is below TQ_ALARM_COUNT.
+[[nodiscard]] inline std::string_view alarm_type_name(std::uint16_t id) noexcept
+{
+    return field_text(tq_alarm_log_type[tq_alarm_log_info[id].type]);
+}
+
+[[nodiscard]] inline std::string_view alarm_class_name(std::uint16_t id) noexcept
+{
+    return field_text(tq_alarm_log_class[tq_alarm_log_info[id].class_]);
+}
+
+// Class that the word "alarm" or "event" means.
+[[nodiscard]] inline std::uint32_t class_of(std::string_view word) noexcept
+{
+    return word == "event" ? 1 : 0;
+}
+
 } // namespace diagd

@@ -6,23 +6,13 @@
 
 #include "attached_store.hpp"
 #include "catalogue.hpp"
+#include "level_words.hpp"
 #include "record_view.hpp"
 #include "semaphore.hpp"
 #include "text.hpp"
 
 #include <cerrno>
 #include <cstdlib>
-
-#define LEVEL_STR                                                                                            \
-    "Specify log level.\n"                                                                                   \
-    "Specify log debug level.\n"                                                                             \
-    "Specify log info level.\n"                                                                              \
-    "Specify log notice level.\n"                                                                            \
-    "Specify log warning level.\n"                                                                           \
-    "Specify log major level.\n"                                                                             \
-    "Specify log critical level.\n"                                                                          \
-    "Specify log alert level.\n"                                                                             \
-    "Specify log emerg level.\n"
 
 // Runs `body(chain)` on a chain that is not empty.
 template <typename Body>
@@ -65,8 +55,7 @@ static diagd::RecordSink print_to(struct vty *vty)
     };
 }
 
-DEFUN(show_alarm_log, show_alarm_log_cmd,
-      "show alarm-log [level <debug|info|notice|warning|major|critical|alert|emerg>]",
+DEFUN(show_alarm_log, show_alarm_log_cmd, "show alarm-log [level " LEVEL_WORDS "]",
       "Show information.\n"
       "Alarm log.\n" LEVEL_STR)
 {
@@ -101,8 +90,7 @@ DEFUN(show_alarm_log_tail, show_alarm_log_tail_cmd, "show alarm-log tail (1-1000
 }
 
 // The first help line is that of the show commands: operators' scripts compare it.
-DEFUN(clear_alarm_log, clear_alarm_log_cmd,
-      "clear alarm-log [level <debug|info|notice|warning|major|critical|alert|emerg>]",
+DEFUN(clear_alarm_log, clear_alarm_log_cmd, "clear alarm-log [level " LEVEL_WORDS "]",
       "Show information.\n"
       "Alarm log.\n" LEVEL_STR)
 {
@@ -110,7 +98,6 @@ DEFUN(clear_alarm_log, clear_alarm_log_cmd,
     return with_records(vty, [&](const diagd::RecordChain &chain) { diagd::delete_records(chain, level); });
 }
 
-ALIAS_HIDDEN(clear_alarm_log, clear_syslog_cmd,
-             "clear syslog [level <debug|info|notice|warning|major|critical|alert|emerg>]",
+ALIAS_HIDDEN(clear_alarm_log, clear_syslog_cmd, "clear syslog [level " LEVEL_WORDS "]",
              "Show information.\n"
              "Alarm log.\n" LEVEL_STR)

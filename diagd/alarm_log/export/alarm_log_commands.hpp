@@ -9,4 +9,59 @@ extern const struct cmd_element show_alarm_log_head_cmd;
 extern const struct cmd_element show_alarm_log_tail_cmd;
 extern const struct cmd_element clear_alarm_log_cmd;
 extern const struct cmd_element clear_syslog_cmd;
+
+extern const struct cmd_element enable_alarm_log_server_cmd;
+extern const struct cmd_element config_alarm_log_server_ipv4_cmd;
+extern const struct cmd_element config_syslog_server_ipv4_cmd;
+extern const struct cmd_element delete_alarm_log_server_ipv4_cmd;
+extern const struct cmd_element delete_syslog_server_ipv4_cmd;
+extern const struct cmd_element config_alarm_log_server_ipv6_cmd;
+extern const struct cmd_element config_syslog_server_ipv6_cmd;
+extern const struct cmd_element delete_alarm_log_server_ipv6_cmd;
+extern const struct cmd_element delete_syslog_server_ipv6_cmd;
+extern const struct cmd_element show_alarm_log_server_cmd;
+extern const struct cmd_element config_alarm_log_flash_cmd;
+extern const struct cmd_element config_syslog_flash_cmd;
+extern const struct cmd_element show_alarm_log_flash_cmd;
+extern const struct cmd_element save_alarm_log_flash_cmd;
+extern const struct cmd_element clear_alarm_log_flash_cmd;
+
+extern const struct cmd_element show_alarm_log_cfg_cmd;
+extern const struct cmd_element show_alarm_log_cfg_name_cmd;
+extern const struct cmd_element show_alarm_log_cfg_id_cmd;
+
+extern const struct cmd_element alarm_log_global_alarm_action_cmd;
+extern const struct cmd_element alarm_global_alarm_action_cmd;
+extern const struct cmd_element alarm_log_global_alarm_level_cmd;
+extern const struct cmd_element alarm_log_global_event_action_cmd;
+extern const struct cmd_element alarm_global_event_action_cmd;
+extern const struct cmd_element alarm_log_global_event_level_cmd;
+
+extern const struct cmd_element alarm_log_pon_alarm_action_cmd;
+extern const struct cmd_element alarm_pon_alarm_action_cmd;
+extern const struct cmd_element alarm_log_pon_alarm_level_cmd;
+extern const struct cmd_element alarm_log_pon_event_action_cmd;
+extern const struct cmd_element alarm_pon_event_action_cmd;
+extern const struct cmd_element alarm_log_pon_event_level_cmd;
+
+extern const struct cmd_element alarm_log_onu_alarm_action_cmd;
+extern const struct cmd_element alarm_onu_alarm_action_cmd;
+extern const struct cmd_element alarm_log_onu_alarm_level_cmd;
+extern const struct cmd_element alarm_log_onu_event_action_cmd;
+extern const struct cmd_element alarm_onu_event_action_cmd;
+extern const struct cmd_element alarm_log_onu_event_level_cmd;
+
+extern const struct cmd_element alarm_log_routing_alarm_action_cmd;
+extern const struct cmd_element alarm_routing_alarm_action_cmd;
+extern const struct cmd_element alarm_log_routing_alarm_level_cmd;
+extern const struct cmd_element alarm_log_routing_event_action_cmd;
+extern const struct cmd_element alarm_routing_event_action_cmd;
+extern const struct cmd_element alarm_log_routing_event_level_cmd;
+
+extern const struct cmd_element alarm_log_all_action_cmd;
+extern const struct cmd_element alarm_all_action_cmd;
+extern const struct cmd_element alarm_name_action_cmd;
+extern const struct cmd_element alarm_event_all_action_cmd;
+extern const struct cmd_element alarm_event_default_action_cmd;
+
 extern const struct cmd_element alarm_log_debug_cmd;
