@@ -52,7 +52,8 @@ private:
     void append(std::string_view text) noexcept;
     void name(const char *name) noexcept;
 
-    static constexpr std::size_t capacity = 2048;
+    static constexpr std::size_t capacity =
+        8192; // a command's grammar and help, the longest there is, has 3000
     const char *op_;
     bool has_result_values_;
     std::size_t used_ = 0;
