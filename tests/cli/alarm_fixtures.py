@@ -43,7 +43,7 @@ class Peer:
     def __init__(self, olt, *words):
         self._buffer = b""
         with open(olt.state / "log" / "peer", "ab") as errors:  # alarms are printed there, too
-            self._process = subprocess.Popen(olt.inside("env", *DATABASE, "python3", PEER, LIBRARIES, *words),
+            self._process = subprocess.Popen(olt.inside("env", *DATABASE, "/usr/bin/python3", PEER, LIBRARIES, *words),
                                              stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors)
         os.set_blocking(self._process.stdout.fileno(), False)
 
@@ -117,6 +117,6 @@ def peer(olt):
 @pytest.fixture(scope="module")
 def describe(olt):
     """The catalogue's description of an alarm, read from the platform library."""
-    done = olt.exec("python3", PEER, LIBRARIES, "describe", *map(str, range(106)), check=True)
+    done = olt.exec("/usr/bin/python3", PEER, LIBRARIES, "describe", *map(str, range(106)), check=True)
     descriptions = done.stdout.split("\n")[:106]
     return lambda alarm_id: descriptions[alarm_id]
