@@ -43,11 +43,11 @@ const char *Repository::callback_xpath()
 Repository::~Repository()
 {
     if (thread_.joinable()) {
-        eventfd_write(stop_fd_, 1);
+        eventfd_write(stop_.get(), 1);
         thread_.join();
+        // A notice that is left untaken makes the next writer wait in vain.
+        take_notices();
     }
-    if (stop_fd_ >= 0)
-        ::close(stop_fd_);
 }
 
 // All subscriptions share one context, so one pipe and one taker serve them.
@@ -199,8 +199,7 @@ int Repository::start_thread()
 {
     if (sr_get_event_pipe(subscription_.get(), &event_fd_) != SR_ERR_OK)
         return TQ_ERR;
-    stop_fd_ = eventfd(0, EFD_CLOEXEC);
-    if (stop_fd_ < 0)
+    if (!stop_.take(eventfd(0, EFD_CLOEXEC)))
         return TQ_ERR_NO_MEMORY;
     sigset_t all, before;
     sigfillset(&all);
@@ -218,7 +217,7 @@ int Repository::start_thread()
 
 void Repository::run() noexcept
 {
-    std::array<pollfd, 2> fds{pollfd{event_fd_, POLLIN, 0}, pollfd{stop_fd_, POLLIN, 0}};
+    std::array<pollfd, 2> fds{pollfd{event_fd_, POLLIN, 0}, pollfd{stop_.get(), POLLIN, 0}};
     for (;;) {
         if (::poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR)
             return;

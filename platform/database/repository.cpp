@@ -6,12 +6,15 @@
 #include "shared_state.hpp"
 #include "tq_errno.h"
 
+#include <fcntl.h>
 #include <libyang/libyang.h>
+#include <sys/file.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 namespace tq::db {
 
@@ -83,6 +86,8 @@ int Repository::open_with(Mirror &mirror, const SharedState &state, std::unique_
         code = repository->load_all();
     }
     if (code == TQ_OK)
+        code = repository->open_lock();
+    if (code == TQ_OK)
         code = repository->start_thread();
     if (code == TQ_OK)
         opened = std::move(repository);
@@ -130,9 +135,12 @@ int Repository::apply(const Changes &changes)
         if (result != SR_ERR_OK)
             break;
     }
+    if (SharedState(sr_get_repo_path()).has_dead_subscriber())
+        forget_the_dead();
     errno = 0;
-    if (result == SR_ERR_OK)
-        result = sr_apply_changes(session_.get(), apply_timeout.count(), 0);
+    if (result ==
+        SR_ERR_OK) // waits for the subscribers: an event that one has not taken blocks the next writer
+        result = sr_apply_changes(session_.get(), apply_timeout.count(), 1);
     const int code = code_of(result, session_.get());
     // Changes that were refused stay in the session and would be refused again with the next ones.
     if (result != SR_ERR_OK)
@@ -143,22 +151,42 @@ int Repository::apply(const Changes &changes)
     return code;
 }
 
+// sysrepo looks for connections whose process is gone when a new one is made, and only then.
+void Repository::forget_the_dead()
+{
+    Connection connection;
+    owned(connection, [](auto raw) { return sr_connect(SR_CONN_NO_SCHED_CHANGES, raw); });
+}
+
+int Repository::open_lock()
+{
+    const std::string file = std::string(sr_get_repo_path()) + "/apply_lock";
+    return lock_.take(::open(file.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644)) ? TQ_OK : TQ_ERR_ACCESS;
+}
+
 int Repository::lock()
 {
     const auto deadline = std::chrono::steady_clock::now() + lock_wait;
-    for (;;) {
-        errno = 0;
-        const int result = sr_lock(session_.get(), alarm_module);
-        if (result != SR_ERR_LOCKED || std::chrono::steady_clock::now() >= deadline)
-            return code_of(result, session_.get());
+    while (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK)
+            return TQ_ERR;
+        if (std::chrono::steady_clock::now() >= deadline)
+            return TQ_ERR_LOCKED;
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
+    int is_locked = 0;
+    sr_get_lock(connection_.get(), SR_DS_RUNNING, alarm_module, &is_locked, nullptr, nullptr, nullptr);
+    if (is_locked)
+        ::flock(lock_.get(), LOCK_UN);
+    is_locked_ = !is_locked;
+    return is_locked ? TQ_ERR_LOCKED : TQ_OK;
 }
 
 int Repository::unlock()
 {
-    errno = 0;
-    return code_of(sr_unlock(session_.get(), alarm_module), session_.get());
+    if (!std::exchange(is_locked_, false))
+        return TQ_ERR_NOT_FOUND;
+    return ::flock(lock_.get(), LOCK_UN) == 0 ? TQ_OK : TQ_ERR;
 }
 
 } // namespace tq::db

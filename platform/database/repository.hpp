@@ -15,6 +15,8 @@
 #include "sr_error.hpp"
 #include "tq_database.h"
 
+#include <unistd.h>
+
 #include <chrono>
 #include <deque>
 #include <memory>
@@ -42,6 +44,28 @@ using Connection = std::unique_ptr<sr_conn_ctx_t, DisconnectDeleter>;
 using Session = std::unique_ptr<sr_session_ctx_t, SessionDeleter>;
 using Subscription = std::unique_ptr<sr_subscription_ctx_t, UnsubscribeDeleter>;
 
+class Descriptor {
+public:
+    Descriptor() = default;
+    ~Descriptor()
+    {
+        if (fd_ >= 0)
+            ::close(fd_);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    // Owns `fd`; whether it is one.
+    bool take(int fd)
+    {
+        fd_ = fd;
+        return fd >= 0;
+    }
+    int get() const { return fd_; }
+
+private:
+    int fd_ = -1;
+};
+
 class Repository {
 public:
     // Connects, fills `mirror` and keeps it current.  TQ_ERR_NO_DB: no repository, or one without our
@@ -65,7 +89,9 @@ public:
     // What the callback that runs on the calling thread was subscribed to.
     static const char *callback_xpath();
 
-    // Lock against changes by others, held by our session.
+    // The apply lock keeps the programs that use this library from mixing their changes of several values. It
+    // is a lock on a file, not sysrepo's, because that one outlives a process that dies with it.  A lock that
+    // some other program took with sysrepo counts, too.
     int lock();
     int unlock();
 
@@ -82,6 +108,8 @@ private:
     explicit Repository(Mirror &mirror);
     static int open_with(Mirror &mirror, const SharedState &state, std::unique_ptr<Repository> &opened);
     int connect();
+    static void forget_the_dead();
+    int open_lock();
     int start_thread();
     void run() noexcept;
     int watch(const char *module);
@@ -98,7 +126,9 @@ private:
     std::deque<tq_db_entry> entries_; // of the callers' subscriptions; addresses stay
     std::mutex notices_;              // one taker at a time
     int event_fd_ = -1;               // the subscription's
-    int stop_fd_ = -1;
+    Descriptor stop_;
+    Descriptor lock_;
+    bool is_locked_ = false;
     Connection connection_;
     Session session_;  // of the writer
     Session listener_; // of subscriptions and of reading anew, which happens while the writer writes

@@ -22,7 +22,8 @@ public:
     // Gives the owner the permissions back that a module's startup file has.
     void repair_permissions() const;
 
-    // A subscriber ended without taking its leave: its event pipe is still there, without a reader.
+    // A subscriber ended without taking its leave: its event pipe is still there, without a reader.  Writers
+    // wait for it in vain.
     bool has_dead_subscriber() const;
     // Nobody has the state mapped, as far as this process may look: it has to be root's to say so.
     bool is_unused() const;

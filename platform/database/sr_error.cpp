@@ -66,6 +66,7 @@ int code_of(int sr_result, sr_session_ctx_t *session)
     case SR_ERR_TIME_OUT:
         return TQ_ERR_TIMEOUT;
     case SR_ERR_SYS:
+    case SR_ERR_INTERNAL: // connecting failed, for a reason that only errno may tell
         return code_of_system_failure(session, error);
     default:
         return TQ_ERR;
