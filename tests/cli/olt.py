@@ -2,6 +2,7 @@
 """An OLT for a test: a private box with a simulated board, pinned, and the daemon in it."""
 
 import ctypes
+import itertools
 import json
 import os
 import shutil
@@ -22,6 +23,7 @@ SEMAPHORE_KEYS = {"board": 0x102410, "alarm": 0x102411}
 SANITIZER_REPORTS = ("AddressSanitizer", "runtime error:", "ThreadSanitizer")
 PASSWORD = "secret"
 
+_numbers = itertools.count()
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
@@ -236,7 +238,8 @@ class Olt:
     def faults(self, *lines):
         """Makes platform calls fail, see platform/trace; given anew each time, none clears them.  To be
         called once before start, so that the daemon looks for the file at all."""
-        text = "".join(line + "\n" for line in lines)
+        # A line that is written as before keeps its count of calls; the comment makes it a new one.
+        text = "".join(f"{line} # {next(_numbers)}\n" for line in lines)
         new = self.faults_path.with_suffix(".new")
         new.write_text(text)
         new.rename(self.faults_path)
