@@ -9,6 +9,9 @@
 
 namespace tq {
 
+// 0..7, or TQ_ALARM_LEVEL_ALL for what is no level.
+int level_of(const char *keyword) noexcept;
+
 // How an alarm is configured: level 0..7 and TQ_ACTION_ bits.
 struct AlarmSettings {
     std::uint8_t level = 0;

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Names to numbers: alarm levels and alarm ids.
+#include "alarm.hpp"
 #include "tq_api.h"
 #include "tq_trace.hpp"
 
 #include <cstring>
 
-namespace {
+namespace tq {
 
 int level_of(const char *keyword) noexcept
 {
@@ -14,6 +15,10 @@ int level_of(const char *keyword) noexcept
             return level;
     return TQ_ALARM_LEVEL_ALL;
 }
+
+} // namespace tq
+
+namespace {
 
 // A name that stands twice, as an alarm and as an event, means the alarm: the lower id.
 int id_of(const char *name) noexcept
@@ -29,7 +34,7 @@ int id_of(const char *name) noexcept
 int get_level_num_by_string(const char *keyword)
 {
     return tq::traced(
-        "get_level_num_by_string", [&] { return level_of(keyword); }, tq::arg("keyword", keyword));
+        "get_level_num_by_string", [&] { return tq::level_of(keyword); }, tq::arg("keyword", keyword));
 }
 
 int get_alarm_id_by_name(const char *name)

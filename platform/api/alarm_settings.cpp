@@ -45,7 +45,7 @@ AlarmSettings alarm_settings(std::uint16_t alarm_id, tq_database_t *db) noexcept
     char text[16 + 1] = "";
     int length = 16;
     if (db_olt_alarm_log_get_alarm_level(alarm_id, db, text, &length) == 0) {
-        const int level = get_level_num_by_string(text);
+        const int level = level_of(text);
         if (level < TQ_ALARM_LEVEL_COUNT)
             settings.level = static_cast<std::uint8_t>(level);
     }
@@ -67,6 +67,6 @@ int get_flash_level_from_database(tq_database_t *db)
         int length = 16;
         if (!db || db_olt_alarm_log_get_alarm_log_flash_level(db, text, &length) != 0)
             return -1;
-        return get_level_num_by_string(text);
+        return tq::level_of(text);
     });
 }

@@ -1,53 +1,32 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Lines of the call trace, and faults by operation, count, thread and change of the table.
-#include "temporary_folder.hpp"
 #include "tq_trace.hpp"
+#include "trace_files.hpp"
 
 #include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <sys/prctl.h>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
+
+using trace_files::write_faults;
 
 namespace {
 
-// The files must be named in the environment before the library looks there, which it does while the program
-// is loaded.
-TemporaryFolder *folder;
-__attribute__((constructor(101))) void name_files()
-{
-    folder = new TemporaryFolder;
-    setenv("TQ_TRACE", folder->file("trace").c_str(), 1);
-    setenv("TQ_FAULTS", folder->file("faults").c_str(), 1);
-}
-
-std::vector<std::string> trace_lines()
-{
-    std::vector<std::string> lines;
-    std::ifstream file(folder->file("trace"));
-    for (std::string line; std::getline(file, line);)
-        lines.push_back(line);
-    return lines;
-}
-
 std::string last_line()
 {
-    const auto lines = trace_lines();
+    const auto lines = trace_files::lines();
     return lines.empty() ? "" : lines.back();
 }
 
 // Without sequence number and time.
 std::string last_event()
 {
-    const std::string line = last_line();
-    return line.substr(line.find(' ', line.find(' ') + 1) + 1);
-}
-
-void write_faults(const std::string &text)
-{
-    folder->write("faults", text);
+    return trace_files::event(last_line());
 }
 
 int call(const char *op, int result = 0)
@@ -60,11 +39,6 @@ protected:
     void SetUp() override { write_faults(""); }
 };
 class Faults : public Trace {};
-
-struct RemoveFolder : testing::Environment {
-    void TearDown() override { delete folder; }
-};
-const auto *const remove_folder = testing::AddGlobalTestEnvironment(new RemoveFolder);
 
 } // namespace
 
@@ -85,6 +59,21 @@ TEST_F(Trace, numbers_rise_by_one)
     const long first = std::stol(last_line());
     call("b");
     EXPECT_EQ(std::stol(last_line()), first + 1);
+}
+
+TEST_F(Trace, numbers_go_on_in_another_process)
+{
+    call("a");
+    const long first = std::stol(last_line());
+    const pid_t child = fork();
+    if (child == 0) {
+        call("b");
+        _exit(0);
+    }
+    ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    call("c");
+    EXPECT_EQ(last_event(), "main c -> 0");
+    EXPECT_EQ(std::stol(last_line()), first + 2);
 }
 
 TEST_F(Trace, a_thread_is_shown_by_its_name)
@@ -121,7 +110,7 @@ TEST_F(Trace, a_value_stored_by_the_call_is_not_shown_when_the_call_failed)
 
 TEST_F(Trace, the_result_survives_arguments_that_are_too_long)
 {
-    const std::string text(5000, 'x');
+    const std::string text(100'000, 'x');
     tq::traced(
         "f", [] { return 12; }, tq::arg("t", text.c_str()));
     EXPECT_TRUE(last_event().ends_with("xxx... -> 12"));
@@ -139,7 +128,7 @@ TEST_F(Trace, errno_of_the_call_is_kept)
 
 TEST_F(Trace, lines_of_many_threads_never_mix)
 {
-    const std::size_t before = trace_lines().size();
+    const std::size_t before = trace_files::lines().size();
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
         threads.emplace_back([] {
@@ -149,7 +138,7 @@ TEST_F(Trace, lines_of_many_threads_never_mix)
         });
     for (auto &thread : threads)
         thread.join();
-    const auto lines = trace_lines();
+    const auto lines = trace_files::lines();
     ASSERT_EQ(lines.size(), before + 800);
     for (std::size_t i = before; i < lines.size(); ++i)
         EXPECT_TRUE(lines[i].ends_with("op text=\"some text that makes the line long\" -> 0")) << lines[i];
