@@ -42,12 +42,14 @@ const char *Repository::callback_xpath()
 
 Repository::~Repository()
 {
+    const Turn turn(turn_, apply_timeout);
     if (thread_.joinable()) {
         eventfd_write(stop_.get(), 1);
         thread_.join();
         // A notice that is left untaken makes the next writer wait in vain.
         take_notices();
     }
+    subscription_.reset();
 }
 
 // All subscriptions share one context, so one pipe and one taker serve them.

@@ -8,7 +8,6 @@
 
 #include <fcntl.h>
 #include <libyang/libyang.h>
-#include <sys/file.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -86,7 +85,7 @@ int Repository::open_with(Mirror &mirror, const SharedState &state, std::unique_
         code = repository->load_all();
     }
     if (code == TQ_OK)
-        code = repository->open_lock();
+        code = repository->open_locks();
     if (code == TQ_OK)
         code = repository->start_thread();
     if (code == TQ_OK)
@@ -135,6 +134,7 @@ int Repository::apply(const Changes &changes)
         if (result != SR_ERR_OK)
             break;
     }
+    const Turn turn(turn_, apply_timeout);
     if (SharedState(sr_get_repo_path()).has_dead_subscriber())
         forget_the_dead();
     errno = 0;
@@ -158,26 +158,23 @@ void Repository::forget_the_dead()
     owned(connection, [](auto raw) { return sr_connect(SR_CONN_NO_SCHED_CHANGES, raw); });
 }
 
-int Repository::open_lock()
+int Repository::open_locks()
 {
-    const std::string file = std::string(sr_get_repo_path()) + "/apply_lock";
-    return lock_.take(::open(file.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644)) ? TQ_OK : TQ_ERR_ACCESS;
+    const auto open_file = [](Descriptor &file, const char *name) {
+        const std::string path = std::string(sr_get_repo_path()) + name;
+        return file.take(::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644));
+    };
+    return open_file(lock_, "/apply_lock") && open_file(turn_, "/turn_lock") ? TQ_OK : TQ_ERR_ACCESS;
 }
 
 int Repository::lock()
 {
-    const auto deadline = std::chrono::steady_clock::now() + lock_wait;
-    while (::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EWOULDBLOCK)
-            return TQ_ERR;
-        if (std::chrono::steady_clock::now() >= deadline)
-            return TQ_ERR_LOCKED;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
+    if (!lock_file(lock_, lock_wait))
+        return TQ_ERR_LOCKED;
     int is_locked = 0;
     sr_get_lock(connection_.get(), SR_DS_RUNNING, alarm_module, &is_locked, nullptr, nullptr, nullptr);
     if (is_locked)
-        ::flock(lock_.get(), LOCK_UN);
+        unlock_file(lock_);
     is_locked_ = !is_locked;
     return is_locked ? TQ_ERR_LOCKED : TQ_OK;
 }
@@ -186,7 +183,8 @@ int Repository::unlock()
 {
     if (!std::exchange(is_locked_, false))
         return TQ_ERR_NOT_FOUND;
-    return ::flock(lock_.get(), LOCK_UN) == 0 ? TQ_OK : TQ_ERR;
+    unlock_file(lock_);
+    return TQ_OK;
 }
 
 } // namespace tq::db

@@ -10,12 +10,11 @@
 // everything is read anew.
 #pragma once
 
+#include "file_lock.hpp"
 #include "mirror.hpp"
 #include "settings.hpp"
 #include "sr_error.hpp"
 #include "tq_database.h"
-
-#include <unistd.h>
 
 #include <chrono>
 #include <deque>
@@ -43,28 +42,6 @@ struct UnsubscribeDeleter {
 using Connection = std::unique_ptr<sr_conn_ctx_t, DisconnectDeleter>;
 using Session = std::unique_ptr<sr_session_ctx_t, SessionDeleter>;
 using Subscription = std::unique_ptr<sr_subscription_ctx_t, UnsubscribeDeleter>;
-
-class Descriptor {
-public:
-    Descriptor() = default;
-    ~Descriptor()
-    {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    // Owns `fd`; whether it is one.
-    bool take(int fd)
-    {
-        fd_ = fd;
-        return fd >= 0;
-    }
-    int get() const { return fd_; }
-
-private:
-    int fd_ = -1;
-};
 
 class Repository {
 public:
@@ -109,7 +86,7 @@ private:
     static int open_with(Mirror &mirror, const SharedState &state, std::unique_ptr<Repository> &opened);
     int connect();
     static void forget_the_dead();
-    int open_lock();
+    int open_locks();
     int start_thread();
     void run() noexcept;
     int watch(const char *module);
@@ -127,7 +104,8 @@ private:
     std::mutex notices_;              // one taker at a time
     int event_fd_ = -1;               // the subscription's
     Descriptor stop_;
-    Descriptor lock_;
+    Descriptor lock_; // files of the apply lock and of turns
+    Descriptor turn_;
     bool is_locked_ = false;
     Connection connection_;
     Session session_;  // of the writer
