@@ -185,6 +185,57 @@ int ioctl(int fd, unsigned long request, ...) noexcept
         tq::hex("word", word ? *word : 0));
 }
 
+FILE *fopen(const char *path, const char *mode)
+{
+    NEXT(fopen);
+    return recorded<leaf>(
+        "fopen", [&] { return real(path, mode); }, tq::arg("path", path), tq::arg("mode", mode));
+}
+
+int fflush(FILE *stream)
+{
+    NEXT(fflush);
+    return recorded<leaf>("fflush", [&] { return real(stream); });
+}
+
+int fchmod(int fd, mode_t mode) noexcept
+{
+    NEXT(fchmod);
+    return recorded<leaf>(
+        "fchmod", [&] { return real(fd, mode); }, tq::hex("mode", mode));
+}
+
+int fsync(int fd)
+{
+    NEXT(fsync);
+    return recorded<leaf>("fsync", [&] { return real(fd); });
+}
+
+void sync() noexcept
+{
+    NEXT(sync);
+    recorded<leaf>("sync", [] { real(); });
+}
+
+int fclose(FILE *stream)
+{
+    NEXT(fclose);
+    return recorded<leaf>("fclose", [&] { return real(stream); });
+}
+
+uid_t geteuid() noexcept
+{
+    NEXT(geteuid);
+    return recorded<leaf>("geteuid", [] { return real(); });
+}
+
+int seteuid(uid_t user) noexcept
+{
+    NEXT(seteuid);
+    return recorded<leaf>(
+        "seteuid", [&] { return real(user); }, tq::arg("user", user));
+}
+
 unsigned int sleep(unsigned int seconds)
 {
     NEXT(sleep);

@@ -32,6 +32,15 @@ target_include_directories(record_view_test PRIVATE ${diagd_dir}/alarm_log)
 diagd_unit_test(debug_message_test debug_message_test.cpp ${diagd_dir}/alarm_log/debug_message.cpp)
 target_include_directories(debug_message_test PRIVATE ${diagd_dir}/alarm_log)
 
+diagd_unit_test(alarm_grammar_test alarm_grammar_test.cpp LIBS platform_headers tqapi)
+target_include_directories(alarm_grammar_test PRIVATE ${diagd_dir}/alarm_log)
+
+diagd_unit_test(alarm_action_test alarm_action_test.cpp ${diagd_dir}/alarm_log/alarm_action.cpp LIBS platform_headers)
+target_include_directories(alarm_action_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
+
+diagd_unit_test(alarm_id_test alarm_id_test.cpp ${diagd_dir}/alarm_log/alarm_id.cpp LIBS platform_headers)
+target_include_directories(alarm_id_test PRIVATE ${diagd_dir}/alarm_log)
+
 # remote_change.cpp comes as an object, so that the test sees no headers of sysrepo.
 diagd_unit_test(alarm_log_database_test alarm_log_database_test.cpp ${diagd_dir}/alarm_log/alarm_log_database.cpp
                 ${diagd_dir}/core/state.cpp LIBS platform_headers)
