@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Fixtures around the shared alarm store, imported by the tests that need them."""
 import contextlib
+import json
 import os
 import select
 import subprocess
@@ -9,6 +10,7 @@ from pathlib import Path
 
 import pytest
 from alarm_store import AlarmStore
+from calls import of
 from olt import DEADLINE_S
 
 LIBRARIES = "/run/olt/build/lib"
@@ -21,11 +23,8 @@ PEER = Path(__file__).with_name("store_peer.py")
 
 
 @pytest.fixture(scope="module")
-def olt(make_olt):
-    """An OLT that the tests of a module share, its calls traced, its platform able to fail."""
-    shared = make_olt()
-    shared.faults()
-    return shared.start(trace=True)
+def olt(traced_olt):
+    return traced_olt
 
 
 @pytest.fixture
@@ -120,3 +119,25 @@ def describe(olt):
     done = olt.exec("/usr/bin/python3", PEER, LIBRARIES, "describe", *map(str, range(106)), check=True)
     descriptions = done.stdout.split("\n")[:106]
     return lambda alarm_id: descriptions[alarm_id]
+
+
+@pytest.fixture(scope="module")
+def catalogue(olt):
+    """The alarm catalogue, an entry (see store_peer.py) for each id, read from the platform library."""
+    done = olt.exec("python3", PEER, LIBRARIES, "catalogue", check=True)
+    return [json.loads(line) for line in done.stdout.splitlines()]
+
+
+def edit_database(olt, xml):
+    """Has sysrepo's own tool merge this into the running configuration, as an operator would."""
+    (olt.state / "log" / "edit.xml").write_text(xml)
+    done = olt.exec("env", *DATABASE, "/run/olt/deps/sysrepo/bin/sysrepocfg", "--edit=/var/log/edit.xml",
+                    "--datastore=running", "--format=xml")
+    assert done.returncode == 0, done.stdout + done.stderr
+
+
+def calls_of(olt, command, pattern):
+    """What the command shows, its return code, and the platform calls it makes whose name matches."""
+    mark = len(olt.trace())
+    text, rc = olt.run(command)
+    return text, rc, of(olt.trace()[mark:], pattern)

@@ -63,6 +63,14 @@ def olt(make_olt):
     return make_olt().start()
 
 
+@pytest.fixture(scope="module")
+def traced_olt(make_olt):
+    """An OLT that the tests of a module share, its calls recorded and open to faults."""
+    shared = make_olt()
+    shared.faults()
+    return shared.start(trace=True)
+
+
 @pytest.fixture
 def cold_olt(states, database):
     """An OLT of the test's own whose daemon is not started yet."""

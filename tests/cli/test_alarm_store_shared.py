@@ -152,7 +152,7 @@ def test_writers_killed_at_any_moment_lose_nothing_that_was_filed(olt, store, pe
 
 def test_erasers_killed_at_any_moment_leave_the_newest_records_whole(olt, store, peer):
     chance = random.Random(17)
-    for _ in range(12):
+    for _ in range(8):
         store.empty()
         olt.run("alarm-log debug send id 77 message first")
         with peer("add", "77", "300", "n") as writer:
@@ -307,6 +307,22 @@ def test_records_outlive_the_daemon_however_it_ends(fresh_olt):
         olt.kill(how)
         olt.start()
         assert listed(olt) == [f"m{k}" for k in range(n + 1)]
+
+
+def test_a_daemon_killed_and_started_again_finds_what_others_filed_meanwhile(fresh_olt):
+    olt = fresh_olt
+    with peer_of(olt, "add", "77", "0", "w") as writer:
+        filed = 0
+        for _ in range(3):
+            olt.kill(signal.SIGKILL)
+            writer.lines()
+            olt.start()
+            numbers = [int(message.split("-")[1]) for message in listed(olt)]
+            assert numbers == list(range(numbers[0], numbers[-1] + 1))
+            assert numbers[-1] > filed
+            filed = numbers[-1]
+        assert writer.running()
+    assert olt.sem_value("alarm") == 1
 
 
 def test_a_daemon_killed_in_the_middle_of_a_listing_frees_the_store(fresh_olt):

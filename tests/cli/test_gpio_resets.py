@@ -13,10 +13,8 @@ SAID = "Restarting system by gpio...\r\n"
 
 
 @pytest.fixture(scope="module")
-def olt(make_olt):
-    shared = make_olt()
-    shared.faults()
-    return shared.start(trace=True)
+def olt(traced_olt):
+    return traced_olt
 
 
 @pytest.fixture(autouse=True)

@@ -28,10 +28,8 @@ PAUSES = "sleep|usleep|nanosleep"
 
 
 @pytest.fixture(scope="module")
-def olt(make_olt):
-    shared = make_olt()
-    shared.faults()
-    return shared.start(trace=True)
+def olt(traced_olt):
+    return traced_olt
 
 
 @pytest.fixture(autouse=True)

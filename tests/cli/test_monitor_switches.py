@@ -10,10 +10,8 @@ NAMES = {"fan": "FAN Monitor         ", "usb": "USB Monitor         ", "power": 
 
 
 @pytest.fixture(scope="module")
-def olt(make_olt):
-    shared = make_olt()
-    shared.faults()
-    return shared.start(trace=True)
+def olt(traced_olt):
+    return traced_olt
 
 
 @pytest.fixture(autouse=True)
