@@ -2,6 +2,8 @@
 """Another process of the box that uses the alarm store through the platform library, as the other daemons do.
 
     store_peer.py LIBRARIES describe ID...        description of each alarm, a line each
+    store_peer.py LIBRARIES catalogue             the catalogue, a line of JSON each: name, description, level, type,
+                                                  class, group, actions
     store_peer.py LIBRARIES add ID COUNT PREFIX   files COUNT alarms "PREFIX-n"; prints n when it is filed
     store_peer.py LIBRARIES delete-oldest         deletes oldest records until its input closes
     store_peer.py LIBRARIES hold                  takes the semaphore, prints "held", keeps it until its input closes
@@ -11,10 +13,13 @@ delete-oldest begin.
 """
 import ctypes
 import itertools
+import json
 import os
+import struct
 import sys
 
 ENTRY_SIZE, DESCRIPTION_AT, DESCRIPTION_SIZE = 88, 34, 32
+ENTRY = struct.Struct("=H32s32sxxIIIII")  # id, name, description, level, type, actions, class, group
 NONE = 0xFFFFFFFF
 
 
@@ -38,6 +43,23 @@ class Platform:
         table = (ctypes.c_char * (106 * ENTRY_SIZE)).in_dll(self.api, "tq_alarm_log_info")
         at = alarm_id * ENTRY_SIZE + DESCRIPTION_AT
         return table.raw[at : at + DESCRIPTION_SIZE].split(b"\0")[0].decode()
+
+    def catalogue(self) -> None:
+        def names(table: str, size: int, count: int) -> list[str]:
+            raw = (ctypes.c_char * (size * count)).in_dll(self.api, table).raw
+            return [text_of(raw[size * n : size * (n + 1)]) for n in range(count)]
+
+        def text_of(field: bytes) -> str:
+            return field.split(b"\0")[0].decode()
+
+        levels = names("tq_alarm_log_level", 16, 8)
+        types = names("tq_alarm_log_type", 16, 4)
+        classes = names("tq_alarm_log_class", 8, 2)
+        raw = (ctypes.c_char * (106 * ENTRY_SIZE)).in_dll(self.api, "tq_alarm_log_info").raw
+        for number, name, description, level, type_, actions, class_, group in ENTRY.iter_unpack(raw):
+            say(json.dumps({"id": number, "name": text_of(name), "description": text_of(description),
+                            "level": levels[level], "type": types[type_], "class": classes[class_], "group": group,
+                            "actions": actions}))
 
     def add(self, alarm_id: int, count: int, prefix: str) -> None:
         if self.database_library.database_init(self.database) < 0:
@@ -89,6 +111,8 @@ def main() -> None:
     if verb == "describe":
         for word in words:
             say(platform.describe(int(word)))
+    elif verb == "catalogue":
+        platform.catalogue()
     elif verb == "add":
         platform.add(int(words[0]), int(words[1]), words[2])
     elif verb == "delete-oldest":
