@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 # The daemon's frame: start order, core, basic commands, alarm record view.
 set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
+get_directory_property(diagd_units DIRECTORY ${diagd_dir} DEFINITION diagd_units)
 
 # The start order runs for real, everything it calls is recorded; its main gives way to the test's.
 set(start_sources ${diagd_dir}/diag_main.cpp ${diagd_dir}/start_steps.cpp ${diagd_dir}/daemon_info.cpp
@@ -47,9 +48,11 @@ diagd_unit_test(alarm_log_database_test alarm_log_database_test.cpp ${diagd_dir}
 target_sources(alarm_log_database_test PRIVATE $<TARGET_OBJECTS:diagd_alarm_log_sysrepo>)
 target_include_directories(alarm_log_database_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
 
-diagd_unit_test(install_order_test install_order_test.cpp LIBS diagd_diag_cli diagd_alarm_log
-                diagd_alarm_log_sysrepo diagd_core platform_headers deps::frr deps::jsonc deps::sysrepo
-                tqapi tqdatabase util_cpld util_i2c util_phy)
+# All units: the alarm log reaches into several of them.
+list(TRANSFORM diagd_units PREPEND diagd_ OUTPUT_VARIABLE unit_targets)
+diagd_unit_test(install_order_test install_order_test.cpp LIBS ${unit_targets} diagd_alarm_log_sysrepo
+                transceiver_decode platform_headers deps::frr deps::jsonc deps::sysrepo tqapi tqdatabase util_cpld
+                util_i2c util_phy)
 target_include_directories(install_order_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(peer_test peer_test.cpp ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
