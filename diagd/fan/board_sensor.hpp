@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The board's temperature sensor, an LM75.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace diagd {
+
+// Opens the sensor's bus, for the life of the process.  False when it cannot be opened; every reading then
+// fails.
+bool open_board_sensor() noexcept;
+
+// From the temperature register (LM75 data sheet, register 0: two's complement, 1/256 degree, high byte
+// first) to tenths of a degree, cut towards zero.
+[[nodiscard]] constexpr int lm75_tenths_c(std::span<const std::uint8_t, 2> reg) noexcept
+{
+    const auto raw = static_cast<std::int16_t>(reg[0] << 8 | reg[1]);
+    return raw * 5 / 128;
+}
+
+} // namespace diagd

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The board's temperature.
+#pragma once
+
+// Reads the board's sensor, in tenths of a degree Celsius, signed.  Up to three attempts with a second's
+// pause after each that fails, so a broken sensor costs the caller about three seconds; it then reads as 0.
+// Takes no lock: the sensor has a bus of its own.
+extern "C" int lm75_temperature_get() noexcept;
