@@ -3,24 +3,18 @@
 // Failure policy: an alarm that cannot be read has no row; a whole table that cannot be read is one line of
 // text.
 #include "alarm_action.hpp"
+#include "alarm_configuration.hpp"
 #include "alarm_id.hpp"
 #include "alarm_log_commands.hpp"
 #include "catalogue.hpp"
 #include "state.hpp"
 #include "text.hpp"
 
-#include <cstdlib>
-#include <memory>
-
 using namespace diagd;
 
 namespace {
 
 using Switches = std::array<bool, action_switches.size()>;
-
-struct Free {
-    void operator()(char *text) const noexcept { std::free(text); }
-};
 
 void print_header(struct vty *vty)
 {
@@ -133,20 +127,14 @@ DEFUN(show_alarm_log_cfg, show_alarm_log_cfg_cmd,
       "Every alarm and event.\n"
       "Configuration of alarms and events.\n")
 {
-    char *xml = nullptr;
-    const int result = db_olt_alarm_log_show_xml_alarm_id(&g_diagd_db, &xml);
-    const std::unique_ptr<char, Free> owner{xml};
-    if (result < 0) {
+    const std::optional<AlarmConfiguration> configuration = read_alarm_configuration();
+    if (!configuration) {
         vty_out(vty, "get alarm log list data xml failed!\n");
         return CMD_SUCCESS;
     }
-    // What the text does not say stays without a level and switched off.
-    std::array<tq_alarm_cfg_t, TQ_ALARM_COUNT> configuration{};
-    parsing_alarm_list_xml_data(xml, configuration.data());
-
     print_header(vty);
     for (std::uint16_t id = 0; id < TQ_ALARM_COUNT; ++id) {
-        const tq_alarm_cfg_t &one = configuration[id];
+        const tq_alarm_cfg_t &one = (*configuration)[id];
         if (is_selected(tq_alarm_log_info[id], argv[2]->text))
             print_row(vty, id, field_text(one.level),
                       {one.print != 0, one.record != 0, one.trap != 0, one.remote != 0});

@@ -5,6 +5,7 @@
 // stored.
 #include "alarm_log_commands.hpp"
 
+#include "remote_server.hpp"
 #include "state.hpp"
 #include "text.hpp"
 
@@ -16,53 +17,7 @@ using namespace diagd;
 
 namespace {
 
-using Setter = int (*)(tq_database_t *, const void *value, int width, int apply);
-using Getter = int (*)(tq_database_t *, void *buffer, int *length);
-using Deleter = int (*)(tq_database_t *);
-
-// The server of one address family.
-struct Server {
-    const char *family;
-    std::size_t address_size; // of the buffer that is stored
-    Setter set_enable;
-    Getter get_enable;
-    Setter set_address;
-    Getter get_address;
-    Deleter delete_address;
-    Setter set_port;
-    Getter get_port;
-    Deleter delete_port;
-};
-
-constexpr std::size_t largest_address_size = 64;
-
-constexpr Server ipv4_server{
-    "ipv4",
-    16,
-    db_olt_alarm_log_set_remote_server_ipv4_enable,
-    db_olt_alarm_log_get_remote_server_ipv4_enable,
-    db_olt_alarm_log_set_remote_server_ipv4_ipv4_addr,
-    db_olt_alarm_log_get_remote_server_ipv4_ipv4_addr,
-    db_olt_alarm_log_del_remote_server_ipv4_ipv4_addr,
-    db_olt_alarm_log_set_remote_server_ipv4_port,
-    db_olt_alarm_log_get_remote_server_ipv4_port,
-    db_olt_alarm_log_del_remote_server_ipv4_port,
-};
-
-constexpr Server ipv6_server{
-    "ipv6",
-    largest_address_size,
-    db_olt_alarm_log_set_remote_server_ipv6_enable,
-    db_olt_alarm_log_get_remote_server_ipv6_enable,
-    db_olt_alarm_log_set_remote_server_ipv6_ipv6_addr,
-    db_olt_alarm_log_get_remote_server_ipv6_ipv6_addr,
-    db_olt_alarm_log_del_remote_server_ipv6_ipv6_addr,
-    db_olt_alarm_log_set_remote_server_ipv6_port,
-    db_olt_alarm_log_get_remote_server_ipv6_port,
-    db_olt_alarm_log_del_remote_server_ipv6_port,
-};
-
-const Server &server_of(const struct cmd_token *family)
+const RemoteServer &server_of(const struct cmd_token *family)
 {
     return std::string_view{family->text} == ipv6_server.family ? ipv6_server : ipv4_server;
 }
@@ -75,7 +30,7 @@ void tell_failure(struct vty *vty, const char *verb, const char *what, int code)
 }
 
 // The older forms have one word less before the address.
-int set_server(struct vty *vty, const Server &server, int argc, struct cmd_token *argv[])
+int set_server(struct vty *vty, const RemoteServer &server, int argc, struct cmd_token *argv[])
 {
     constexpr int visible_words = 7;
     const int address_index = argc == visible_words ? 4 : 3;
@@ -89,33 +44,22 @@ int set_server(struct vty *vty, const Server &server, int argc, struct cmd_token
     return CMD_SUCCESS;
 }
 
-int delete_server(struct vty *vty, const Server &server)
+int delete_server(struct vty *vty, const RemoteServer &server)
 {
     tell_failure(vty, "delete", server.family, server.delete_address(&g_diagd_db));
     tell_failure(vty, "delete", "port", server.delete_port(&g_diagd_db));
     return CMD_SUCCESS;
 }
 
-void show_server(struct vty *vty, const Server &server)
+void show_server(struct vty *vty, const RemoteServer &server)
 {
-    std::uint8_t enabled = 0;
-    int length = sizeof enabled;
-    const bool on = server.get_enable(&g_diagd_db, &enabled, &length) == 0 && enabled != 0;
-    vty_out(vty, "alarm-log remote server %s : %s\n", server.family, on ? "enable" : "disable");
-
-    char address[largest_address_size];
-    length = sizeof address;
-    bool found = server.get_address(&g_diagd_db, address, &length) == 0;
-    std::uint16_t port = 0;
-    length = sizeof port;
-    found = found && server.get_port(&g_diagd_db, &port, &length) == 0;
-    if (!found) {
+    vty_out(vty, "alarm-log remote server %s : %s\n", server.family,
+            is_enabled(server) ? "enable" : "disable");
+    if (const std::optional<ServerAddress> address = read_address(server))
+        vty_out(vty, "alarm-log remote server %s is %s port %d\n", server.family, address->text,
+                address->port);
+    else
         vty_out(vty, "no alarm-log remote server %s\n", server.family);
-        return;
-    }
-    const std::string_view text = field_text(address);
-    vty_out(vty, "alarm-log remote server %s is %.*s port %d\n", server.family, print_length(text),
-            text.data(), port);
 }
 
 } // namespace

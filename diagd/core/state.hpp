@@ -4,6 +4,7 @@
 
 #include "tq_database.h"
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +18,21 @@ namespace diagd {
 using MonitorSwitch = std::atomic<std::uint8_t>; // 1 enabled, 0 disabled
 static_assert(sizeof(MonitorSwitch) == 1 && MonitorSwitch::is_always_lock_free);
 
+// Thresholds of one optical alarm on one PON port.  They belong to the main thread, as the commands that
+// change them and the threshold monitor do.
+struct PonThreshold {
+    std::uint8_t enabled; // 1: the alarm is watched
+    float alarm;          // in the unit of the value
+    float clear;
+};
+static_assert(sizeof(PonThreshold) == 12 && offsetof(PonThreshold, alarm) == 4);
+
+inline constexpr std::size_t pon_type_count = 2; // GPON, XG-PON
+inline constexpr std::size_t pon_port_count = 8; // ports 1 to 8
+inline constexpr std::size_t pon_alarm_count = 8;
+
+using PonPortThresholds = std::array<PonThreshold, pon_alarm_count>;
+
 struct State {
     int sem_id;                 // board-access semaphore
     std::uint32_t pon_mode;     // 1 GPON, 2 XG-PON, 3 combo
@@ -27,6 +43,7 @@ struct State {
     MonitorSwitch power_monitor;
     MonitorSwitch transceiver_monitor;
     struct thread_master *master; // libfrr's event loop
+    std::array<std::array<PonPortThresholds, pon_port_count>, pon_type_count> pon_thresholds;
 
     // All four switches at once: the service bus and the CPLD upgrade suspend and resume monitoring as a
     // whole.
@@ -46,6 +63,7 @@ static_assert(offsetof(State, usb_monitor) == 11);
 static_assert(offsetof(State, power_monitor) == 12);
 static_assert(offsetof(State, transceiver_monitor) == 13);
 static_assert(offsetof(State, master) == 16);
+static_assert(offsetof(State, pon_thresholds) == 24);
 
 } // namespace diagd
 

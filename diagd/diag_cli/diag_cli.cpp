@@ -7,6 +7,8 @@
 
 using diagd::config_node;
 using diagd::diagnose_node;
+using diagd::gpon_node;
+using diagd::xgpon_node;
 
 namespace {
 
@@ -15,6 +17,7 @@ struct cmd_node alarm_log_cmd_node = {
     .name = "alarm-log",
     .node = diagd::alarm_log_node,
     .prompt = "",
+    .config_write = diagd::alarm_log_config_write,
 };
 
 // The trailing arguments of the prompts are the session's slot and port.
@@ -23,6 +26,7 @@ struct cmd_node gpon_cmd_node = {
     .node = diagd::gpon_node,
     .parent_node = CONFIG_NODE,
     .prompt = "%s(config-gpon-%d/%d)# ",
+    .config_write = diagd::gpon_config_write,
 };
 
 struct cmd_node xgpon_cmd_node = {
@@ -30,6 +34,7 @@ struct cmd_node xgpon_cmd_node = {
     .node = diagd::xgpon_node,
     .parent_node = CONFIG_NODE,
     .prompt = "%s(config-xgpon-%d/%d)# ",
+    .config_write = diagd::xgpon_config_write,
 };
 
 constexpr diagd::InstallRow commands[] = {
@@ -95,12 +100,29 @@ constexpr diagd::InstallRow commands[] = {
     {config_node, &alarm_event_all_action_cmd},
     {config_node, &alarm_event_default_action_cmd},
 
-    // Alarm log: board thresholds
+    // Alarm log: board thresholds and running configuration
+    {config_node, &alarm_log_global_threshold_set_cmd},
+    {config_node, &alarm_log_global_threshold_unset_cmd},
+    {config_node, &alarm_global_threshold_set_cmd},
+    {config_node, &alarm_global_threshold_unset_cmd},
+    {config_node, &show_alarm_log_running_config_cmd},
 
     // Alarm log: test records
     {config_node, &alarm_log_debug_cmd},
 
     // Thresholds of a PON interface, each command into both interface nodes
+    {gpon_node, &alarm_log_pon_threshold_enable_cmd},
+    {xgpon_node, &alarm_log_pon_threshold_enable_cmd},
+    {gpon_node, &alarm_log_pon_threshold_disable_cmd},
+    {xgpon_node, &alarm_log_pon_threshold_disable_cmd},
+    {gpon_node, &cli_pon_alarm_disable_cmd},
+    {xgpon_node, &cli_pon_alarm_disable_cmd},
+    {gpon_node, &cli_pon_alarm_enable_cmd},
+    {xgpon_node, &cli_pon_alarm_enable_cmd},
+    {gpon_node, &alarm_log_no_pon_threshold_enable_cmd},
+    {xgpon_node, &alarm_log_no_pon_threshold_enable_cmd},
+    {gpon_node, &alarm_log_pon_threshold_show_cmd},
+    {xgpon_node, &alarm_log_pon_threshold_show_cmd},
 
     // Board
     {diagnose_node, &show_debugging_cmd},

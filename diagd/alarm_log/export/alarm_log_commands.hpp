@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The alarm-log commands, for the install order.
+// The alarm-log commands and writers, for the install order.
 #pragma once
 
 #include "frr.hpp"
@@ -64,4 +64,27 @@ extern const struct cmd_element alarm_name_action_cmd;
 extern const struct cmd_element alarm_event_all_action_cmd;
 extern const struct cmd_element alarm_event_default_action_cmd;
 
+extern const struct cmd_element alarm_log_global_threshold_set_cmd;
+extern const struct cmd_element alarm_log_global_threshold_unset_cmd;
+extern const struct cmd_element alarm_global_threshold_set_cmd;
+extern const struct cmd_element alarm_global_threshold_unset_cmd;
+extern const struct cmd_element show_alarm_log_running_config_cmd;
+
 extern const struct cmd_element alarm_log_debug_cmd;
+
+extern const struct cmd_element alarm_log_pon_threshold_enable_cmd;
+extern const struct cmd_element alarm_log_pon_threshold_disable_cmd;
+extern const struct cmd_element cli_pon_alarm_disable_cmd;
+extern const struct cmd_element cli_pon_alarm_enable_cmd;
+extern const struct cmd_element alarm_log_no_pon_threshold_enable_cmd;
+extern const struct cmd_element alarm_log_pon_threshold_show_cmd;
+
+namespace diagd {
+
+// Writers of the running configuration, for the nodes: the alarm log's settings, and the optical thresholds
+// of each PON port.
+int alarm_log_config_write(struct vty *vty) noexcept;
+int gpon_config_write(struct vty *vty) noexcept;
+int xgpon_config_write(struct vty *vty) noexcept;
+
+} // namespace diagd
