@@ -7,7 +7,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -24,10 +23,11 @@ __attribute__((constructor(101))) static void name_files()
     setenv("TQ_FAULTS", folder->file("faults").c_str(), 1);
 }
 
-struct RemoveFolder : testing::Environment {
-    void TearDown() override { delete folder; }
-};
-inline const auto *const remove_folder = testing::AddGlobalTestEnvironment(new RemoveFolder);
+// A program that only lists its tests runs no test environment, so this is left to the end of the process.
+__attribute__((destructor)) static void remove_files()
+{
+    delete folder;
+}
 
 inline void write_faults(const std::string &text)
 {
