@@ -172,6 +172,17 @@ def test_nothing_is_left_behind(run, host, how):
     assert host.traces() == before
 
 
+def test_run_ends_with_an_error_when_the_daemon_dies(run, host):
+    before = host.traces()
+    up = run().wait_up()
+    (daemon,) = [pid for pid in processes_of(up.state) if open(f"/proc/{pid}/comm").read() == "diagd\n"]
+    os.kill(int(daemon), signal.SIGKILL)
+    status, output = up.ends()
+    assert status == 1 and "ended by itself" in output
+    wait_until(lambda: not processes_of(up.state), "all processes end")
+    assert host.traces() == before
+
+
 def test_end_is_orderly(run):
     up = run().wait_up()
     up.interrupt()
@@ -251,6 +262,17 @@ def test_second_run_is_refused_and_the_first_goes_on(run):
     up = run().wait_up()
     status, output = run().ends()
     assert status == 1 and "2709 is taken" in one_line(output)
+    assert "hostname" in up.diagsh("-n", "enable", "-c", "show running-config")
+
+
+def test_state_folder_in_use_is_refused_even_with_fresh(run):
+    up = run().wait_up()
+    other = Host()  # its port 2709 is free
+    try:
+        status, output = Run(other, up.state, "--fresh").ends()
+    finally:
+        other.close()
+    assert status == 1 and "in use" in one_line(output)
     assert "hostname" in up.diagsh("-n", "enable", "-c", "show running-config")
 
 
