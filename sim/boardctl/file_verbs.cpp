@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "module_file.hpp"
+#include "module_make.hpp"
 
 namespace sim {
 
@@ -49,12 +50,17 @@ Words prepare_plug(const Words &words)
 
 bool is_file_verb(const Words &words)
 {
-    return words[0] == "plug";
+    const std::string first = words.empty() ? "" : words[0];
+    return first == "plug" || (first == "module" && words.size() > 1 && words[1] == "make");
 }
 
 std::vector<std::string> prepare_file_verb(const Words &words)
 {
-    return prepare_plug(words);
+    if (words[0] == "plug")
+        return prepare_plug(words);
+    make_module({words.begin() + 2, words.end()});
+    std::puts("ok");
+    return {};
 }
 
 } // namespace sim

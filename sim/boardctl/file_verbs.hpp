@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Verbs that read or write files: plug, module make, module save.
+// Verbs that read or write files: plug, module make.
 #pragma once
 
 #include <string>

@@ -45,13 +45,14 @@ class Reader {
 public:
     Reader(SimulatedBoard &board, std::string file) : board_(board), file_(std::move(file)), in_(file_) {}
 
-    void read()
+    bool read()
     {
         if (!in_)
-            return;
+            return false;
         std::string line;
         for (; std::getline(in_, line); ++number_)
             take(line);
+        return true;
     }
 
 private:
@@ -133,13 +134,13 @@ void save_state(SimulatedBoard &board, const std::string &folder)
         throw std::runtime_error(file + ": " + std::strerror(errno));
 }
 
-void load_state(SimulatedBoard &board, const std::string &folder)
+bool load_state(SimulatedBoard &board, const std::string &folder)
 {
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error)
         throw std::runtime_error(folder + ": " + error.message());
-    Reader(board, file_in(folder)).read();
+    return Reader(board, file_in(folder)).read();
 }
 
 } // namespace sim

@@ -10,7 +10,8 @@ namespace sim {
 
 // Writes `folder`/board.state; a reader never sees half a file.  Throws std::runtime_error.
 void save_state(SimulatedBoard &board, const std::string &folder);
-// Takes over what is in `folder`; a missing file leaves the board as described.  Throws std::runtime_error.
-void load_state(SimulatedBoard &board, const std::string &folder);
+// Takes over what is in `folder`, which is made when missing.  False: no state there, the board is as it was.
+// Throws std::runtime_error.
+bool load_state(SimulatedBoard &board, const std::string &folder);
 
 } // namespace sim

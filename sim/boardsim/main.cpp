@@ -17,6 +17,7 @@
 #include "drift.hpp"
 #include "event_loop.hpp"
 #include "front_panel.hpp"
+#include "population.hpp"
 #include "sim_protocol.hpp"
 #include "sockets.hpp"
 #include "text.hpp"
@@ -24,17 +25,21 @@
 
 namespace {
 
-constexpr char usage[] = "usage: boardsim [--board FILE] [--dir DIR] [--state DIR] [--pinned] [--seed N]\n"
-                         "  --board FILE  description, default $OLT_BOARD or /etc/olt/board.json\n"
-                         "  --dir DIR     folder of the sockets, default $BOARDSIM_DIR or the description's\n"
-                         "  --state DIR   keep registers and modules there over a restart\n"
-                         "  --pinned      temperatures and powers do not move\n"
-                         "  --seed N      of the movement, default 1\n";
+constexpr char usage[] =
+    "usage: boardsim [--board FILE] [--dir DIR] [--state DIR] [--population FILE]\n"
+    "                [--pinned] [--seed N]\n"
+    "  --board FILE  description, default $OLT_BOARD or /etc/olt/board.json\n"
+    "  --dir DIR     folder of the sockets, default $BOARDSIM_DIR or the description's\n"
+    "  --state DIR   keep registers and modules there over a restart\n"
+    "  --population FILE  modules plugged at the start, unless there is a state to go on with\n"
+    "  --pinned      temperatures and powers do not move\n"
+    "  --seed N      of the movement, default 1\n";
 
 struct Options {
     std::string board = board::default_file();
     std::string folder;
     std::string state;
+    std::string population;
     bool pinned = false;
     std::uint32_t seed = 1;
 };
@@ -42,10 +47,13 @@ struct Options {
 // False: the usage has been shown.
 bool parse(int argc, char **argv, Options &options)
 {
-    const option known[] = {
-        {"board", required_argument, nullptr, 'b'}, {"dir", required_argument, nullptr, 'd'},
-        {"state", required_argument, nullptr, 's'}, {"pinned", no_argument, nullptr, 'p'},
-        {"seed", required_argument, nullptr, 'r'},  {nullptr, 0, nullptr, 0}};
+    const option known[] = {{"board", required_argument, nullptr, 'b'},
+                            {"dir", required_argument, nullptr, 'd'},
+                            {"state", required_argument, nullptr, 's'},
+                            {"population", required_argument, nullptr, 'm'},
+                            {"pinned", no_argument, nullptr, 'p'},
+                            {"seed", required_argument, nullptr, 'r'},
+                            {nullptr, 0, nullptr, 0}};
     for (int letter; (letter = ::getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (letter) {
         case 'b':
@@ -56,6 +64,9 @@ bool parse(int argc, char **argv, Options &options)
             break;
         case 's':
             options.state = optarg;
+            break;
+        case 'm':
+            options.population = optarg;
             break;
         case 'p':
             options.pinned = true;
@@ -80,13 +91,13 @@ public:
     StateKeeper(sim::EventLoop &loop, sim::SimulatedBoard &board, std::string folder)
         : loop_(loop), board_(board), folder_(std::move(folder))
     {
-        if (!folder_.empty())
-            sim::load_state(board_, folder_);
     }
     StateKeeper(const StateKeeper &) = delete;
     StateKeeper &operator=(const StateKeeper &) = delete;
     ~StateKeeper() { save(); }
 
+    // False: there is nothing to go on with.
+    bool load() { return !folder_.empty() && sim::load_state(board_, folder_); }
     void changed()
     {
         if (folder_.empty() || pending_)
@@ -126,6 +137,10 @@ void serve(const Options &options)
     sim::SimulatedBoard board(std::move(description));
     sim::FrontPanel panel(board.description, folder.path());
     StateKeeper state(loop, board, options.state);
+    if (!state.load() && !options.population.empty()) {
+        sim::populate(board, options.population);
+        state.changed();
+    }
     sim::Drift drift(board, options.seed);
     sim::BusService bus(loop, board, folder.listen(board::sim_bus_socket, SOCK_SEQPACKET));
     sim::Verbs verbs(loop, board, panel, bus, drift);

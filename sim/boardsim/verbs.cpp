@@ -34,7 +34,7 @@ const Verbs::Row Verbs::rows[] = {
     {"temp set", 1, 1, "TENTHS", &Verbs::temp_set, nullptr, true},
     {"temp raw", 1, 1, "WORD", &Verbs::temp_raw, nullptr, true},
     {"temp fail", 1, 1, "N|always|off", &Verbs::temp_fail},
-    {"plug", 3, 4, "gpon|xgpon|ge PORT IMAGE [--no-presence]", &Verbs::plug, nullptr, true},
+    {"plug", 3, 4, "gpon|xgpon|ge PORT FILE... [--no-presence] [--pad]", &Verbs::plug, nullptr, true},
     {"unplug", 2, 3, "gpon|xgpon|ge PORT [--keep-presence]", &Verbs::unplug, nullptr, true},
     {"module get", 5, 5, "gpon|xgpon|ge PORT ADDRESS REG LENGTH", &Verbs::module_get},
     {"module set", 5, 5, "gpon|xgpon|ge PORT ADDRESS REG HEXBYTES", &Verbs::module_set, nullptr, true},
@@ -116,7 +116,7 @@ std::string Verbs::help(const Words &)
     std::string text;
     for (const Row &row : rows)
         text += std::string(row.verb) + (*row.usage != '\0' ? " " : "") + row.usage + "\n";
-    return text;
+    return text + "module make FILE.json [OPTIONS]\n";
 }
 
 std::chrono::microseconds Verbs::scaled(double milliseconds) const

@@ -16,3 +16,5 @@ diagd_board_test(board_libraries_test board_libraries_test.cpp LIBS util_cpld ut
 diagd_board_test(module_generator_test module_generator_test.cpp LIBS)
 diagd_board_test(dump_reader_test dump_reader_test.cpp LIBS)
 diagd_board_test(simulated_board_test simulated_board_test.cpp LIBS sim_board)
+diagd_board_test(board_control_test board_control_test.cpp LIBS)
+diagd_board_test(gpio_sim_test gpio_sim_test.cpp LIBS gpio_sim)

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <csignal>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,7 +33,14 @@ public:
         for (std::string &word : words)
             argv.push_back(word.data());
         argv.push_back(nullptr);
-        if (::posix_spawn(&pid_, BOARDSIM, nullptr, nullptr, argv.data(), environ) != 0)
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            // A test that crashes takes its board with it.
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            ::execv(BOARDSIM, argv.data());
+            ::_exit(127);
+        }
+        if (pid_ < 0)
             throw std::runtime_error("boardsim does not start");
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (status({"log", "next"}) != 0) {
