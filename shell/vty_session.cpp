@@ -19,7 +19,8 @@ namespace diagsh {
 
 namespace {
 
-constexpr std::size_t end_mark_size = 4; // three NULs and the status byte
+constexpr std::size_t end_mark_size = 4;      // three NULs and the status byte
+constexpr std::size_t longest_command = 4094; // libfrr takes the rest of a longer one for another command
 
 [[noreturn]] void connect_failed(const std::string &path, int error)
 {
@@ -62,6 +63,9 @@ VtySession::VtySession(const std::string &socket_path) : m_socket(connect_to(soc
 
 VtyAnswer VtySession::run(const std::string &command)
 {
+    if (command.size() > longest_command || command.find('\0') != std::string::npos)
+        throw Failure(EX_DATAERR, "not a command: longer than " + std::to_string(longest_command) +
+                                      " characters, or with a NUL in it");
     const Failure closed(EX_UNAVAILABLE, "the daemon closed the session during: " + command);
 
     std::string_view rest(command.c_str(), command.size() + 1); // with its NUL

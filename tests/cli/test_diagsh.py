@@ -17,7 +17,7 @@ from olt import BUILD, PASSWORD
 from vty import DEADLINE_S
 
 DIAGSH = str(BUILD / "bin" / "diagsh")
-UNAVAILABLE, USAGE, NO_PERMISSION = 69, 64, 77
+UNAVAILABLE, USAGE, NO_PERMISSION, BAD_DATA = 69, 64, 77, 65
 MONITOR_LINE = re.compile(r"(FAN|USB|Power|Transceiver) Monitor +: (En|Dis)able")
 
 
@@ -78,6 +78,21 @@ def test_lines_of_standard_input_are_commands(olt):
     done = diagsh(olt, input=b"diagnose\n\n  \nshow diag monitor\r\n")
     assert done.returncode == 0
     assert len(MONITOR_LINE.findall(done.stdout.decode())) == 4
+
+
+def test_command_the_vty_would_cut_in_two_is_not_sent(olt):
+    for command in (b"show version " + b"x" * 4090, b"show version\0show version"):
+        done = diagsh(olt, input=command + b"\n")
+        assert done.returncode == BAD_DATA
+        assert done.stdout == b"" and done.stderr.count(b"\n") == 1
+    longest = b"show version" + b" " * (4094 - len("show version"))
+    assert diagsh(olt, input=longest).returncode == 0
+
+
+def test_output_that_cannot_be_written_is_an_error(olt):
+    with open("/dev/full", "wb") as full:
+        done = diagsh(olt, "-c", "show version", capture_output=False, stdout=full, stderr=subprocess.PIPE)
+    assert done.returncode != 0 and b"cannot write" in done.stderr
 
 
 def test_json_pipes_into_jq(olt):
