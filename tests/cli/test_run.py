@@ -291,6 +291,30 @@ def test_board_description_that_cannot_be_read_is_refused_in_one_line(run):
     assert status == 1 and "/nonexistent.json" in one_line(output)
 
 
+def test_board_description_that_makes_no_sense_ends_the_start_with_the_reason(run, tmp_path):
+    board = tmp_path / "board.json"
+    board.write_text("{ nonsense")
+    start = time.monotonic()
+    status, output = run("--board", str(board)).ends()
+    assert status == 1 and "board.json" in output and "did not start" in output
+    assert time.monotonic() - start < 10
+
+
+def test_board_of_ones_own_has_empty_cages_and_stays_until_fresh(run, tmp_path):
+    board = tmp_path / "board.json"
+    description = json.loads((PROJECT / "sim" / "boards" / "olt8.json").read_text())
+    description["base_information"]["serial_number"] = "OWN1"
+    board.write_text(json.dumps(description))
+    up = run("--board", str(board)).wait_up()
+    assert "OWN1" in up.diagsh("-c", "show version")
+    assert set(serial_numbers(up).values()) <= {""}
+    up.interrupt()
+    status, output = run("--board", str(PROJECT / "sim" / "boards" / "olt8.json")).ends()
+    assert status == 1 and "--fresh" in one_line(output)
+    up = run("--fresh").wait_up()
+    assert "OWN1" not in up.diagsh("-c", "show version")
+
+
 def test_unknown_option_shows_the_usage(run):
     status, output = run("--nonsense").ends()
     assert status == 2 and output.startswith("usage: ./run")
