@@ -10,7 +10,7 @@ from pathlib import Path
 
 import pytest
 from alarm_store import AlarmStore
-from calls import of
+from calls import of, read_trace
 from olt import DEADLINE_S
 
 LIBRARIES = "/run/olt/build/lib"
@@ -138,6 +138,6 @@ def edit_database(olt, xml):
 
 def calls_of(olt, command, pattern):
     """What the command shows, its return code, and the platform calls it makes whose name matches."""
-    mark = len(olt.trace())
+    start = os.path.getsize(olt.trace_path)
     text, rc = olt.run(command)
-    return text, rc, of(olt.trace()[mark:], pattern)
+    return text, rc, of(read_trace(olt.trace_path, start), pattern)

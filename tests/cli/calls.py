@@ -37,10 +37,11 @@ def _unescape(match):
     return _CONTROL.get(text, text)
 
 
-def read_trace(path):
-    """The calls of a trace file, in the order they returned."""
+def read_trace(path, start=0):
+    """The calls of a trace file behind its first `start` bytes, in the order they returned."""
     calls = []
     with open(path, encoding="latin-1") as file:
+        file.seek(start)
         for line in file:
             match = _LINE.fullmatch(line.rstrip("\n"))
             if match:  # the last line may be half written
