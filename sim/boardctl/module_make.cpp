@@ -86,8 +86,9 @@ private:
     {
         for (const Option &option : known)
             if (option.diagnostic && json_object_object_get_ex(readings_.get(), option.field, nullptr) == 0)
-                json_object_object_add(readings_.get(), option.field,
-                                       json_object_new_double(option.fallback));
+                json_object_object_add(
+                    readings_.get(), option.field,
+                    json_object_new_double_s(option.fallback, format("%g", option.fallback).c_str()));
         if (!qsfp) {
             json_object_object_add(readings_.get(), "calibration",
                                    json_object_new_string(calibration_ == "ext" ? "external" : "internal"));
