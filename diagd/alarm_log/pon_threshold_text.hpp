@@ -3,6 +3,7 @@
 #pragma once
 
 #include "state.hpp"
+#include "text.hpp"
 
 #include <algorithm>
 #include <cstdint>
@@ -24,8 +25,9 @@ class ThresholdText {
 public:
     explicit ThresholdText(float threshold) noexcept
     {
-        [[maybe_unused]] const int length =
-            std::snprintf(text_, sizeof text_, "%.2f", static_cast<double>(threshold));
+        char whole[64]; // of any float
+        std::snprintf(whole, sizeof whole, "%.2f", static_cast<double>(threshold));
+        copy_text(text_, whole);
     }
     [[nodiscard]] const char *c_str() const noexcept { return text_; }
 
