@@ -124,9 +124,9 @@ class Olt:
                 return False
 
         wait_until(answers, "the daemon answers")
-        self.pid = self._daemon_pid()
+        self.pid = self.daemon_pid()
 
-    def _daemon_pid(self):
+    def daemon_pid(self):
         # nsenter waits for its only child, which is the daemon.
         children = Path(f"/proc/{self.daemon.pid}/task/{self.daemon.pid}/children").read_text().split()
         assert len(children) == 1, children

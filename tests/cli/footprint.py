@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""What a daemon holds when nothing runs: to be taken before something trying, and checked after it."""
+
+from olt import wait_until
+
+
+class Footprint:
+    """The same process, the board free, the same files open.  The daemon's own timers use the board, too, for
+    a moment; hence the waiting."""
+
+    def __init__(self, olt):
+        self.olt = olt
+        self.pid = olt.daemon_pid()
+        self.board_free()
+        self.files = wait_until(self.files_at_rest, "descriptors stand still")
+
+    def files_at_rest(self):
+        files = self.olt.fds()
+        return files if files == self.olt.fds() else None
+
+    def board_free(self):
+        wait_until(lambda: self.olt.sem_value("board") == 1, "the board is given back")
+
+    def check(self):
+        assert self.olt.daemon.poll() is None and self.olt.daemon_pid() == self.pid, "the daemon has ended"
+        self.board_free()
+        wait_until(lambda: self.olt.fds() == self.files, f"descriptors {self.files} again, not {self.olt.fds()}")

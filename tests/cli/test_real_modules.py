@@ -1,0 +1,180 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Memories of real modules, as their owners published them, agree with an independent decode.
+
+They lie outside the project, in the folder that DIAGD_MODULE_DUMPS names: `index.json` with a list "dumps" of
+objects {"id", "files": {part: file name}, "standard_decode": {field: value}}.  A part is "a0" or "a2" of an SFP,
+"lower" or "pageNN" of a QSFP; the decode is what SFF-8472 and SFF-8636 make of the bytes.
+
+Compared is what the displays decode as the standards do: texts, the wavelengths they know, and the values of
+modules that calibrate internally, are not below zero degrees and count in single units.
+"""
+
+import json
+import os
+from pathlib import Path
+
+import pytest
+from footprint import Footprint
+from module_memory import path as sfp_path
+from olt import PROJECT
+from transceiver_rows import json_objects, show_detail, text_rows
+
+FOLDER = Path(os.environ.get("DIAGD_MODULE_DUMPS", PROJECT.parent / "shared" / "modules"))
+if not (FOLDER / "index.json").exists():
+    pytest.skip(f"no memories of real modules in {FOLDER}; DIAGD_MODULE_DUMPS names a folder", allow_module_level=True)
+DUMPS = json.loads((FOLDER / "index.json").read_text())["dumps"]
+
+# One cage of each kind; GPON and XG-PON interfaces share theirs and are listed as GPON.
+CAGES = {("gpon", 1): "GPON 0/1", ("xgpon", 5): "GPON 0/5", ("ge", 3): "GE 0/3"}
+LAST_DIGIT = 0.001
+SFP_IDENTIFIERS, QSFP_IDENTIFIERS = (0x00, 0x03), (0x02, 0x0C, 0x0D, 0x11)
+PLAIN_NM, XG_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791)  # under the plain keys, under the xg keys
+TEXTS = {"vendorName": "vendor_name", "vendorRevision": "vendor_rev", "vendorSerialNumber": "vendor_sn"}
+LANES = range(4)
+
+
+def is_sfp(dump):
+    return "a0" in dump["files"] or "a2" in dump["files"]
+
+
+def family(dump):
+    """Which memory the displays take it for: sfp, qsfp or None."""
+    identifier = dump["standard_decode"].get("identifier", 0x03)
+    return "sfp" if identifier in SFP_IDENTIFIERS else "qsfp" if identifier in QSFP_IDENTIFIERS else None
+
+
+def readings(dump):
+    """The five values of an SFP, the two and three times four of a QSFP; None where the formulas differ."""
+    decode = dump["standard_decode"]
+    kind = family(dump)
+    if kind is None or decode.get("temp_c") is None or decode["temp_c"] < 0:
+        return None
+    if kind == "sfp" and (decode.get("calibration", "internal") != "internal" or decode.get("wavelength_nm") in XG_NM):
+        return None
+    fields = [decode[field] for field in ("temp_c", "vcc_v", "bias_ma", "tx_dbm", "rx_dbm")]
+    return fields if kind == "sfp" else fields[:2] + sum(fields[2:], [])
+
+
+def comparisons_due(dump):
+    """How many values the two displays of one cage have in common with the decode."""
+    decode = dump["standard_decode"]
+    if family(dump) is None:
+        return 0
+    due = sum(field in decode for field in TEXTS.values())
+    if family(dump) == "sfp":
+        due += decode.get("wavelength_nm") in PLAIN_NM + XG_NM
+    if readings(dump):
+        # An SFP's JSON has the bias twice.
+        due += 5 + 6 if family(dump) == "sfp" else 14 + 14
+    return due
+
+
+def plain(text):
+    """A text of a memory as JSON has it, without padding."""
+    return text.encode("latin-1").decode("utf-8", "replace").strip(" \0")
+
+
+class Comparison:
+    def __init__(self):
+        self.made = 0
+
+    def same(self, shown, expected, what):
+        assert shown == expected, what
+        self.made += 1
+
+    def close(self, shown, expected, what):
+        """expected: None is the power of a lane that gives no light."""
+        if expected is None:
+            assert shown == "-inf", what
+        else:
+            assert abs(float(shown) - expected) <= LAST_DIGIT, f"{what}: {shown} is not {expected}"
+        self.made += 1
+
+
+def json_readings(shown, dump):
+    """The values of a JSON object, in the order of readings()."""
+    if family(dump) == "qsfp":
+        groups = ("biasCurrentTx", "transmitPowerTx", "receivePowerRx")
+        return [shown["temperature"], shown["voltage"]] + [shown[f"{group}{lane + 1}"] for group in groups for lane in LANES]
+    keys = ("temperature", "voltage", "biasCurrent", "transmitPowerTx1", "receivePowerRx1")
+    if dump["standard_decode"].get("wavelength_nm", 850) not in PLAIN_NM:
+        keys = ["xg" + key[0].upper() + key[1:] for key in keys]
+    return [shown[key] for key in keys]
+
+
+def compare(comparison, dump, rows, shown, where):
+    decode = dump["standard_decode"]
+    for key, field in TEXTS.items():
+        if field in decode:
+            comparison.same(shown[key].strip(), plain(decode[field]), f"{where} {key}")
+    wavelength = decode.get("wavelength_nm")
+    if family(dump) == "sfp" and wavelength in PLAIN_NM + XG_NM:
+        key = "wavelength" if wavelength in PLAIN_NM else "xgWavelength"
+        comparison.same(shown[key], wavelength, f"{where} {key}")
+    expected = readings(dump)
+    if not expected:
+        return
+    (row,) = rows
+    in_json = json_readings(shown, dump)
+    assert len(row) == len(in_json) == len(expected), where
+    for place, value in enumerate(expected):
+        comparison.close(row[place], value, f"{where} text value {place}")
+        comparison.close(in_json[place], value, f"{where} JSON value {place}")
+    if family(dump) == "sfp":
+        prefix = "biasCurrent" if shown["temperature"] else "xgBiasCurrent"
+        comparison.close(shown[prefix + "Tx1"], expected[2], f"{where} {prefix}Tx1")
+
+
+@pytest.fixture(scope="module")
+def session(olt):
+    with olt.vty() as session:
+        text_rows(session)
+        yield session
+
+
+@pytest.fixture(scope="module")
+def footprint(olt, session):
+    return Footprint(olt)
+
+
+def plug(olt, dump, kind, port):
+    """Plugs the files as they are; where the dump ends early, only the operator's --pad fills it up."""
+    files = [FOLDER / name for name in dump["files"].values()]
+    before = olt.boardctl("show")
+    if "a2" in dump["files"] and "a0" not in dump["files"]:
+        assert "give the dump of its identification first" in olt.boardctl_refused("plug", kind, port, *files)
+        identity = olt.state / "identity.a0.bin"
+        identity.write_bytes(sfp_path(850)[0])
+        files = [identity, *files]
+    if any(file.stat().st_size not in ((128, 256) if is_sfp(dump) else (128,)) for file in files):
+        assert "truncated at offset" in olt.boardctl_refused("plug", kind, port, *files)
+        assert olt.boardctl("show") == before, "a refused dump leaves the cage as it was"
+        files.append("--pad")
+    olt.boardctl("plug", kind, port, *files)
+
+
+@pytest.mark.parametrize("dump", DUMPS, ids=lambda dump: dump["id"])
+def test_a_real_module_is_shown_as_the_standards_decode_it(olt, session, footprint, dump):
+    for (kind, port), name in CAGES.items():
+        comparison = Comparison()
+        plug(olt, dump, kind, port)
+        rows, shown = text_rows(session)[name], json_objects(session)[name]
+        detail = show_detail(session)
+        olt.boardctl("unplug", kind, port)
+        footprint.check()
+
+        assert detail.count(f"{name:<14}\r\n") == (5 if family(dump) else 0)
+        if family(dump) is None:
+            assert rows == [5 * ["N/A"]]
+            assert not any(value for key, value in shown.items() if not key.startswith("interface"))
+        else:
+            compare(comparison, dump, rows, shown, f"{dump['id']} in {kind} {port}")
+        assert comparison.made == comparisons_due(dump)
+
+
+def test_the_folder_has_values_of_every_kind_to_compare():
+    kinds = [(family(dump), bool(readings(dump))) for dump in DUMPS]
+    assert kinds.count(("sfp", True)) >= 5 and kinds.count(("qsfp", True)) >= 5
+    assert (None, False) in kinds, "a module of no known family"
+    due = [comparisons_due(dump) for dump in DUMPS]
+    assert due.count(0) <= kinds.count((None, False)), "every known module has something to compare"
