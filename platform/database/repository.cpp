@@ -80,7 +80,9 @@ int Repository::open_with(Mirror &mirror, const SharedState &state, std::unique_
     for (const char *module : {alarm_module, ntp_module})
         if (code == TQ_OK)
             code = repository->watch(module);
-    if (code == TQ_OK && (code = repository->load_all()) != TQ_OK) {
+    if (code == TQ_OK)
+        code = repository->load_all();
+    if (state.is_restored() && (code != TQ_OK || !repository->is_consistent())) {
         state.restore_startup();
         code = repository->load_all();
     }
@@ -113,6 +115,14 @@ int Repository::start_session(Session &session)
     const int result =
         owned(session, [this](auto raw) { return sr_session_start(connection_.get(), SR_DS_RUNNING, raw); });
     return code_of(result, nullptr);
+}
+
+// Reading takes data that were cut off for what is left of them; a transaction, which checks, refuses them.
+bool Repository::is_consistent()
+{
+    return std::all_of(watched_.begin(), watched_.end(), [this](const Watched &watched) {
+        return sr_validate(listener_.get(), watched.module, read_timeout.count()) == SR_ERR_OK;
+    });
 }
 
 bool Repository::is_valid(Slot slot, const char *text) const

@@ -87,6 +87,7 @@ private:
     int connect();
     static void forget_the_dead();
     int open_locks();
+    bool is_consistent();
     int start_thread();
     void run() noexcept;
     int watch(const char *module);

@@ -120,10 +120,15 @@ bool SharedState::is_unused() const
 void SharedState::remove()
 {
     const auto erase = [](const fs::path &file) { ::unlink(file.c_str()); };
-    for_each_file(repository_ + "/data", "", [this](const fs::path &file) {
-        const fs::path running = shared("_") + file.stem().string() + ".running";
-        if (file.extension() == startup_suffix && ::access(running.c_str(), R_OK) == 0)
-            running_[file.stem().string()] = content_of(running);
+    for_each_file(repository_ + "/data", "", [&](const fs::path &file) {
+        if (file.extension() != startup_suffix)
+            return;
+        const std::string module = file.stem().string();
+        const fs::path running = shared("_") + module + ".running";
+        if (::access(running.c_str(), R_OK) == 0)
+            running_[module] = content_of(running);
+        // Nobody is there to whom operational data could belong, and they may be cut, too.
+        erase(shared("_") + module + ".operational");
     });
     for (const char *state : {"_main", "_ext"})
         erase(shared(state));

@@ -32,6 +32,7 @@ public:
     void remove();
     // Once connected, before the first session: puts the running configuration back.
     void restore() const;
+    bool is_restored() const { return !running_.empty(); }
     // Should it be unreadable, cut by whatever ended its writer: back to the startup configuration.
     void restore_startup() const;
 

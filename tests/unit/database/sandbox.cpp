@@ -71,11 +71,13 @@ const std::string &repository()
 void install_modules()
 {
     check(setegid(daemon_gid) == 0 && seteuid(daemon_uid) == 0, "user daemon");
-    for (const char *module : {"olt-alarm-log", "olt-ntp"}) {
+    // An installation takes effect with the next connection, and its files belong to whoever makes that.
+    for (const char *module : {"olt-alarm-log", "olt-ntp", ""}) {
         sr_conn_ctx_t *connection = nullptr;
-        if (sr_connect(SR_CONN_DEFAULT, &connection) != SR_ERR_OK ||
-            sr_install_module(connection, (folder() + "/yang/" + module + ".yang").c_str(),
-                              (folder() + "/yang").c_str(), nullptr, 0) != SR_ERR_OK)
+        if (sr_connect(SR_CONN_DEFAULT, &connection) != SR_ERR_OK)
+            throw std::runtime_error("repository cannot be made");
+        if (*module && sr_install_module(connection, (folder() + "/yang/" + module + ".yang").c_str(),
+                                         (folder() + "/yang").c_str(), nullptr, 0) != SR_ERR_OK)
             throw std::runtime_error("modules cannot be installed");
         sr_disconnect(connection);
     }
