@@ -395,3 +395,47 @@ def test_what_is_switched_survives_the_next_command(olt):
 def test_other_bulk_words_are_refused(olt, words):
     _, rc, calls = calls_of(olt, words, SET + ".*|db_apply_.*")
     assert rc != 0 and calls == []
+
+
+# --- the database away
+
+@pytest.fixture
+def without_database(olt):
+    """A function that takes the database's files away and brings them back."""
+    folder = "/var/lib/olt/sysrepo"
+    away = False
+
+    def move(is_away):
+        nonlocal away
+        source, target = ("data", "gone") if is_away else ("gone", "data")
+        olt.exec("mv", f"{folder}/{source}", f"{folder}/{target}", check=True)
+        away = is_away
+
+    yield move
+    if away:
+        move(False)
+
+
+def test_commands_say_that_the_database_is_away_and_work_when_it_is_back(olt, without_database):
+    gone = "Database not reachable"
+    olt.run("alarm-event config_all all disable")
+    olt.run("alarm-log alarm fan level info")
+    olt.run("alarm-log flash level info")
+    before = configuration(olt)
+    without_database(True)
+    assert olt.run("alarm-log alarm fan enable all") == (
+        f"set alarm log print failed : {gone}\n" + CONFIGURATION.format(gone), 0)
+    assert olt.run("alarm name fan trap enable") == (
+        f"set alarm log trap failed : {gone}\n" + CONFIGURATION.format(gone), 0)
+    assert olt.run("alarm-log alarm fan level major") == (
+        f"set alarm log level failed : {gone}\n" + CONFIGURATION.format(gone), 0)
+    assert olt.run("alarm-log flash level major") == (f"set alarm log flash level failed : {gone}\n", 0)
+    assert olt.run("alarm-log remote server ipv6 ::1 port 1") == (
+        f"set alarm log remote server ipv6 failed : {gone}\nset alarm log remote server port failed : {gone}\n", 0)
+    assert olt.run("alarm-log alarm all enable all") == ("", 0)
+    olt.wait_log(f"alarm_log_all_action: changes not applied: {gone}")
+    assert configuration(olt) == before, "what is shown is what was stored"
+    without_database(False)
+    assert olt.run("alarm-log event all enable trap") == ("", 0)
+    shown = configuration(olt)
+    assert shown[29]["trap"] == "enable" and shown[0] == before[0], "what failed before is not made up for"
