@@ -32,7 +32,10 @@ PATHS_OF_THE_BOX = (
     "/var/log/diagd.log",
 )
 
-pytestmark = pytest.mark.skipif(BUILD.name != "release", reason="./run starts the release build")
+pytestmark = [
+    pytest.mark.slow,
+    pytest.mark.skipif(BUILD.name != "release", reason="./run starts the release build"),
+]
 
 
 class Host:
