@@ -29,7 +29,8 @@ class Run:
     def __init__(self, olt, command, *faults):
         olt.faults(*faults)
         log, calls, open_before = len(olt.log()), len(olt.trace()), devices(olt)
-        self.text, self.rc = olt.run(command, "diagnose")
+        with olt.vty("diagnose", timeout=60) as session:  # 100,000 recorded requests on a busy machine
+            self.text, self.rc = session.run(command)
         olt.faults()
         self.log = olt.log()[log:]
         self.calls = [call for call in olt.trace()[calls:] if interesting(call)]
