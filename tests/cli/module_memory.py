@@ -2,7 +2,11 @@
 """Memories of optical modules, byte by byte, and plugging them into a simulated board."""
 
 import itertools
+import os
+import socket
 import struct
+
+from vty import DEADLINE_S
 
 _numbers = itertools.count()
 
@@ -55,3 +59,28 @@ def plug(olt, kind, port, *pages):
         files.append(folder / f"{name}.{part}.bin")
         files[-1].write_bytes(data)
     olt.boardctl("plug", kind, port, *files)
+
+
+def plug_image(olt, kind, port, devices):
+    """Plugs memories of any shape without a file or a program.  devices: by 7-bit address, the lower half and
+    the pages above it, by number; a flat memory has page 0 only."""
+    lines = ["module random"]
+    for address, (lower, pages) in devices.items():
+        lines += [f"device {address:02x} {'paged' if len(pages) > 1 else 'flat'}", "lower " + lower.hex()]
+        lines += [f"page {number:02x} {page.hex()}" for number, page in pages.items()]
+    _ask_board(olt, "plug", kind, str(port), "\n".join([*lines, "end", ""]))
+
+
+def _ask_board(olt, *words):
+    # The folder by its descriptor: an address holds 108 characters only.
+    folder = os.open(olt.state / "board", os.O_PATH)
+    try:
+        with socket.socket(socket.AF_UNIX) as board:
+            board.settimeout(DEADLINE_S)
+            board.connect(f"/proc/self/fd/{folder}/ctl.sock")
+            board.sendall(b"".join(word.encode() + b"\0" for word in words))
+            board.shutdown(socket.SHUT_WR)
+            answer = b"".join(iter(lambda: board.recv(65536), b""))
+    finally:
+        os.close(folder)
+    assert answer[:1] == b"0", answer

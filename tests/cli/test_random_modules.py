@@ -1,0 +1,159 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Whatever bytes a module holds, it is displayed, and nothing is lost by it.
+
+Seeded: memory number N is always the same.  500 memories, and 10000 under AddressSanitizer;
+DIAGD_RANDOM_MODULES gives another number.
+"""
+
+import collections
+import os
+import random
+import string
+
+import pytest
+from footprint import Footprint
+from module_memory import plug_image
+from olt import BUILD
+from transceiver_rows import INTERFACES, json_objects, show_detail, text_name, text_rows
+
+SEED = 8472
+COUNT = int(os.environ.get("DIAGD_RANDOM_MODULES", 10000 if BUILD.name == "asan" else 500))
+
+SFP, QSFP = (0x00, 0x03), (0x02, 0x0C, 0x0D, 0x11)
+PLAIN_NM, DOUBLE_NM, PON_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791), (1490, 1535)
+MONITORING = (0x20, 0x10, 0x30, 0x68, 0x58, 0x00)
+A0, A2, B0, B2 = 0x50, 0x51, 0x58, 0x59
+
+
+def half(rng):
+    """128 bytes: mostly anything, sometimes of one kind."""
+    kind = rng.random()
+    if kind < 0.7:
+        return bytearray(rng.randbytes(128))
+    if kind < 0.8:
+        return bytearray([rng.choice((0x00, 0xFF, 0x7F, 0x80))] * 128)
+    if kind < 0.9:
+        return bytearray(rng.choices(string.printable.encode(), k=128))
+    return bytearray(rng.choices((0, 0, 0, 1, 0x80, 0xFF), k=128))
+
+
+class RandomMemory:
+    """A module: its memories by address, and what the displays have to make of some of their bytes."""
+
+    def __init__(self, number):
+        rng = random.Random(f"{SEED}-{number}")
+        self.number = number
+        self.devices = {}
+        for address, share in ((A0, 0.98), (A2, 0.9), (B0, 0.4), (B2, 0.4)):
+            if rng.random() < share:
+                pages = {page: half(rng) for page in (0, *rng.sample(range(1, 256), rng.choice((0, 0, 1, 3))))}
+                self.devices[address] = half(rng), pages
+        if not self.devices:
+            self.devices[A2] = half(rng), {0: half(rng)}
+        if A0 in self.devices:
+            family = rng.random()
+            self.devices[A0][0][0] = rng.choice(SFP if family < 0.5 else QSFP if family < 0.85 else range(256))
+        for address in self.devices.keys() & {A0, B0}:
+            lower = self.devices[address][0]
+            if rng.random() < 0.8:
+                lower[60:62] = rng.choice(PLAIN_NM + DOUBLE_NM + (0, 1550)).to_bytes(2, "big")
+            if rng.random() < 0.8:
+                lower[92] = rng.choice(MONITORING)
+
+    def read(self, address, register):
+        """The big-endian word at a register of a lower half; nothing answers with zeros."""
+        lower = self.devices[address][0] if address in self.devices else bytes(128)
+        return int.from_bytes(lower[register : register + 2], "big")
+
+    def byte(self, address, register):
+        return self.read(address, register) >> 8
+
+    def temperature(self, address, register):
+        raw = self.read(address, register)
+        return f"{abs(raw - 0x10000 if raw & 0x8000 else raw) / 256:.3f}"
+
+    @property
+    def family(self):
+        identifier = self.byte(A0, 0)
+        return "sfp" if identifier in SFP else "qsfp" if identifier in QSFP else None
+
+    def paths(self):
+        """Of each optical path of an SFP: its wavelength, calibration, temperature and bias; the last two are
+        None unless the module calibrates them itself."""
+        for identity, diagnostics in ((A0, A2), (B0, B2)):
+            wavelength, monitoring = self.read(identity, 60), self.byte(identity, 92)
+            if identity == B0 and wavelength == 0:
+                return
+            if not monitoring & 0x20:
+                yield wavelength, "external" if monitoring & 0x10 else None, None, None
+                continue
+            double = wavelength in DOUBLE_NM or (wavelength in PON_NM and diagnostics != A2)
+            bias = self.read(diagnostics, 100) * (4 if double else 2) / 1000
+            yield wavelength, "internal", self.temperature(diagnostics, 96), f"{bias:.3f}"
+
+    def check_rows(self, rows):
+        if self.family is None:
+            assert rows == [5 * ["N/A"]]
+        elif self.family == "qsfp":
+            (row,) = rows
+            assert len(row) == 14
+            lanes = [f"{self.read(A0, register) * 2 / 1000:.3f}" for register in (42, 44, 46, 48)]
+            assert [row[0], *row[2:6]] == [self.temperature(A0, 22), *lanes]
+        else:
+            paths = list(self.paths())
+            assert len(rows) == len(paths)
+            for row, (_, calibration, temperature, bias) in zip(rows, paths):
+                assert len(row) == (5 if calibration else 0)
+                if calibration == "internal":
+                    assert (row[0], row[2]) == (temperature, bias)
+
+    def check_json(self, shown):
+        if self.family is None:
+            assert not any(value for key, value in shown.items() if not key.startswith("interface"))
+        elif self.family == "qsfp":
+            assert shown["temperature"] == self.temperature(A0, 22) and shown["xgTemperature"] == ""
+        else:
+            expected = {"temperature": "", "xgTemperature": ""}
+            for wavelength, calibration, temperature, _ in self.paths():
+                if calibration:
+                    expected["temperature" if wavelength in PLAIN_NM else "xgTemperature"] = temperature
+            for key, temperature in expected.items():
+                assert temperature in (shown[key], None)
+
+    def check_detail(self, detail, name):
+        assert detail.count(f"{name:<14}\r\n") == (5 if self.family else 0)
+
+
+def display(session, memories):
+    """Runs the three displays and compares each cage with the memory in it."""
+    rows, objects, detail = text_rows(session), json_objects(session), show_detail(session)
+    for interface, memory in zip(INTERFACES, memories):
+        name = text_name(*interface)
+        memory.check_rows(rows[name])
+        memory.check_json(objects[name])
+        memory.check_detail(detail, name)
+
+
+@pytest.mark.slow
+def test_any_bytes_are_displayed_and_nothing_is_lost(olt):
+    decoded = collections.Counter()
+    with olt.vty() as session:
+        text_rows(session)
+        footprint = Footprint(olt)
+        for first in range(0, COUNT, len(INTERFACES)):
+            memories = [RandomMemory(number) for number in range(first, first + len(INTERFACES))]
+            try:
+                for (kind, port), memory in zip(INTERFACES, memories):
+                    kind = "xgpon" if kind == "gpon" and memory.number % 2 else kind
+                    plug_image(olt, kind, port, memory.devices)
+                display(session, memories)
+                footprint.check()
+            except Exception as error:
+                raise AssertionError(f"memories {first} to {first + len(INTERFACES) - 1} of seed {SEED}") from error
+            for memory in memories:
+                decoded[memory.family] += 1
+                if memory.family == "sfp":
+                    decoded.update(f"{calibration} path" for _, calibration, _, _ in memory.paths())
+    assert sum(decoded[family] for family in ("sfp", "qsfp", None)) >= COUNT
+    for what in ("sfp", "qsfp", "internal path", "external path"):
+        assert decoded[what] >= COUNT // 20, f"{what} is decoded too rarely to tell anything: {decoded}"
