@@ -46,9 +46,9 @@ private:
     bool is_changed_ = true;
 };
 
-Stream open_and_tell(struct vty *vty, const char *mode)
+UniqueFile open_and_tell(struct vty *vty, const char *mode)
 {
-    Stream file = open_flash_file(mode);
+    UniqueFile file = open_flash_file(mode);
     if (!file)
         vty_out(vty, "open flash log file %s failed\n", flash_file_path);
     return file;
@@ -56,7 +56,7 @@ Stream open_and_tell(struct vty *vty, const char *mode)
 
 void save_records(struct vty *vty)
 {
-    const Stream file = open_and_tell(vty, "w+");
+    const UniqueFile file = open_and_tell(vty, "w+");
     if (!file)
         return;
     tq_alarm_store_t *const store = attached_store();

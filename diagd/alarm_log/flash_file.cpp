@@ -27,9 +27,9 @@ static int print_record(std::FILE *stream, const tq_alarm_slot_t &slot) noexcept
                         print_length(message), message.data());
 }
 
-Stream open_flash_file(const char *mode) noexcept
+UniqueFile open_flash_file(const char *mode) noexcept
 {
-    return Stream{std::fopen(flash_file_path, mode)};
+    return UniqueFile{std::fopen(flash_file_path, mode)};
 }
 
 int write_records(std::FILE *stream, const RecordChain &chain, int level) noexcept

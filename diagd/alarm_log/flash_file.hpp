@@ -2,11 +2,7 @@
 // The alarm log's file in the board's flash.
 #pragma once
 
-#include "tq_types.h"
-
-#include <cstdint>
-#include <cstdio>
-#include <memory>
+#include "unique_file.hpp"
 
 namespace diagd {
 
@@ -14,13 +10,8 @@ class RecordChain;
 
 inline constexpr const char *flash_file_path = "/media/config/var/alarm_log.log";
 
-struct CloseStream {
-    void operator()(std::FILE *stream) const noexcept { std::fclose(stream); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
-
 // Opens the file and empties it; null when it cannot be opened.  `mode` is that of fopen(3).
-[[nodiscard]] Stream open_flash_file(const char *mode) noexcept;
+[[nodiscard]] UniqueFile open_flash_file(const char *mode) noexcept;
 
 // Writes a line for each valid record of the level and above, oldest first.  A line that does not fit into
 // the flash ends it, and nothing of that line stays in the file.  0, or the errno of what failed.

@@ -4,26 +4,21 @@
 // cannot be read are said on the daemon's streams and count as 0.
 #include "usage_samplers.hpp"
 
+#include "unique_file.hpp"
 #include "usage_parser.hpp"
 
 #include <array>
 #include <chrono>
 #include <cstdio>
-#include <memory>
 #include <thread>
 
 namespace {
 
 constexpr std::chrono::milliseconds sample_time{50};
 
-struct Close {
-    void operator()(std::FILE *file) const noexcept { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, Close>;
-
 std::optional<diagd::CpuTimes> read_cpu_times() noexcept
 {
-    const File file{std::fopen("/proc/stat", "re")};
+    const diagd::UniqueFile file{std::fopen("/proc/stat", "re")};
     std::array<char, 448> line;
     if (!file || std::fgets(line.data(), line.size(), file.get()) == nullptr)
         return std::nullopt;
@@ -33,7 +28,7 @@ std::optional<diagd::CpuTimes> read_cpu_times() noexcept
 // `row` counts from 1.
 std::int64_t read_meminfo_kb(int row) noexcept
 {
-    const File file{std::fopen("/proc/meminfo", "re")};
+    const diagd::UniqueFile file{std::fopen("/proc/meminfo", "re")};
     if (!file) {
         std::perror("open fail\n");
         return 0;
