@@ -3,6 +3,7 @@
 // loop, not in signal context, so the handlers may log and call the database library.
 #include "daemon_info.hpp"
 
+#include "alarm_record.hpp"
 #include "privileges.hpp"
 #include "units.hpp"
 
@@ -27,6 +28,7 @@ void sigusr1() noexcept
 void sigint() noexcept
 {
     zlog_notice("Terminating on signal");
+    diagd::stop_filing_alarms();
     alarm_log_database_free();
     std::exit(0);
 }

@@ -8,6 +8,7 @@
 
 #include <buffer.h>
 #include <command.h>
+#include <frrcu.h>
 #include <json.h>
 #include <libfrr.h>
 #include <log.h>

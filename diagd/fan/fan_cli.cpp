@@ -1,20 +1,39 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Fan commands, and the start of what watches the board's temperature.
-// Failure policy: without its sensor the board's temperature reads as 0.
+// Start of fan control.
+// Failure policy: without the sensor's bus or the CPLD's there is no fan control, silently, and the fans stay
+// as they are; the commands are there nevertheless.
 #include "board_sensor.hpp"
-#include "install.hpp"
+#include "fan_cmd.hpp"
+#include "fan_monitor.hpp"
+#include "fan_settings.hpp"
 #include "privileges.hpp"
+#include "state.hpp"
 
-#include <array>
+#include "util_i2c.h"
+
+#include <cstdio>
 
 namespace {
-constexpr std::array<diagd::InstallRow, 0> commands{};
+constexpr int cpld_bus = 0;
 }
 
 int fan_init()
 {
-    diagd::install_table(commands);
-    const diagd::Privileges raised{"fan_monitor_init"};
-    diagd::open_board_sensor();
+    diagd::reset_fan_master();
+    fan_cmd_init();
+
+    diagd::Privileges raised{"fan_monitor_init"};
+    if (!diagd::open_board_sensor())
+        return 0;
+    const int cpld = misc_i2c_device_init(cpld_bus);
+    if (cpld < 0)
+        return 0;
+    raised.lower();
+
+    if (!diagd::start_fan_monitor(cpld)) {
+        std::puts("fan_monitor_thread init failed!\r");
+        return 0;
+    }
+    diagm.fan_monitor.store(1, std::memory_order_relaxed);
     return 0;
 }

@@ -7,6 +7,7 @@
 #include "util_i2c.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -18,6 +19,8 @@ constexpr std::uint8_t temperature_register = 0;
 constexpr int attempts = 3;
 
 int sensor_handle = -1; // set once, before any thread reads
+
+std::atomic<int> last_good = 0; // tenths of a degree; read and written from several threads
 
 } // namespace
 
@@ -34,9 +37,12 @@ int lm75_temperature_get() noexcept
     std::array<std::uint8_t, 2> reg{};
     for (int attempt = 0; attempt < attempts; ++attempt) {
         if (misc_i2c_read(sensor_handle, sensor_address, temperature_register, reg.data(), reg.size(), 0) >=
-            0)
-            break;
+            0) {
+            const int temperature = diagd::lm75_tenths_c(reg);
+            last_good.store(temperature, std::memory_order_relaxed);
+            return temperature;
+        }
         std::this_thread::sleep_for(1s);
     }
-    return diagd::lm75_tenths_c(reg);
+    return last_good.load(std::memory_order_relaxed);
 }

@@ -1,15 +1,86 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Power supply monitor commands.
-#include "install.hpp"
+// The power supply monitor: a look at the CPLD's status byte every two seconds.
+// Failure policy: without a handle there is no monitor and one line on standard output says so.  A status
+// that cannot be read is passed over in silence, an all-zero one with a line each time; the next look comes
+// two seconds later and is held against the last good one.
+#include "alarm_record.hpp"
+#include "monitor_registers.hpp"
+#include "power_policy.hpp"
+#include "semaphore.hpp"
+#include "state.hpp"
+#include "worker_thread.hpp"
 
-#include <array>
+#include "util_cpld.h"
+
+#include <chrono>
+#include <cstdio>
+#include <thread>
 
 namespace {
-constexpr std::array<diagd::InstallRow, 0> commands{};
+
+constexpr std::uint16_t supply1_alarm = 77;
+constexpr std::uint16_t supply2_alarm = 78;
+constexpr std::uint16_t temperature_alarm = 96;
+constexpr std::chrono::seconds poll_interval{2};
+
+int cpld_handle = -1; // set before the thread starts
+
+// False: there is no answer.
+bool read_status(std::uint8_t &status) noexcept
+{
+    status = 0;
+    const diagd::Semaphore board{diagm.sem_id};
+    return misc_cpld_i2c_power_state_get(cpld_handle, &status) >= 0;
 }
+
+void file(std::uint16_t code, const char *message) noexcept
+{
+    if (message != nullptr)
+        diagd::file_alarm(code, diagd::AlarmState::event, message);
+}
+
+void poll(diagd::PowerStates &last_seen) noexcept
+{
+    std::uint8_t status;
+    if (!read_status(status))
+        return;
+    const std::optional<diagd::PowerStates> now = diagd::read_power_status(status);
+    if (!now) {
+        std::puts("not get power state 2\r");
+        return;
+    }
+    const diagd::PowerReport report = diagd::report_power(last_seen, *now);
+    file(supply1_alarm, report.supply1);
+    file(supply2_alarm, report.supply2);
+    if (report.temperature != nullptr) {
+        file(temperature_alarm, report.temperature);
+        diagd::write_register(cpld_handle, diagd::MonitorRegister::over_temperature_seen, 1);
+    }
+    last_seen = *now;
+}
+
+void run() noexcept
+{
+    // Kept while switched off: what changed meanwhile is reported afterwards.
+    diagd::PowerStates last_seen;
+    for (;;) {
+        std::this_thread::sleep_for(poll_interval);
+        if (diagm.power_monitor.load(std::memory_order_relaxed) != 0)
+            poll(last_seen);
+    }
+}
+
+} // namespace
 
 int power_init()
 {
-    diagd::install_table(commands);
+    cpld_handle = diagd::open_monitored_cpld("power_monitor");
+    if (cpld_handle < 0)
+        return 0;
+    if (!diagd::start_worker("power_monitor", run, diagd::ThreadEnd::detached)) {
+        std::puts("power monitorfailed!\r");
+        return 0;
+    }
+    diagm.power_monitor.store(1, std::memory_order_relaxed);
     return 0;
 }

@@ -6,7 +6,11 @@
 #include "tq_trace.hpp"
 
 #include <dlfcn.h>
+#include <linux/netlink.h>
+#include <mntent.h>
+#include <sys/auxv.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 
 #include <cstdarg>
 #include <cstdlib>
@@ -44,11 +48,25 @@ auto recorded(const char *op, F &&call, const Args &...args)
     return tq::traced(op, once, args...);
 }
 
+// Whether a call comes from the daemon's own code.  What libraries do for themselves with threads and sockets
+// is no part of any order.
+bool is_of_the_daemon(const void *return_address)
+{
+    static const void *const daemon = [] {
+        Dl_info program{};
+        dladdr(reinterpret_cast<const void *>(getauxval(AT_ENTRY)), &program);
+        return static_cast<const void *>(program.dli_fbase);
+    }();
+    Dl_info caller{};
+    return dladdr(return_address, &caller) != 0 && caller.dli_fbase == daemon;
+}
+
 constexpr bool leaf = false;
 constexpr bool nested = true;
 
 } // namespace
 
+#define OF_THE_DAEMON() is_of_the_daemon(__builtin_return_address(0))
 #define NEXT(function) static auto *const real = next<decltype(function)>(#function)
 
 extern "C" {
@@ -256,6 +274,83 @@ int nanosleep(const struct timespec *time, struct timespec *left)
     return recorded<leaf>(
         "nanosleep", [&] { return real(time, left); },
         tq::arg("ms", static_cast<long long>(time->tv_sec) * 1000 + time->tv_nsec / 1'000'000));
+}
+
+int system(const char *line)
+{
+    NEXT(system);
+    return recorded<leaf>(
+        "system", [&] { return real(line); }, tq::arg("line", line));
+}
+
+FILE *setmntent(const char *path, const char *mode) noexcept
+{
+    NEXT(setmntent);
+    return recorded<leaf>(
+        "setmntent", [&] { return real(path, mode); }, tq::arg("path", path), tq::arg("mode", mode));
+}
+
+// --- threads and sockets of the daemon's own
+
+int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
+                   void *argument) noexcept
+{
+    NEXT(pthread_create);
+    if (!OF_THE_DAEMON())
+        return real(thread, attributes, body, argument);
+    return recorded<leaf>(
+        "pthread_create", [&] { return real(thread, attributes, body, argument); },
+        tq::arg("attributes", attributes != nullptr ? 1 : 0));
+}
+
+int pthread_detach(pthread_t thread) noexcept
+{
+    NEXT(pthread_detach);
+    if (!OF_THE_DAEMON())
+        return real(thread);
+    return recorded<leaf>("pthread_detach", [&] { return real(thread); });
+}
+
+int socket(int domain, int type, int protocol) noexcept
+{
+    NEXT(socket);
+    if (!OF_THE_DAEMON())
+        return real(domain, type, protocol);
+    return recorded<leaf>(
+        "socket", [&] { return real(domain, type, protocol); }, tq::arg("domain", domain),
+        tq::arg("type", type & ~(SOCK_CLOEXEC | SOCK_NONBLOCK)), tq::arg("protocol", protocol));
+}
+
+int setsockopt(int fd, int level, int option, const void *value, socklen_t length) noexcept
+{
+    NEXT(setsockopt);
+    if (!OF_THE_DAEMON())
+        return real(fd, level, option, value, length);
+    return recorded<leaf>(
+        "setsockopt", [&] { return real(fd, level, option, value, length); }, tq::arg("level", level),
+        tq::arg("option", option),
+        tq::arg("value", length == sizeof(int) ? *static_cast<const int *>(value) : 0));
+}
+
+int bind(int fd, const struct sockaddr *address, socklen_t length) noexcept
+{
+    NEXT(bind);
+    if (!OF_THE_DAEMON() || address->sa_family != AF_NETLINK)
+        return real(fd, address, length);
+    const auto *const netlink = reinterpret_cast<const struct sockaddr_nl *>(address);
+    return recorded<leaf>(
+        "bind", [&] { return real(fd, address, length); }, tq::arg("port", netlink->nl_pid),
+        tq::arg("groups", netlink->nl_groups));
+}
+
+ssize_t recvmsg(int fd, struct msghdr *message, int flags)
+{
+    NEXT(recvmsg);
+    if (!OF_THE_DAEMON())
+        return real(fd, message, flags);
+    return recorded<leaf>(
+        "recvmsg", [&] { return real(fd, message, flags); },
+        tq::arg("length", message->msg_iovlen > 0 ? message->msg_iov[0].iov_len : 0));
 }
 
 } // extern "C"

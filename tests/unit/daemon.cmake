@@ -5,7 +5,8 @@ get_directory_property(diagd_units DIRECTORY ${diagd_dir} DEFINITION diagd_units
 
 # The start order runs for real, everything it calls is recorded; its main gives way to the test's.
 set(start_sources ${diagd_dir}/diag_main.cpp ${diagd_dir}/start_steps.cpp ${diagd_dir}/daemon_info.cpp
-                  ${diagd_dir}/core/state.cpp ${diagd_dir}/core/privileges.cpp)
+                  ${diagd_dir}/core/state.cpp ${diagd_dir}/core/privileges.cpp
+                  ${diagd_dir}/core/alarm_record.cpp)
 diagd_unit_test(start_order_test start_order_test.cpp ${start_sources} LIBS platform_headers deps::frr deps::jsonc)
 target_compile_definitions(start_order_test PRIVATE main=diagd_main)
 target_include_directories(start_order_test PRIVATE ${diagd_dir} ${diagd_dir}/core)

@@ -101,10 +101,14 @@ TEST_F(Lm75, a_failed_read_is_tried_again_after_a_second)
     EXPECT_THAT(calls, ElementsAre(read, pause, read, pause, read));
 }
 
-TEST_F(Lm75, after_three_failures_the_board_has_no_temperature)
+TEST_F(Lm75, after_three_failures_the_last_good_reading_stands)
 {
+    reg = {0x23, 0x80};
+    EXPECT_EQ(lm75_temperature_get(), 355);
+    calls.clear();
+    reg = {0x19, 0x00};
     failures = 3;
-    EXPECT_EQ(lm75_temperature_get(), 0);
+    EXPECT_EQ(lm75_temperature_get(), 355);
     EXPECT_THAT(calls, ElementsAre(read, pause, read, pause, read, pause));
 }
 

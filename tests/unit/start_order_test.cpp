@@ -121,6 +121,10 @@ int tq_alarm_log_init(void)
 {
     return recorder.note("tq_alarm_log_init");
 }
+int cli_log(tq_database_t *, tq_alarm_req_t *, const char *, ...)
+{
+    return recorder.note("cli_log");
+}
 void frr_config_fork(void)
 {
     recorder.note("frr_config_fork");

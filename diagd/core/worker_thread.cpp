@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Starting worker threads.  Failure policy: a thread that cannot be started leaves nothing behind.
+#include "worker_thread.hpp"
+
+#include "frr.hpp"
+
+#include <pthread.h>
+#include <sys/prctl.h>
+
+#include <csignal>
+#include <memory>
+#include <new>
+
+namespace {
+
+struct Start {
+    const char *name;
+    void (*body)() noexcept;
+    struct rcu_thread *rcu;
+};
+
+void *run(void *argument)
+{
+    const std::unique_ptr<Start> start{static_cast<Start *>(argument)};
+    prctl(PR_SET_NAME, start->name);
+    // A thread begins inside a read section, which keeps libfrr from freeing anything until it ends.
+    rcu_thread_start(start->rcu);
+    rcu_read_unlock();
+    start->body();
+    rcu_read_lock(); // libfrr takes a thread back as it gave it
+    return nullptr;
+}
+
+// A new thread inherits the signal mask: it must not take a signal that the event loop waits for.
+class SignalsBlocked {
+public:
+    SignalsBlocked() noexcept
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_BLOCK, &all, &before_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsBlocked(const SignalsBlocked &) = delete;
+    SignalsBlocked &operator=(const SignalsBlocked &) = delete;
+
+private:
+    sigset_t before_;
+};
+
+} // namespace
+
+bool diagd::start_worker(const char *name, void (*body)() noexcept, ThreadEnd end) noexcept
+{
+    std::unique_ptr<Start> start{new (std::nothrow) Start{name, body, nullptr}};
+    if (!start)
+        return false;
+    start->rcu = rcu_thread_prepare();
+
+    pthread_t thread;
+    int result;
+    {
+        const SignalsBlocked blocked;
+        result = pthread_create(&thread, nullptr, run, start.get());
+    }
+    if (result != 0) {
+        rcu_thread_unprepare(start->rcu);
+        return result > 0;
+    }
+    start.release(); // the thread's now
+    if (end == ThreadEnd::detached)
+        pthread_detach(thread);
+    return true;
+}

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The fan monitor: a pass every five seconds.
+// Failure policy: a sensor that does not answer costs a pass about three seconds and counts with its last
+// good reading, see lm75.hpp; a register write that fails is taken as done.  Whatever fails, the thread lives
+// on.
+#include "fan_monitor.hpp"
+
+#include "alarm_record.hpp"
+#include "fan_policy.hpp"
+#include "fan_settings.hpp"
+#include "lm75.hpp"
+#include "monitor_registers.hpp"
+#include "state.hpp"
+#include "worker_thread.hpp"
+
+#include <chrono>
+#include <thread>
+
+using std::memory_order_relaxed;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int fan_alarm = 0;
+constexpr int last_tick = 4; // ticks of a second; a pass comes after the one behind it
+
+int cpld_handle = -1; // set before the thread starts
+
+// Writes every time, changed or not: the operator's command may have written something else.
+void set_automatic_speed(int temperature) noexcept
+{
+    const int level = diagd::automatic_fan_speed(temperature);
+    diagd::write_register(cpld_handle, diagd::MonitorRegister::fan_speed, static_cast<std::uint8_t>(level));
+    fan_master.current_speed.store(level, memory_order_relaxed);
+}
+
+void switch_fans(bool open) noexcept
+{
+    const std::int32_t state = open ? 1 : 0;
+    if (fan_master.state.load(memory_order_relaxed) == state)
+        return;
+    diagd::write_register(cpld_handle, diagd::MonitorRegister::fan_power, open ? 1 : 0);
+    fan_master.state.store(state, memory_order_relaxed);
+    diagd::file_alarm(fan_alarm, open ? diagd::AlarmState::on : diagd::AlarmState::off,
+                      open ? "Open!" : "Close!");
+}
+
+void pass() noexcept
+{
+    const int mode = fan_master.mode.load(memory_order_relaxed);
+    const int speed = fan_master.speed.load(memory_order_relaxed);
+
+    int temperature = 0;
+    if (mode == diagd::fan_auto || speed == diagd::speed_auto)
+        temperature = lm75_temperature_get();
+    if (speed == diagd::speed_auto)
+        set_automatic_speed(temperature);
+
+    std::int32_t reference = fan_master.reference_temperature.load(memory_order_relaxed);
+    const diagd::FanDecision decision = diagd::decide_fans(
+        mode, temperature, fan_master.open_temperature.load(memory_order_relaxed), reference);
+    // A reference that the operator has set meanwhile stands.
+    if (decision.reference != reference)
+        fan_master.reference_temperature.compare_exchange_strong(reference, decision.reference,
+                                                                 memory_order_relaxed);
+    switch_fans(decision.open);
+}
+
+void run() noexcept
+{
+    std::this_thread::sleep_for(1s);
+    for (int tick = 1;;) {
+        // While switched off, the switch is looked at every second.
+        do {
+            ++tick;
+            std::this_thread::sleep_for(1s);
+        } while (tick <= last_tick);
+        if (diagm.fan_monitor.load(memory_order_relaxed) == 0)
+            continue;
+        pass();
+        tick = 0;
+    }
+}
+
+} // namespace
+
+bool diagd::start_fan_monitor(int cpld) noexcept
+{
+    cpld_handle = cpld;
+    return start_worker("fan_monitor", run, ThreadEnd::detached);
+}
