@@ -75,15 +75,21 @@ int cli_log(tq_database_t *db, tq_alarm_req_t *req, const char *fmt, ...)
 /* Reads the per-alarm configuration XML into the array. */
 int parsing_alarm_list_xml_data(const char *xml, tq_alarm_cfg_t recs[TQ_ALARM_COUNT]);
 
-/* Service bus client. */
+/* Service bus client.  A message is: u16 length of the whole, u16 command, body; network order.  The client
+ * connects from the event loop, and again after the bus was away. */
 struct sclient {
-    struct stream *ibuf, *obuf;
+    struct stream *ibuf, *obuf; /* obuf: the message to send */
+    /* Called by the event loop with each message, its read position at the body.  The result is not used. */
     int (*message_handler)(struct sclient *, struct stream *);
     void *priv;
 };
+/* NULL when there is no memory or no event loop.  A client is not given back. */
 struct sclient *sclient_new(struct thread_master *m, uint32_t instance, struct zebra_privs_t *privs);
+/* Starts looking for the bus, as a client of that type and instance. */
 void sclient_init(struct sclient *c, int client_type, uint16_t instance, struct zebra_privs_t *privs);
+/* Appends the header of a message without a body; with one, its length is to be written at the start. */
 void sclient_create_header(struct stream *s, uint16_t command);
+/* Sends what is in obuf, from any thread and without waiting.  0, or -1 when the bus is away. */
 int sclient_send_message(struct sclient *c);
 
 #ifdef __cplusplus
