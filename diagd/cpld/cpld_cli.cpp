@@ -1,15 +1,63 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// CPLD commands.
+// Board controls through the CPLD: the install order of their commands, and what is switched on at the start.
+// Failure policy: what cannot be switched on at the start stays as it is; the daemon runs on.
+#include "cpld_cmd.hpp"
 #include "install.hpp"
+#include "nodes.hpp"
+#include "port_switch.hpp"
+#include "privileges.hpp"
+#include "state.hpp"
 
-#include <array>
+#include "util_cpld.h"
+
+using diagd::config_node;
+using diagd::diagnose_node;
 
 namespace {
-constexpr std::array<diagd::InstallRow, 0> commands{};
+
+constexpr diagd::InstallRow commands[] = {
+    {config_node, &reboot_device_cmd},
+    {config_node, &reboot_system_cmd},
+    {diagnose_node, &system_led_cmd},
+    {diagnose_node, &usb_led_cmd},
+    {diagnose_node, &pon_led_cmd},
+    {diagnose_node, &pon_power_config_cmd},
+    {diagnose_node, &pon_tx_config_cmd},
+    {diagnose_node, &sfp_power_config_cmd},
+    {diagnose_node, &show_pon_led_cmd},
+    {diagnose_node, &show_pon_power_cmd},
+    {diagnose_node, &show_pon_tx_cmd},
+    {diagnose_node, &show_sfp_power_cmd},
+    {diagnose_node, &fan_mode_cmd},
+    {diagnose_node, &fan_speed_cmd},
+    {diagnose_node, &show_logic_version_cmd},
+    {diagnose_node, &show_device_type_cmd},
+    {config_node, &show_system_power_cmd},
+    {diagnose_node, &show_system_power_cmd},
+    {diagnose_node, &debug_cpld_cmd},
+};
+
+// Works without the board's semaphore, although the monitors run already: whoever holds it at this moment,
+// the daemon's start does not wait for, and the register is nobody else's.  Nor need a board take register
+// commands yet.
+void switch_sfp_power_on() noexcept
+{
+    diagd::Privileges raised{"cpld_init"};
+    const int handle = misc_cpld_i2c_open(diagm.cpld_i2c_bus);
+    raised.lower();
+    if (handle < 0)
+        return;
+    diagd::switch_every_port(handle, diagd::CpldRegister::sfp_power, diagd::PortGroup::sfp,
+                             diagd::RecordTest::in_service, true);
+    misc_cpld_i2c_close(handle);
 }
+
+} // namespace
 
 int cpld_init()
 {
     diagd::install_table(commands);
+    diagd::switch_system_led_on();
+    switch_sfp_power_on();
     return 0;
 }

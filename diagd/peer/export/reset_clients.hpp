@@ -5,8 +5,11 @@
 // Tells the service bus that the system is about to reset.  The bus library's result; -1 without a client.
 int diag_sclient_reset_send();
 
-// Tells zebra the same.  libfrr's result; nothing is sent without a client.
+// Tells zebra the same.  libfrr's result; 0, and nothing is sent, without a client.
 int diag_zebra_reset_send();
+
+// Ends the zebra client for a shutdown that wants to.
+void diag_zclient_stop();
 
 // Copies the current logs to flash.  What cannot be copied is lost: a reset goes ahead.
 void system_backup();

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Reboot by command.  The peers are not told, and the board itself is reset by what ends the daemons.
+#include "cpld_cmd.hpp"
+
+#include "alarm_record.hpp"
+#include "reset_clients.hpp"
+#include "text.hpp"
+
+#include <cstdio>
+
+namespace {
+constexpr std::uint16_t reset_event = 29; // of the alarm catalogue
+}
+
+DEFUN(reboot_device, reboot_device_cmd, "reboot", "reboot device\n")
+{
+    diagd::file_alarm(reset_event, diagd::AlarmState::event, "reset by command");
+    system_backup();
+    system_reboot();
+    vty_out(vty, "Restarting system...%s", diagd::line_end);
+    std::puts("Resetting ...\r");
+    return CMD_SUCCESS;
+}
+
+// For scripts: no record, and not a word.
+DEFUN_HIDDEN(reboot_system, reboot_system_cmd, "reload", "reboot device\n")
+{
+    system_backup();
+    system_reboot();
+    return CMD_SUCCESS;
+}
