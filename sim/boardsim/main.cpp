@@ -18,6 +18,8 @@
 #include "event_loop.hpp"
 #include "front_panel.hpp"
 #include "population.hpp"
+#include "service_bus.hpp"
+#include "service_bus_protocol.hpp"
 #include "sim_protocol.hpp"
 #include "sockets.hpp"
 #include "text.hpp"
@@ -143,7 +145,10 @@ void serve(const Options &options)
     }
     sim::Drift drift(board, options.seed);
     sim::BusService bus(loop, board, folder.listen(board::sim_bus_socket, SOCK_SEQPACKET));
-    sim::Verbs verbs(loop, board, panel, bus, drift);
+    sim::ServiceBus service_bus(
+        loop, {.listen = [&] { return folder.listen(board::service_bus_socket, SOCK_STREAM); },
+               .remove = [&] { folder.remove(board::service_bus_socket); }});
+    sim::Verbs verbs(loop, board, panel, bus, service_bus, drift);
     sim::ControlService control(
         loop, folder.listen(board::sim_control_socket, SOCK_STREAM),
         [&](const sim::Words &words, sim::ControlClient &client) { verbs.run(words, client); });

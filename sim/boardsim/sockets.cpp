@@ -41,8 +41,8 @@ BoardFolder::BoardFolder(std::string path) : path_(std::move(path))
 
 BoardFolder::~BoardFolder()
 {
-    for (unsigned i = 0; i < count_; ++i)
-        ::unlink(sockets_[i].c_str());
+    for (const std::string &file : sockets_)
+        ::unlink(file.c_str());
 }
 
 board::Descriptor BoardFolder::listen(const char *name, int type)
@@ -59,11 +59,18 @@ board::Descriptor BoardFolder::listen(const char *name, int type)
     ::unlink(file.c_str());
     if (::bind(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         fail(file);
-    sockets_[count_++] = file;
+    sockets_.insert(file);
     // The daemon talks to the board as an ordinary user.
     if (::chmod(file.c_str(), 0666) != 0 || ::listen(fd.get(), 64) != 0)
         fail(file);
     return fd;
+}
+
+void BoardFolder::remove(const char *name)
+{
+    const std::string file = path_ + "/" + name;
+    ::unlink(file.c_str());
+    sockets_.erase(file);
 }
 
 } // namespace sim

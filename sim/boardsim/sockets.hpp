@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The board's folder: one board at a time, its two sockets.
+// The board's folder: one board at a time, its sockets.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "descriptor.hpp"
@@ -20,13 +21,14 @@ public:
 
     // Bound, listening and open to every user.  `type`: SOCK_SEQPACKET or SOCK_STREAM.
     board::Descriptor listen(const char *name, int type);
+    // Takes the name of a socket away, so that nobody finds it.
+    void remove(const char *name);
     [[nodiscard]] const std::string &path() const { return path_; }
 
 private:
     std::string path_;
     board::Descriptor lock_;
-    std::string sockets_[2];
-    unsigned count_ = 0;
+    std::set<std::string> sockets_; // paths
 };
 
 } // namespace sim

@@ -34,6 +34,7 @@ const Verbs::Row Verbs::rows[] = {
     {"temp set", 1, 1, "TENTHS", &Verbs::temp_set, nullptr, true},
     {"temp raw", 1, 1, "WORD", &Verbs::temp_raw, nullptr, true},
     {"temp fail", 1, 1, "N|always|off", &Verbs::temp_fail},
+    {"heat", 1, 1, "WATTS|off", &Verbs::heat},
     {"plug", 3, 4, "gpon|xgpon|ge PORT FILE... [--no-presence] [--pad]", &Verbs::plug, nullptr, true},
     {"unplug", 2, 3, "gpon|xgpon|ge PORT [--keep-presence]", &Verbs::unplug, nullptr, true},
     {"module get", 5, 5, "gpon|xgpon|ge PORT ADDRESS REG LENGTH", &Verbs::module_get},
@@ -52,6 +53,13 @@ const Verbs::Row Verbs::rows[] = {
     {"fault clear", 0, 0, "", &Verbs::fault_clear},
     {"phy get", 3, 3, "INTERFACE PHY REG", &Verbs::phy_get},
     {"phy set", 4, 4, "INTERFACE PHY REG VALUE", &Verbs::phy_set},
+    {"bus send", 1, 1, "VALUE", &Verbs::bus_send},
+    {"bus raw", 1, 1, "HEXBYTES", &Verbs::bus_raw},
+    {"bus clients", 0, 0, "", &Verbs::bus_clients},
+    {"bus log", 0, 0, "", &Verbs::bus_log},
+    {"bus clear", 0, 0, "", &Verbs::bus_clear},
+    {"bus up", 0, 0, "", &Verbs::bus_up},
+    {"bus down", 0, 0, "", &Verbs::bus_down},
     {"time scale", 1, 1, "FACTOR", &Verbs::time_scale},
     {"drift", 1, 1, "on|off", &Verbs::drift},
     {"log dump", 0, 1, "[SINCE]", nullptr, &Verbs::log_dump},
@@ -61,8 +69,9 @@ const Verbs::Row Verbs::rows[] = {
     {"log wait", 2, 3, "REGEX SECONDS [SINCE]", nullptr, &Verbs::log_wait},
 };
 
-Verbs::Verbs(EventLoop &loop, SimulatedBoard &board, FrontPanel &panel, const BusService &bus, Drift &drift)
-    : loop_(loop), board_(board), panel_(panel), bus_(bus), drift_(drift)
+Verbs::Verbs(EventLoop &loop, SimulatedBoard &board, FrontPanel &panel, const BusService &bus,
+             ServiceBus &service_bus, Drift &drift)
+    : loop_(loop), board_(board), panel_(panel), bus_(bus), service_bus_(service_bus), drift_(drift)
 {
     board_.cpld.on_change([this](std::uint8_t reg, std::uint8_t before, std::uint8_t after) {
         for (const Watcher &watcher : watchers_)

@@ -10,13 +10,16 @@
 #include "control_service.hpp"
 #include "drift.hpp"
 #include "front_panel.hpp"
+#include "service_bus.hpp"
 #include "simulated_board.hpp"
+#include "thermal.hpp"
 
 namespace sim {
 
 class Verbs {
 public:
-    Verbs(EventLoop &loop, SimulatedBoard &board, FrontPanel &panel, const BusService &bus, Drift &drift);
+    Verbs(EventLoop &loop, SimulatedBoard &board, FrontPanel &panel, const BusService &bus,
+          ServiceBus &service_bus, Drift &drift);
 
     // Answers the client: status digit, newline, text.  Never throws.
     void run(const Words &words, ControlClient &client);
@@ -41,6 +44,7 @@ private:
     std::string temp_set(const Words &words);
     std::string temp_raw(const Words &words);
     std::string temp_fail(const Words &words);
+    std::string heat(const Words &words);
     std::string plug(const Words &words);
     std::string unplug(const Words &words);
     std::string module_get(const Words &words);
@@ -58,6 +62,13 @@ private:
     std::string fault_clear(const Words &words);
     std::string phy_get(const Words &words);
     std::string phy_set(const Words &words);
+    std::string bus_send(const Words &words);
+    std::string bus_raw(const Words &words);
+    std::string bus_clients(const Words &words);
+    std::string bus_log(const Words &words);
+    std::string bus_clear(const Words &words);
+    std::string bus_up(const Words &words);
+    std::string bus_down(const Words &words);
     std::string time_scale(const Words &words);
     std::string drift(const Words &words);
     std::string log_clear(const Words &words);
@@ -74,6 +85,8 @@ private:
     PhyChip &phy(const Words &words);
     [[nodiscard]] std::chrono::microseconds scaled(double milliseconds) const;
     void drift_step();
+    void set_heating(bool on);
+    void heat_step();
 
     struct Watcher {
         ControlClient *client;
@@ -85,12 +98,15 @@ private:
     SimulatedBoard &board_;
     FrontPanel &panel_;
     const BusService &bus_;
+    ServiceBus &service_bus_;
     Drift &drift_;
     std::function<void()> written_;
     std::vector<Watcher> watchers_;
     std::vector<std::shared_ptr<Waiter>> waiters_;
     std::optional<EventLoop::TimerId> drift_timer_;
     std::optional<EventLoop::TimerId> button_timer_;
+    std::optional<EventLoop::TimerId> heat_timer_;
+    Thermal thermal_;
     std::optional<unsigned> temperature_fault_;
     double time_scale_ = 1;
     bool drifting_ = false;

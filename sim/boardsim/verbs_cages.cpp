@@ -91,15 +91,7 @@ std::string Verbs::module_set(const Words &words)
     const auto stored = target.stored.devices.find(address);
     if (stored == target.stored.devices.end())
         throw std::invalid_argument("the module has nothing at address " + words[2]);
-    const std::string &digits = words[4];
-    std::vector<std::uint8_t> data;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const int value = hex_byte(std::string_view(digits).substr(i, 2));
-        if (value < 0)
-            throw std::invalid_argument("\"" + digits + "\" is not a list of hexadecimal bytes");
-        data.push_back(static_cast<std::uint8_t>(value));
-    }
-    for (const std::uint8_t value : data) {
+    for (const std::uint8_t value : parse_bytes(words[4])) {
         stored->second.write(reg, value);
         target.live.devices.at(address).write(reg, value);
         ++reg;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <span>
 #include <sstream>
+#include <stdexcept>
 
 namespace sim {
 
@@ -69,6 +70,18 @@ int hex_byte(std::string_view two_digits)
     const char *end = two_digits.data() + two_digits.size();
     const auto [at, error] = std::from_chars(two_digits.data(), end, value, 16);
     return two_digits.size() == 2 && error == std::errc() && at == end ? static_cast<int>(value) : -1;
+}
+
+std::vector<std::uint8_t> parse_bytes(const std::string &digits)
+{
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        const int value = hex_byte(std::string_view(digits).substr(i, 2));
+        if (value < 0)
+            throw std::invalid_argument("\"" + digits + "\" is not a list of hexadecimal bytes");
+        bytes.push_back(static_cast<std::uint8_t>(value));
+    }
+    return bytes;
 }
 
 std::string to_text(const ModuleImage &image)

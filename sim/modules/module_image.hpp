@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sim {
 
@@ -53,5 +54,7 @@ ModuleImage image_from_text(std::string_view text);
 
 // Value of two hexadecimal digits, or -1.
 int hex_byte(std::string_view two_digits);
+// Bytes of two digits each, as an operator types them.  Throws std::invalid_argument.
+std::vector<std::uint8_t> parse_bytes(const std::string &digits);
 
 } // namespace sim
