@@ -2,6 +2,7 @@
 // diagsh: the shell of the diagnostics daemon, for a person (alone) and for scripts (-c).
 #include "failure.hpp"
 #include "paths.hpp"
+#include "save.hpp"
 #include "script.hpp"
 #include "telnet.hpp"
 
@@ -10,6 +11,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -29,6 +31,9 @@ constexpr const char *help_text =
                          this machine, else the one that ./run started)
   -h, --help             this text
 
+Under the name vtysh it is the box's shell: -c commands run in enable, and "write" saves
+the configuration of every daemon that has a vty socket beside diagd's.
+
 A session passes the vty on port 2709 through; Control-] leaves it at once.
 The first command that fails ends the run.  Exit status: the command's, 0 for success;
 64 and up when diagsh itself cannot go on.  Errors go to standard error.
@@ -38,6 +43,7 @@ struct Options {
     std::string state;
     std::string node = "config";
     bool node_given = false;
+    bool is_box_shell = false; // called by the name vtysh
     std::vector<std::string> commands;
 };
 
@@ -49,6 +55,9 @@ Options parse(int argc, char **argv)
                                           {"help", no_argument, nullptr, 'h'},
                                           {nullptr, 0, nullptr, 0}};
     Options options;
+    options.is_box_shell = argc > 0 && std::filesystem::path(argv[0]).filename() == "vtysh";
+    if (options.is_box_shell)
+        options.node = "enable";
     if (const char *state = std::getenv("OLT_STATE"))
         options.state = state;
     int letter = 0;
@@ -102,6 +111,9 @@ int run(int argc, char **argv)
     }
     if (options.commands.empty())
         options.commands = read_lines(std::cin);
+    if (options.is_box_shell && options.commands.size() == 1 &&
+        diagsh::is_save_command(options.commands.front()))
+        return diagsh::save_configurations(olt);
     return diagsh::run_commands(olt, options.node, options.commands);
 }
 

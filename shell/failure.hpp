@@ -19,4 +19,9 @@ private:
     int m_status;
 };
 
+// Nobody listens at the socket.
+class NoDaemon : public Failure {
+    using Failure::Failure;
+};
+
 } // namespace diagsh

@@ -27,13 +27,13 @@ constexpr std::size_t longest_command = 4094; // libfrr takes the rest of a long
     if (error == EACCES || error == EPERM)
         throw Failure(EX_NOPERM, "only root and the vty group may use " + path);
     if (error == ENOENT || error == ENOTDIR || error == ECONNREFUSED)
-        throw Failure(EX_UNAVAILABLE, "no daemon answers on " + path + "; is the OLT running?");
+        throw NoDaemon(EX_UNAVAILABLE, "no daemon answers on " + path + "; is the OLT running?");
     throw Failure(EX_UNAVAILABLE, path + ": " + std::strerror(error));
 }
 
 // The address holds 108 characters and a build folder may lie deeper, so the folder is opened and the socket
 // named through its descriptor.
-diagd::UniqueFd connect_to(const std::string &path)
+diagd::UniqueFd connect_to(const std::string &path, std::chrono::seconds longest_answer)
 {
     const std::filesystem::path socket_path(path);
     const std::string folder = socket_path.has_parent_path() ? socket_path.parent_path().string() : ".";
@@ -52,6 +52,10 @@ diagd::UniqueFd connect_to(const std::string &path)
     diagd::UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd)
         connect_failed(path, errno);
+    // A connection waits, too, for a daemon that does not accept any.
+    const timeval limit{.tv_sec = longest_answer.count(), .tv_usec = 0};
+    for (const int direction : {SO_RCVTIMEO, SO_SNDTIMEO})
+        ::setsockopt(fd.get(), SOL_SOCKET, direction, &limit, sizeof limit);
     if (::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         connect_failed(path, errno);
     return fd;
@@ -59,7 +63,10 @@ diagd::UniqueFd connect_to(const std::string &path)
 
 } // namespace
 
-VtySession::VtySession(const std::string &socket_path) : m_socket(connect_to(socket_path)) {}
+VtySession::VtySession(const std::string &socket_path, std::chrono::seconds longest_answer)
+    : m_socket(connect_to(socket_path, longest_answer))
+{
+}
 
 VtyAnswer VtySession::run(const std::string &command)
 {
@@ -67,6 +74,7 @@ VtyAnswer VtySession::run(const std::string &command)
         throw Failure(EX_DATAERR, "not a command: longer than " + std::to_string(longest_command) +
                                       " characters, or with a NUL in it");
     const Failure closed(EX_UNAVAILABLE, "the daemon closed the session during: " + command);
+    const Failure late(EX_UNAVAILABLE, "the daemon did not answer in time: " + command);
 
     std::string_view rest(command.c_str(), command.size() + 1); // with its NUL
     while (!rest.empty()) {
@@ -87,7 +95,7 @@ VtyAnswer VtySession::run(const std::string &command)
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
-            throw closed;
+            throw got < 0 && errno == EAGAIN ? late : closed;
         const std::size_t scanned = answer.size();
         answer.append(chunk.data(), static_cast<std::size_t>(got));
         if (mark == std::string::npos)

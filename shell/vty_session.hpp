@@ -6,6 +6,7 @@
 
 #include "unique_fd.hpp"
 
+#include <chrono>
 #include <string>
 
 namespace diagsh {
@@ -18,10 +19,12 @@ struct VtyAnswer {
 class VtySession {
 public:
     // Connects; throws Failure when no daemon answers or this user may not use the socket.
-    explicit VtySession(const std::string &socket_path);
+    // `longest_answer`: how long to wait for an answer at most, 0 for ever.
+    explicit VtySession(const std::string &socket_path,
+                        std::chrono::seconds longest_answer = std::chrono::seconds{0});
 
-    // Runs one command and waits for its end, however long that takes.  Throws Failure when the daemon closes
-    // the session before the answer is complete.
+    // Runs one command and waits for its end.  Throws Failure when the daemon closes
+    // the session before the answer is complete, or it is not complete in time.
     VtyAnswer run(const std::string &command);
 
 private:
