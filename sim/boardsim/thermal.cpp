@@ -6,7 +6,7 @@
 namespace sim {
 
 namespace {
-constexpr double capacity = 60.0; // joules per kelvin: minutes to settle, as a board of this size needs
+constexpr double capacity = 300.0; // joules per kelvin: some minutes to settle
 } // namespace
 
 Airflow airflow_of(unsigned power_register, unsigned speed_register)
