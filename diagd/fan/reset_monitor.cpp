@@ -1,15 +1,171 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Reset push-button commands.
-#include "install.hpp"
+// The reset push-button: a sample of its mapped register five times a second.
+// Failure policy: a device that cannot be opened, set up or mapped is told on standard error and there is no
+// button; everything else of the daemon goes on.  Once pressed, whatever fails on the way is at most printed:
+// the reboot goes ahead.
+#include "alarm_record.hpp"
+#include "button_policy.hpp"
+#include "privileges.hpp"
+#include "reset_clients.hpp"
+#include "unique_fd.hpp"
+#include "unique_file.hpp"
+#include "worker_thread.hpp"
 
-#include <array>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
 
 namespace {
-constexpr std::array<diagd::InstallRow, 0> commands{};
+
+constexpr const char *gpio_device = "/dev/tq_gpio_cfg";
+constexpr unsigned long gpio_get = 3;
+constexpr std::int32_t button_line = 512; // line 2, value 0: line number in the second byte
+
+constexpr const char *uio_device = "/dev/uio0";
+constexpr const char *uio_size_file = "/sys/class/uio/uio0/maps/map0/size";
+constexpr std::size_t button_word = 8 / sizeof(std::uint32_t); // byte offset 8
+constexpr std::uint32_t button_released = 1U << 21;
+
+constexpr std::chrono::milliseconds sample_interval{200};
+
+constexpr std::uint16_t reboot_alarm = 29;
+constexpr std::uint16_t erase_alarm = 31;
+
+constexpr const char *save_configuration =
+    "export LD_LIBRARY_PATH=/usr/local/lib:/usr/lib:/lib;/usr/local/bin/vtysh -c write";
+
+const volatile std::uint32_t *uio_registers; // set before the thread starts
+
+// Makes the button's line an input.
+bool set_up_line() noexcept
+{
+    const diagd::UniqueFd device{::open(gpio_device, O_RDWR | O_CLOEXEC)};
+    if (!device) {
+        std::perror("open /dev/tq_gpio_cfg failed\n");
+        return false;
+    }
+    std::int32_t word = button_line;
+    if (::ioctl(device.get(), gpio_get, &word) < 0) {
+        std::perror("/dev/tq_gpio_cfg ioctl fail!\n");
+        return false;
+    }
+    return true;
 }
+
+// Bytes of the mapped region; 0, which cannot be mapped, when the kernel does not say.
+std::uint32_t uio_size() noexcept
+{
+    const diagd::UniqueFile file{std::fopen(uio_size_file, "re")};
+    unsigned size = 0;
+    if (!file || std::fscanf(file.get(), "0x%16X", &size) != 1)
+        return 0;
+    return size;
+}
+
+bool map_registers() noexcept
+{
+    diagd::UniqueFd device{::open(uio_device, O_RDWR | O_SYNC | O_CLOEXEC)};
+    if (!device) {
+        std::perror("Failed to open the device");
+        return false;
+    }
+    void *const region = ::mmap(nullptr, uio_size(), PROT_READ | PROT_WRITE, MAP_SHARED, device.get(), 0);
+    if (region == MAP_FAILED) {
+        std::perror("devuio mmap");
+        return false;
+    }
+    uio_registers = static_cast<const volatile std::uint32_t *>(region);
+    device.release(); // stays open, as the mapping stays, for the life of the process
+    return true;
+}
+
+bool button_is_pressed() noexcept
+{
+    return (uio_registers[button_word] & button_released) == 0;
+}
+
+// Default handling of SIGCHLD, and no signal blocked, for as long as it lives: what is run meanwhile can be
+// waited for and interrupted like any program.
+class ChildSignals {
+public:
+    ChildSignals() noexcept : handler_(std::signal(SIGCHLD, SIG_DFL))
+    {
+        sigset_t none;
+        sigemptyset(&none);
+        pthread_sigmask(SIG_SETMASK, &none, &mask_);
+    }
+    ~ChildSignals()
+    {
+        pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+        std::signal(SIGCHLD, handler_);
+    }
+    ChildSignals(const ChildSignals &) = delete;
+    ChildSignals &operator=(const ChildSignals &) = delete;
+
+private:
+    void (*handler_)(int);
+    sigset_t mask_;
+};
+
+void save_configurations() noexcept
+{
+    const ChildSignals signals;
+    const int status = std::system(save_configuration);
+    if (status != -1 && WIFSIGNALED(status) && (WTERMSIG(status) == SIGINT || WTERMSIG(status) == SIGQUIT))
+        std::printf("system: exit status of the child WTERMSIG[%d]\n", WTERMSIG(status));
+}
+
+void reboot() noexcept
+{
+    diagd::file_alarm(reboot_alarm, diagd::AlarmState::event, "reset by push-button");
+    std::puts("Restarting system by push-button...\r");
+    system_backup();
+    system_reboot();
+}
+
+// The peers reset their part of the configuration first, so that what is saved then is the result.
+void reset_configuration() noexcept
+{
+    if (diag_sclient_reset_send() == -1)
+        std::printf("%s sclient_send_message() failed\r\n", "reset_monitor_thread");
+    diag_zebra_reset_send();
+    save_configurations();
+    diagd::file_alarm(erase_alarm, diagd::AlarmState::event, "erase partial config by push-button");
+}
+
+void run() noexcept
+{
+    for (int held = 0;;) {
+        std::this_thread::sleep_for(sample_interval);
+        switch (diagd::sample_button(button_is_pressed(), held)) {
+        case diagd::ButtonAction::none:
+            break;
+        case diagd::ButtonAction::long_press:
+            reset_configuration();
+            [[fallthrough]];
+        case diagd::ButtonAction::short_press:
+            reboot();
+            return;
+        }
+    }
+}
+
+} // namespace
 
 int reset_init()
 {
-    diagd::install_table(commands);
+    diagd::Privileges raised{"reset_monitor"};
+    if (!set_up_line() || !map_registers())
+        return 0;
+    raised.lower();
+    if (!diagd::start_worker("reset_monitor", run, diagd::ThreadEnd::joinable))
+        std::puts("wtd_app_init create tq_reset_app_thread failed!\r");
     return 0;
 }
