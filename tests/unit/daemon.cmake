@@ -11,7 +11,9 @@ diagd_unit_test(start_order_test start_order_test.cpp ${start_sources} LIBS plat
 target_compile_definitions(start_order_test PRIVATE main=diagd_main)
 target_include_directories(start_order_test PRIVATE ${diagd_dir} ${diagd_dir}/core)
 
-diagd_unit_test(board_bracket_test board_bracket_test.cpp LIBS diagd_core platform_headers deps::frr deps::jsonc)
+diagd_unit_test(board_bracket_test board_bracket_test.cpp ${diagd_dir}/core/board_bracket.cpp
+                ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
+                LIBS platform_headers deps::frr deps::jsonc)
 target_include_directories(board_bracket_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(board_records_test board_records_test.cpp ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
@@ -58,7 +60,11 @@ target_include_directories(install_order_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(peer_test peer_test.cpp ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
                 LIBS diagd_peer platform_headers deps::frr deps::jsonc)
-target_include_directories(peer_test PRIVATE ${diagd_dir}/core ${diagd_dir}/peer)
+target_include_directories(peer_test PRIVATE ${diagd_dir}/core ${diagd_dir}/peer ${diagd_dir}/peer/export)
+
+diagd_unit_test(port_switch_test port_switch_test.cpp ${diagd_dir}/cpld/port_switch.cpp
+                ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
+target_include_directories(port_switch_test PRIVATE ${diagd_dir}/core ${diagd_dir}/cpld)
 
 # The layers of the tree, and the check itself.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
