@@ -64,6 +64,7 @@ def test_ambiguous_and_incomplete_commands_have_their_statuses(olt):
 
 
 def test_first_failure_ends_the_run(olt):
+    assert olt.run("fan monitor", "diagnose") == ("", 0)
     done = diagsh(olt, "-c", "show version", "-c", "nonsense", "-c", "diagnose", "-c", "no fan monitor")
     assert done.returncode == 2 and done.stdout != b""
     assert "FAN Monitor         : Enable" in olt.run("show diag monitor", "diagnose")[0]
