@@ -208,6 +208,22 @@ def test_interactive_session_signs_in_and_edits_lines(terminal):
     assert terminal.end() == (0, True)
 
 
+def test_vty_password_is_not_given_for_another(fresh_olt):
+    """Without a sign-in the first prompt for a password is that of `enable`, which is the person's to know."""
+    with fresh_olt.vty() as session:
+        for command in ("enable password other", "line vty", "no login"):
+            assert session.run(command)[1] == 0
+    terminal = Terminal(fresh_olt.inside("/run/olt/build/bin/diagsh"))
+    try:
+        terminal.expect(rb"olt> $")
+        terminal.type(b"enable\r")
+        terminal.expect(rb"Password: $")
+        terminal.type(b"other\r")
+        assert b"Password" not in terminal.expect(rb"olt# $")
+    finally:
+        terminal.close()
+
+
 def test_interactive_session_pages_by_the_height_of_the_window(terminal):
     terminal.expect(rb"olt> $")
     terminal.type(b"find .\r")
