@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The four monitor switches and the list of debug switches."""
 import itertools
+import re
 
 import pytest
 from calls import in_order, of
