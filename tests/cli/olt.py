@@ -22,6 +22,8 @@ CALL_SHIM = "/run/olt/build/lib/libcall_shim.so"  # as the box sees it
 SEMAPHORE_KEYS = {"board": 0x102410, "alarm": 0x102411}
 SANITIZER_REPORTS = ("AddressSanitizer", "runtime error:", "ThreadSanitizer")
 PASSWORD = "secret"
+# Environment of a daemon whose memory is measured: what it frees goes back at once, sanitized or not.
+NO_QUARANTINE = {"ASAN_OPTIONS": "detect_leaks=0:quarantine_size_mb=1:thread_local_quarantine_size_kb=64"}
 
 _numbers = itertools.count()
 _libc = ctypes.CDLL(None, use_errno=True)

@@ -5,6 +5,7 @@ import re
 from pathlib import Path
 
 import pytest
+from olt import NO_QUARANTINE
 
 BASE = {
     "device_model": "OLT8-XGS",
@@ -92,6 +93,8 @@ def test_the_record_is_fetched_once_per_command(olt):
 
 
 def test_a_thousand_json_documents_leave_no_memory_behind(olt):
+    olt.restart(env=NO_QUARANTINE)
+
     def resident_kb():
         status = Path(f"/proc/{olt.pid}/status").read_text()
         return int(re.search(r"VmRSS:\s+(\d+) kB", status)[1])
