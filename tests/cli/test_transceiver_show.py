@@ -133,6 +133,19 @@ def test_a_module_that_no_longer_answers_costs_no_other_its_values(olt):
     assert text == shown({"GPON 0/1": SINGLE + "GPON 0/1      " + END, "GPON 0/2": single("GPON 0/2", *VALUES)})
 
 
+def test_diagnostics_that_cannot_be_read_are_zero_byte_by_byte(olt):
+    plug(olt, "gpon", 1, *path())
+    try:
+        olt.boardctl("fault", "add", "i2c_read", "addr=0x51")
+        assert olt.run("show transceiver") == (
+            shown({"GPON 0/1": single("GPON 0/1", "0.000", "0.000", "0.000", "-inf", "-inf")}), SUCCESS)
+        olt.boardctl("fault", "clear")
+        olt.boardctl("fault", "add", "i2c_read", "addr=0x51", "reg=97")  # the fraction of the temperature
+        assert single("GPON 0/1", "25.000", *VALUES[1:]) in olt.run("show transceiver")[0]
+    finally:
+        olt.boardctl("fault", "clear")
+
+
 THRESHOLD_COLUMNS = "              High Alarm   High Warn    Low Warn      Low Alarm\r\n"
 THRESHOLD_RULE = "----------    -------------    ---------    ---------    ----------    ----------\r\n"
 CELSIUS = "Interface     (Celsius)        (Celsius)    (Celsius)    (Celsius)     (Celsius)\r\n"
