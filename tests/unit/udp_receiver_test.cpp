@@ -2,51 +2,12 @@
 // Sending datagrams over loopback.
 #include "udp_receiver.hpp"
 
-#include <arpa/inet.h>
-#include <sys/socket.h>
+#include "loopback.hpp"
 
 #include <cerrno>
-#include <cstring>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 using tq::UdpReceiver;
-
-namespace {
-
-// A socket on a free port of a loopback address.
-struct Listener {
-    explicit Listener(int family) : fd(socket(family, SOCK_DGRAM | SOCK_CLOEXEC, 0))
-    {
-        sockaddr_in6 v6{};
-        v6.sin6_family = AF_INET6;
-        v6.sin6_addr = in6addr_loopback;
-        sockaddr_in v4{};
-        v4.sin_family = AF_INET;
-        v4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const bool is_v6 = family == AF_INET6;
-        socklen_t size = is_v6 ? sizeof v6 : sizeof v4;
-        auto *address = is_v6 ? reinterpret_cast<sockaddr *>(&v6) : reinterpret_cast<sockaddr *>(&v4);
-        EXPECT_EQ(bind(fd, address, size), 0);
-        EXPECT_EQ(getsockname(fd, address, &size), 0);
-        port = ntohs(is_v6 ? v6.sin6_port : v4.sin_port);
-        const timeval patience{5, 0};
-        setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    }
-    ~Listener() { close(fd); }
-
-    std::string receive() const
-    {
-        char text[4096];
-        const ssize_t size = recv(fd, text, sizeof text, 0);
-        return size < 0 ? std::strerror(errno) : std::string(text, static_cast<std::size_t>(size));
-    }
-
-    int fd;
-    std::uint16_t port = 0;
-};
-
-} // namespace
 
 TEST(UdpReceiver, gets_what_is_sent_over_either_family)
 {
