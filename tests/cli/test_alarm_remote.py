@@ -3,6 +3,7 @@
 import datetime
 import re
 import socket
+import time
 
 import pytest
 from receivers import Rsyslog
@@ -220,3 +221,18 @@ def test_neither_the_store_nor_its_lock_suffers_when_sending_fails(remote):
         send(remote)
     assert recorded(remote) == 20
     assert remote.sem_value("alarm") == 1
+
+
+def test_a_neighbour_that_never_answers_keeps_nobody_waiting(fresh_olt):
+    """Packets for an address that is still being looked for queue in the kernel, and few of them."""
+    for words in ("link add out0 type veth peer name out1", "addr add 192.0.2.2/24 dev out0", "link set out0 up",
+                  "link set out1 up"):
+        fresh_olt.exec("ip", *words.split(), check=True)
+    fresh_olt.run("alarm-log alarm fan enable remote")
+    configure(fresh_olt, "ipv4", address="192.0.2.1")
+    with fresh_olt.vty() as session:
+        begin = time.monotonic()
+        for number in range(500):
+            assert session.run(f"alarm-log debug send id 0 message n{number}")[1] in (0, PEER_AWAY)
+        assert time.monotonic() - begin < 5
+    assert recorded(fresh_olt, "Fan state change") == 500
