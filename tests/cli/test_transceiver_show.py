@@ -6,7 +6,9 @@ import subprocess
 
 import pytest
 from calls import of
+from footprint import growth_kb
 from module_memory import path, plug, qsfp, words
+from olt import NO_QUARANTINE
 from vty import SUCCESS
 
 END = "\r\n"
@@ -333,3 +335,11 @@ def test_a_channel_that_cannot_be_selected_is_an_absent_module(make_olt):
     olt.faults("misc_cpld_channel_select ret=-1 errno=5 thread=main")
     assert olt.run("show transceiver") == (shown({}), SUCCESS)
     assert olt.sem_value("board") == 1
+
+
+@pytest.mark.parametrize("command", ["show transceiver", "show transceiver json"])
+def test_hundreds_of_displays_leave_no_memory_behind(make_olt, command):
+    olt = make_olt().start(env=NO_QUARANTINE)
+    plug(olt, "gpon", 1, *path(), *path(1577))
+    plug(olt, "ge", 1, qsfp())
+    assert growth_kb(olt, command, warm_up=100, times=400) < 256
