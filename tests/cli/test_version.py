@@ -91,6 +91,6 @@ def test_the_record_is_fetched_once_per_command(olt):
     assert [call.op for call in olt.trace()[before:]].count("database_dev_get_base_info") == 1
 
 
-def test_a_thousand_json_documents_leave_no_memory_behind(olt):
-    olt.restart(env=NO_QUARANTINE)
-    assert growth_kb(olt, "show version json") < 256
+def test_a_thousand_json_documents_leave_no_memory_behind(fresh_olt):
+    fresh_olt.restart(env=NO_QUARANTINE)
+    assert growth_kb(fresh_olt, "show version json") < 256
