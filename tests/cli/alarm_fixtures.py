@@ -19,6 +19,8 @@ DATABASE = [
     "LIBYANG_EXTENSIONS_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/extensions",
     "LIBYANG_USER_TYPES_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/user_types",
 ]
+# For a program that loads the platform's libraries and is not sanitized itself.
+SANITIZED = ["LD_PRELOAD=" + ":".join(sanitizer_runtime()), "ASAN_OPTIONS=detect_leaks=0"]
 PEER = Path(__file__).with_name("store_peer.py")
 
 
@@ -38,8 +40,7 @@ def store(olt):
 
 def peer_command(*words):
     """The command line of store_peer.py, inside the box."""
-    variables = [*DATABASE, "LD_PRELOAD=" + ":".join(sanitizer_runtime()), "ASAN_OPTIONS=detect_leaks=0"]
-    return ["env", *variables, "/usr/bin/python3", PEER, LIBRARIES, *words]
+    return ["env", *DATABASE, *SANITIZED, "/usr/bin/python3", PEER, LIBRARIES, *words]
 
 
 class Peer:

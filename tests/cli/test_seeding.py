@@ -3,7 +3,7 @@
 import re
 
 import pytest
-from alarm_fixtures import LIBRARIES, catalogue, edit_database  # noqa: F401
+from alarm_fixtures import LIBRARIES, SANITIZED, catalogue, edit_database  # noqa: F401
 from alarm_words import ACTIONS
 from calls import of
 from olt import wait_until
@@ -125,7 +125,8 @@ def failing(make_olt):
         return calls, re.findall("^set alarm log .*", olt.stderr()[said:], re.M)
 
     def text(code):
-        done = olt.exec("/usr/bin/python3", "-c", "import ctypes; api = ctypes.CDLL('" + LIBRARIES + "/libtqapi.so');"
+        done = olt.exec("env", *SANITIZED, "/usr/bin/python3", "-c",
+                        "import ctypes; api = ctypes.CDLL('" + LIBRARIES + "/libtqapi.so');"
                         f"api.tq_strerror.restype = ctypes.c_char_p; print(api.tq_strerror({code}).decode())", check=True)
         return done.stdout.strip()
 

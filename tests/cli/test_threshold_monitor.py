@@ -7,7 +7,7 @@ import pytest
 from alarm_fixtures import store  # noqa: F401
 from calls import of
 from module_memory import path, plug, qsfp
-from olt import wait_until
+from olt import NO_QUARANTINE, wait_until
 from proc_files import bound, busy, meminfo, stat_line
 from threshold_fixtures import (ACTIONS, ARM, BOARD_ALARMS, FETCH, MONITOR, PON_ALARMS, a_pass, at_rest,  # noqa: F401
                                 olt, reported, set_temperature, start_hurried, store_thresholds, watch)
@@ -479,7 +479,7 @@ def test_passes_come_three_seconds_after_the_end_of_the_one_before(make_olt):
 
 @pytest.mark.slow
 def test_many_passes_leave_nothing_behind(make_olt):
-    own = start_hurried(make_olt(), ms=1)
+    own = start_hurried(make_olt(), ms=1, env=NO_QUARANTINE)
     store_thresholds(own, **{name: (2, 1) for name in BOARD_ALARMS})
     watch(own, "temp-high")
     plug(own, "gpon", 1, *path())

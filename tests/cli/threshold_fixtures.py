@@ -18,11 +18,11 @@ OPTICAL_NAMES = ["tx_power_high", "tx_power_low", "tx_bias_high", "tx_bias_low",
 ACTIONS = ["print", "record", "trap", "remote"]
 
 
-def start_hurried(olt, ms=20):
+def start_hurried(olt, ms=20, env=None):
     """Starts the daemon traced, open to faults, its monitor's timer hurried."""
     olt.faults()
     olt.reported_to = 0
-    return olt.start(trace=True, env={"CALL_SHIM_TIMER": f"{MONITOR}={ms}"})
+    return olt.start(trace=True, env={"CALL_SHIM_TIMER": f"{MONITOR}={ms}", **(env or {})})
 
 
 @pytest.fixture(scope="module")
