@@ -150,11 +150,12 @@ private:
         if (m_password.empty())
             return;
         m_seen += text;
-        if (!m_seen.ends_with(password_prompt))
+        if (m_seen.size() > password_prompt.size())
+            m_seen.erase(0, m_seen.size() - password_prompt.size()); // the prompt may come in pieces
+        if (m_seen != password_prompt)
             return;
         replies += encode_typed(m_password) + "\r";
         m_password.clear();
-        m_seen.clear();
     }
 
     bool on_typed()
@@ -164,6 +165,8 @@ private:
         if (got <= 0)
             return got < 0 && errno == EINTR;
         const std::string_view typed(chunk.data(), static_cast<std::size_t>(got));
+        // Whoever types is past the sign-in: a later prompt asks for another password, that of "enable".
+        m_password.clear();
         return typed.find(leave_key) == std::string_view::npos &&
                write_all(m_socket.get(), encode_typed(typed));
     }
@@ -171,7 +174,7 @@ private:
     diagd::UniqueFd m_socket;
     diagd::UniqueFd m_signals;
     std::string m_password;
-    std::string m_seen; // text so far, until the password prompt came
+    std::string m_seen; // end of the text so far, as long as the prompt
     TelnetDecoder m_decoder;
 };
 

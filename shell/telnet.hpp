@@ -7,9 +7,9 @@
 namespace diagsh {
 
 // Connects to the vty on this machine's port 2709 and passes it through until either side ends.  Line
-// editing, completion and `?` are the vty's own.  When the vty asks for the password and `password` is not
-// empty, it is given once; after that the person is asked.  Control-] leaves at once.  Throws Failure when no
-// daemon answers.
+// editing, completion and `?` are the vty's own.  When the vty asks for the password before the person has
+// typed anything, and `password` is not empty, it is given once; after that the person is asked.  Control-]
+// leaves at once.  Throws Failure when no daemon answers.
 void run_interactive(const std::string &password);
 
 } // namespace diagsh

@@ -23,7 +23,7 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
 SOURCES = ("diagd", "platform", "sim", "shell")
 PURE = re.compile(r"(^|/)decode/|_(policy|judge|parser)\.[ch]pp$")
 FRR_DOOR = "diagd/core/frr.hpp"
-SHARED = {"diagd/core/unique_fd.hpp"}
+SHARED = {"diagd/core/unique_fd.hpp", "diagd/core/utf8.hpp"}
 
 # Headers of the operating system; a name without a dot is the C++ library's.
 SYSTEM_FOLDERS = ("sys/", "linux/", "net/", "netinet/", "arpa/", "asm/")

@@ -2,6 +2,7 @@
 // The print action: an alarm goes to the log of the process that raised it.  The calling thread must be one
 // that libfrr knows.
 #include "alarm.hpp"
+#include "syslog_severity.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
 
@@ -9,24 +10,12 @@
 
 #include <log.h>
 
-#include <array>
-#include <cstdio>
-
 namespace tq {
-
-namespace {
-
-// Alarm levels rise with severity, those of syslog fall, and syslog has no "major".
-constexpr std::array<int, TQ_ALARM_LEVEL_COUNT> syslog_priority = {
-    LOG_DEBUG, LOG_INFO, LOG_NOTICE, LOG_WARNING, LOG_ERR, LOG_CRIT, LOG_ALERT, LOG_EMERG,
-};
-
-} // namespace
 
 int print_alarm(const Alarm &alarm) noexcept
 {
     const char *level = tq_alarm_log_level[alarm.level];
-    const int priority = syslog_priority[alarm.level];
+    const int priority = syslog_severity[alarm.level];
     if (alarm.id < TQ_ALARM_COUNT) {
         const tq_alarm_info_t &info = tq_alarm_log_info[alarm.id];
         zlog(priority, "%s %s (%s): %s", tq_alarm_log_class[info.class_], info.name, level, alarm.message);

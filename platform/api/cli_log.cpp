@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Raising an alarm: its text is made once and goes through every action that is switched on for it.
-// Failure policy: an action that fails is reported and never keeps the others from being taken.
+// Failure policy: an action that fails is reported and never keeps the others from being taken.  What stays
+// in the box comes first.
 #include "alarm.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
@@ -20,6 +21,8 @@ struct Action {
 constexpr std::array actions = {
     Action{TQ_ACTION_RECORD, tq::record_alarm},
     Action{TQ_ACTION_PRINT, tq::print_alarm},
+    Action{TQ_ACTION_REMOTE, tq::remote_alarm},
+    Action{TQ_ACTION_TRAP, tq::trap_alarm},
 };
 
 int raise_alarm(tq_database_t *db, const tq_alarm_req_t *request, const char *message) noexcept
@@ -27,9 +30,11 @@ int raise_alarm(tq_database_t *db, const tq_alarm_req_t *request, const char *me
     if (!request)
         return TQ_ERR_INVALID;
     const tq::AlarmSettings settings = tq::alarm_settings(request->alarm_id, db);
-    tq::Alarm alarm{request->alarm_id, settings.level, {}, message};
-    const time_t now = time(nullptr);
-    localtime_r(&now, &alarm.time);
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tq::Alarm alarm{
+        request->alarm_id, settings.level, {}, message, static_cast<int>(now.tv_nsec / 1000), *request, db};
+    localtime_r(&now.tv_sec, &alarm.time);
 
     int result = TQ_OK;
     for (const Action &action : actions) {

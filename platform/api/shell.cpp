@@ -155,6 +155,7 @@ int run_for_vty(struct vty *vty, const char *line) noexcept
     // Without it (an old kernel) the wait ends with the last holder of the outputs.
     const board::Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     copy_output(vty, from.get(), process.get());
+    from.reset(); // whoever still prints must not wait for a reader
     return wait_for(pid);
 }
 

@@ -41,6 +41,16 @@ bool Mirror::is_set(Slot slot) const
     return values_[slot].has_value();
 }
 
+Changes Mirror::values() const
+{
+    const std::lock_guard lock(mutex_);
+    Changes values;
+    for (Slot slot = 0; slot < slot_count; ++slot)
+        if (values_[slot])
+            values[slot] = values_[slot];
+    return values;
+}
+
 void Mirror::drop_unchanged(Changes &changes) const
 {
     const std::lock_guard lock(mutex_);

@@ -26,6 +26,7 @@ public:
     // Puts the value into a caller's buffer as to_caller() does.  TQ_ERR_NOT_FOUND: not set.
     int read(Slot slot, void *buffer, int *len) const;
     bool is_set(Slot slot) const;
+    Changes values() const; // all that are set
     // Takes out of `changes` what is so already.
     void drop_unchanged(Changes &changes) const;
 

@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Subscriptions of a Repository and the thread that takes their notices.
 #include "repository.hpp"
+#include "thread.hpp"
 #include "tq_errno.h"
 
 #include <libyang/libyang.h>
 #include <poll.h>
-#include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <csignal>
 #include <cstring>
-#include <system_error>
 
 namespace tq::db {
 
@@ -43,13 +41,34 @@ const char *Repository::callback_xpath()
 Repository::~Repository()
 {
     const Turn turn(turn_, apply_timeout);
-    if (thread_.joinable()) {
-        eventfd_write(stop_.get(), 1);
-        thread_.join();
+    if (stop_thread())
         // A notice that is left untaken makes the next writer wait in vain.
         take_notices();
-    }
+    if (!subscription_)
+        return;
+    // Without its data files sysrepo cannot end a subscription, and keeps what belongs to it.
+    const auto put_back = SharedState::put_back(data_);
     subscription_.reset();
+    for (const std::string &file : put_back)
+        ::unlink(file.c_str());
+}
+
+bool Repository::stop_thread()
+{
+    if (!thread_.joinable())
+        return false;
+    eventfd_write(stop_.get(), 1);
+    thread_.join();
+    return true;
+}
+
+void Repository::abandon()
+{
+    stop_thread();
+    static_cast<void>(subscription_.release());
+    static_cast<void>(listener_.release());
+    static_cast<void>(session_.release());
+    static_cast<void>(connection_.release());
 }
 
 // All subscriptions share one context, so one pipe and one taker serve them.
@@ -157,9 +176,8 @@ void Repository::on_done(sr_session_ctx_t *session, Watched &watched, std::uint3
     mirror_.update(std::move(changes));
 }
 
-int Repository::load_all()
+int Repository::read_all(Changes &values)
 {
-    Changes values;
     for (const Watched &watched : watched_) {
         const std::string everything = std::string("/") + watched.module + ":*";
         lyd_node *raw = nullptr;
@@ -179,14 +197,22 @@ int Repository::load_all()
             }
         }
     }
-    mirror_.load(std::move(values));
     return TQ_OK;
 }
 
-void Repository::reload()
+int Repository::load_all()
+{
+    Changes values;
+    const int code = read_all(values);
+    if (code == TQ_OK)
+        mirror_.load(std::move(values));
+    return code;
+}
+
+int Repository::reload()
 {
     const std::lock_guard lock(notices_);
-    load_all();
+    return load_all();
 }
 
 void Repository::take_notices()
@@ -203,18 +229,7 @@ int Repository::start_thread()
         return TQ_ERR;
     if (!stop_.take(eventfd(0, EFD_CLOEXEC)))
         return TQ_ERR_NO_MEMORY;
-    sigset_t all, before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    int code = TQ_OK;
-    try {
-        thread_ = std::thread(&Repository::run, this);
-        pthread_setname_np(thread_.native_handle(), "tq_database");
-    } catch (const std::system_error &) {
-        code = TQ_ERR_NO_MEMORY;
-    }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return code;
+    return db::start_thread(thread_, "tq_database", [this] { run(); });
 }
 
 void Repository::run() noexcept
@@ -224,6 +239,8 @@ void Repository::run() noexcept
         if (::poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR)
             return;
         if (fds[1].revents != 0 || (fds[0].revents & (POLLERR | POLLNVAL)) != 0)
+            return;
+        if (basis_->is_broken()) // the keeper of the database sees to it
             return;
         take_notices();
     }

@@ -1,15 +1,29 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// sysrepo makes its files, pipes and shared memory with the identity of whoever needs them first.  A daemon
-// connects as root and lives on as the user who owns the repository, so root connects as that user.
+// Identities of a thread.  sysrepo makes its files, pipes and shared memory with the identity of whoever
+// needs them first.  A daemon connects as root and lives on as the user who owns the repository, so root
+// connects as that user.
+//
+// The functions of the C library change the ids of all threads, also of one that just then needs to be root;
+// the system calls change the caller's only.
 #pragma once
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace tq::db {
 
-// While it lives, a process of root acts as the owner of `folder`; any other process stays what it is.
-// Effective ids are the whole process's: to be used before there are other threads that mind.
+inline bool set_thread_uid(uid_t uid)
+{
+    return ::syscall(SYS_setresuid, -1, uid, -1) == 0;
+}
+
+inline bool set_thread_gid(gid_t gid)
+{
+    return ::syscall(SYS_setresgid, -1, gid, -1) == 0;
+}
+
+// While it lives, a thread of root's acts as the owner of `folder`; any other stays what it is.
 class OwnerIdentity {
 public:
     explicit OwnerIdentity(const char *folder)
@@ -18,16 +32,16 @@ public:
         if (uid_ != 0 || ::stat(folder, &status) != 0 || status.st_uid == 0)
             return;
         // the group first: the user has no right to change it
-        is_group_changed_ = ::setegid(status.st_gid) == 0;
-        is_user_changed_ = ::seteuid(status.st_uid) == 0;
+        is_group_changed_ = set_thread_gid(status.st_gid);
+        is_user_changed_ = set_thread_uid(status.st_uid);
     }
     ~OwnerIdentity()
     {
         // Both only go back to ids that the process still has, real or saved.
-        if (is_user_changed_ && ::seteuid(uid_) != 0)
-            return;
-        if (is_group_changed_ && ::setegid(gid_) != 0)
-            return;
+        if (is_user_changed_)
+            set_thread_uid(uid_);
+        if (is_group_changed_)
+            set_thread_gid(gid_);
     }
     OwnerIdentity(const OwnerIdentity &) = delete;
     OwnerIdentity &operator=(const OwnerIdentity &) = delete;
@@ -37,6 +51,24 @@ private:
     gid_t gid_ = ::getegid();
     bool is_group_changed_ = false;
     bool is_user_changed_ = false;
+};
+
+// Makes the thread root's while it lives, where the process was started as that.
+class RootIdentity {
+public:
+    RootIdentity() { is_root_ = uid_ == 0 || set_thread_uid(0); }
+    ~RootIdentity()
+    {
+        if (is_root_ && uid_ != 0)
+            set_thread_uid(uid_);
+    }
+    RootIdentity(const RootIdentity &) = delete;
+    RootIdentity &operator=(const RootIdentity &) = delete;
+    explicit operator bool() const { return is_root_; }
+
+private:
+    uid_t uid_ = ::geteuid();
+    bool is_root_ = false;
 };
 
 } // namespace tq::db

@@ -3,7 +3,6 @@
 #include "repository.hpp"
 
 #include "owner_identity.hpp"
-#include "shared_state.hpp"
 #include "tq_errno.h"
 
 #include <fcntl.h>
@@ -18,8 +17,7 @@
 namespace tq::db {
 
 namespace {
-constexpr const char *alarm_module = "olt-alarm-log";
-constexpr const char *ntp_module = "olt-ntp";
+constexpr const char *alarm_module = our_modules.front();
 
 // sysrepo's shared memory is mapped and grows: with the file system full, touching it would kill the process
 // with SIGBUS.  Far more than one transaction needs is asked for first.
@@ -47,52 +45,90 @@ int owned(Owner &owner, Start start)
 
 Repository::Repository(Mirror &mirror) : mirror_(mirror) {}
 
-int Repository::open(Mirror &mirror, std::unique_ptr<Repository> &opened)
+bool Repository::is_alone()
+{
+    return SharedState(sr_get_repo_path()).is_unused();
+}
+
+int Repository::open(Mirror &mirror, Trust trust, std::unique_ptr<Repository> &opened)
 {
     // Connecting makes an empty repository where there is none: what is not there is to be set up, not
     // guessed.
-    const std::string modules = std::string(sr_get_repo_path()) + "/yang";
-    if (::access(modules.c_str(), F_OK) != 0)
-        return errno == EACCES ? TQ_ERR_ACCESS : TQ_ERR_NO_DB;
+    for (const char *folder : {"/yang", "/data"})
+        if (::access((sr_get_repo_path() + std::string(folder)).c_str(), F_OK) != 0)
+            return errno == EACCES ? TQ_ERR_ACCESS : TQ_ERR_NO_DB;
     if (is_shared_memory_full())
         return TQ_ERR_NO_SPACE;
 
     SharedState state(sr_get_repo_path());
     state.repair_permissions();
-    if (state.has_dead_subscriber() && state.is_unused())
-        state.remove();
-    int code = open_with(mirror, state, opened);
+    if (state.is_absent() || trust == Trust::none ||
+        ((trust == Trust::stuck || state.has_dead_subscriber()) && state.is_unused()))
+        state.remove(); // of an absent one there may be parts
+    bool is_lost = false;
+    int code = open_with(mirror, state, is_lost, opened);
     if (code == TQ_ERR_TIMEOUT && state.is_unused()) {
         state.remove();
-        code = open_with(mirror, state, opened);
+        code = open_with(mirror, state, is_lost, opened);
     }
+    // With the process's own identity: the C library ends a process whose threads do not change theirs alike.
+    if (code == TQ_OK && (code = opened->start_thread()) == TQ_OK)
+        code = opened->agree(is_lost);
+    if (code != TQ_OK)
+        opened.reset();
     return code;
 }
 
-int Repository::open_with(Mirror &mirror, const SharedState &state, std::unique_ptr<Repository> &opened)
+int Repository::open_with(Mirror &mirror, const SharedState &state, bool &is_lost,
+                          std::unique_ptr<Repository> &opened)
 {
     const OwnerIdentity owner(sr_get_repo_path());
     std::unique_ptr<Repository> repository(new Repository(mirror));
+    is_lost = state.is_absent() && !state.is_restored();
     int code = repository->connect();
     if (code != TQ_OK)
         return code;
     state.restore();
-    for (const char *module : {alarm_module, ntp_module})
+    state.repair_permissions();
+    is_lost = is_lost || state.has_lost_running();
+    state.replace_lost_running();
+    repository->basis_.emplace(state);
+    repository->data_ = state.data();
+    for (const char *module : our_modules)
         if (code == TQ_OK)
             code = repository->watch(module);
+    Changes values;
     if (code == TQ_OK)
-        code = repository->load_all();
+        code = repository->read_all(values);
     if (state.is_restored() && (code != TQ_OK || !repository->is_consistent())) {
         state.restore_startup();
-        code = repository->load_all();
+        is_lost = true;
+        code = repository->read_all(values = {});
     }
     if (code == TQ_OK)
         code = repository->open_locks();
     if (code == TQ_OK)
-        code = repository->start_thread();
-    if (code == TQ_OK)
         opened = std::move(repository);
     return code;
+}
+
+// Until the database has what it lost, getters go on answering with it.
+int Repository::agree(bool is_lost)
+{
+    Changes values;
+    {
+        const std::lock_guard lock(notices_);
+        if (const int code = read_all(values); code != TQ_OK)
+            return code;
+    }
+    Changes missing = mirror_.values();
+    for (const auto &[slot, value] : values)
+        if (!is_lost)
+            missing.erase(slot);
+        else
+            missing.try_emplace(slot, std::nullopt);
+    const int code = missing.empty() ? TQ_OK : apply(missing);
+    return code == TQ_OK || code == TQ_ERR_INVALID ? reload() : code;
 }
 
 int Repository::connect()

@@ -10,9 +10,11 @@
 // everything is read anew.
 #pragma once
 
+#include "basis.hpp"
 #include "file_lock.hpp"
 #include "mirror.hpp"
 #include "settings.hpp"
+#include "shared_state.hpp"
 #include "sr_error.hpp"
 #include "tq_database.h"
 
@@ -20,11 +22,17 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace tq::db {
 
-class SharedState;
+// What is known of the shared state before connecting to it.
+enum class Trust {
+    usual,
+    stuck, // a lock was seen whose holder must have died: to be made anew when nobody else is connected
+    none,  // cut to pieces: to be made anew in any case
+};
 
 inline constexpr std::chrono::milliseconds apply_timeout{2000}; // for each callback of other programs
 inline constexpr std::chrono::milliseconds read_timeout{2000};
@@ -45,10 +53,18 @@ using Subscription = std::unique_ptr<sr_subscription_ctx_t, UnsubscribeDeleter>;
 
 class Repository {
 public:
-    // Connects, fills `mirror` and keeps it current.  TQ_ERR_NO_DB: no repository, or one without our
-    // modules.
-    static int open(Mirror &mirror, std::unique_ptr<Repository> &opened);
+    // Connects, makes `mirror` and the database agree, and keeps the former current.  What the database lacks
+    // of the mirror it is given; otherwise it is what counts, unless the running configuration was lost.
+    // TQ_ERR_NO_DB: no repository, or one without our modules.
+    static int open(Mirror &mirror, Trust trust, std::unique_ptr<Repository> &opened);
     ~Repository();
+    // Takes no leave and gives nothing back but the thread: for a shared state that must not be touched, or
+    // whose locks nobody will release.
+    void abandon();
+
+    Standing standing(int &code) const { return basis_->look(code); }
+    // Nobody else is connected, see SharedState.
+    static bool is_alone();
     Repository(const Repository &) = delete;
     Repository &operator=(const Repository &) = delete;
 
@@ -60,6 +76,8 @@ public:
 
     // Takes the notices that are waiting, so that the mirror is not behind anything committed before.
     void take_notices();
+    // Reads everything anew.
+    int reload();
 
     // The calling thread is taking notices: inside a change callback the database must not be changed.
     static bool is_in_callback();
@@ -83,7 +101,8 @@ private:
     };
 
     explicit Repository(Mirror &mirror);
-    static int open_with(Mirror &mirror, const SharedState &state, std::unique_ptr<Repository> &opened);
+    static int open_with(Mirror &mirror, const SharedState &state, bool &is_lost,
+                         std::unique_ptr<Repository> &opened);
     int connect();
     static void forget_the_dead();
     int open_locks();
@@ -95,10 +114,14 @@ private:
     int add_subscription(Subscribe subscribe);
     void on_done(sr_session_ctx_t *session, Watched &watched, std::uint32_t request);
     void add_leaf(const lyd_node *node, bool is_deleted, Changes &changes) const;
-    int load_all(); // with notices_ held
-    void reload();
+    int read_all(Changes &values); // with notices_ held, like the next
+    int load_all();
+    int agree(bool is_lost);
+    bool stop_thread(); // whether there was one
 
     Mirror &mirror_;
+    std::optional<Basis> basis_; // once connected
+    SharedState::Data data_;     // at that time
     std::array<lys_node *, settings.size()> schema_{};
     std::deque<Watched> watched_;     // addresses stay
     std::deque<tq_db_entry> entries_; // of the callers' subscriptions; addresses stay

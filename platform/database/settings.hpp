@@ -56,6 +56,7 @@ struct Setting {
     Unset unset = Unset::fails;
 };
 
+inline constexpr std::array our_modules{"olt-alarm-log", "olt-ntp"};
 inline constexpr const char *alarm_list = "/olt-alarm-log:alarm-log/alarm";
 
 // clang-format off

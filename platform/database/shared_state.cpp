@@ -3,11 +3,15 @@
 // Failure policy: what cannot be repaired stays; connecting then fails as it would have failed without.
 #include "shared_state.hpp"
 
+#include "owner_identity.hpp"
+#include "settings.hpp"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
@@ -74,6 +78,67 @@ std::string SharedState::shared(const char *suffix) const
     return std::string(shared_memory) + "/" + prefix_ + suffix;
 }
 
+std::string SharedState::running_of(const char *module) const
+{
+    return shared("_") + module + ".running";
+}
+
+bool SharedState::is_absent() const
+{
+    return ::access(shared("_main").c_str(), F_OK) != 0 && errno == ENOENT;
+}
+
+bool SharedState::is_running_lost(const char *module) const
+{
+    return ::access(running_of(module).c_str(), F_OK) != 0 && errno == ENOENT;
+}
+
+bool SharedState::has_lost_running() const
+{
+    return std::any_of(our_modules.begin(), our_modules.end(),
+                       [this](const char *module) { return is_running_lost(module); });
+}
+
+void SharedState::replace_lost_running() const
+{
+    for (const char *module : our_modules)
+        if (is_running_lost(module))
+            put_startup(module);
+}
+
+SharedState::Data SharedState::data() const
+{
+    Data data;
+    for (const char *module : our_modules)
+        for (const char *datastore : {".running", ".operational"}) {
+            const std::string path = shared("_") + module + datastore;
+            if (::access(path.c_str(), R_OK) == 0)
+                data[path] = content_of(path);
+        }
+    return data;
+}
+
+std::vector<std::string> SharedState::put_back(const Data &data)
+{
+    std::vector<std::string> made;
+    for (const auto &[path, content] : data)
+        if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT) {
+            put(path, content);
+            made.push_back(path);
+        }
+    return made;
+}
+
+void SharedState::put_startup(const std::string &module) const
+{
+    const std::string from = repository_ + "/data/" + module + startup_suffix;
+    const std::string to = running_of(module.c_str());
+    put(to, content_of(from));
+    struct stat startup {};
+    if (::stat(from.c_str(), &startup) == 0)
+        ::chmod(to.c_str(), startup.st_mode & ACCESSPERMS);
+}
+
 void SharedState::repair_permissions() const
 {
     for_each_file(repository_ + "/data", "", [this](const fs::path &file) {
@@ -104,11 +169,16 @@ bool SharedState::has_dead_subscriber() const
 
 bool SharedState::is_unused() const
 {
+    const RootIdentity root;
     struct stat main_state {};
-    if (::geteuid() != 0 || ::stat(shared("_main").c_str(), &main_state) != 0)
+    if (!root || ::stat(shared("_main").c_str(), &main_state) != 0)
         return false;
+    const std::string own = std::to_string(::getpid());
     std::error_code error;
     for (fs::directory_iterator entry("/proc", error), end; !error && entry != end; entry.increment(error)) {
+        const std::string process = entry->path().filename();
+        if (process == own || process.find_first_not_of("0123456789") != process.npos)
+            continue;
         std::ifstream maps(entry->path() / "maps");
         for (std::string line; std::getline(maps, line);)
             if (is_mapping_of(line, main_state))
@@ -145,8 +215,8 @@ void SharedState::restore() const
 
 void SharedState::restore_startup() const
 {
-    for (const auto &[module, content] : running_)
-        put(shared("_") + module + ".running", content_of(repository_ + "/data/" + module + startup_suffix));
+    for (const auto &entry : running_)
+        put_startup(entry.first);
 }
 
 } // namespace tq::db

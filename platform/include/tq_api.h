@@ -67,7 +67,8 @@ int get_alarm_id_by_name(const char *name);
 /* Level of the flash file: 0..7, 8 when none is set, -1 on error. */
 int get_flash_level_from_database(tq_database_t *db);
 /* Files an alarm: acts on its print, record, trap and remote switches.  Takes alarm_log_sem_id itself; the
- * thread must be one that libfrr knows.  A record keeps the first 127 characters of the message.  An id that
+ * thread must be one that libfrr knows.  Nothing waits for the network: what cannot leave at once is an error,
+ * and said in the log when that begins and ends.  A record keeps the first 127 characters of the message.  An id that
  * the catalogue does not have is recorded and printed at level info. 0, or a platform error code when an
  * action failed; one failed action never keeps the others. */
 int cli_log(tq_database_t *db, tq_alarm_req_t *req, const char *fmt, ...)

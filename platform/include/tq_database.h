@@ -2,6 +2,19 @@
 /*
  * libtqdatabase: the configuration database, kept by sysrepo.  Every call answers in bounded time: a
  * database that is absent, locked or full gives an error code.
+ *
+ * A database that goes away while it is open (its repository moved or forbidden, its shared state removed,
+ * replaced, cut, or left locked by a program that died) is connected to again, at the next change that is
+ * asked for or within two seconds.  Meanwhile
+ *   - getters and the XML texts answer with the values last known;
+ *   - whatever changes, locks or subscribes gives TQ_ERR_NO_DB, or TQ_ERR_ACCESS, at once; TQ_ERR_TIMEOUT
+ *     after at most 2.5 seconds when sysrepo does not answer.  Such a change may come through later, and then
+ *     shows; one that was refused does not.
+ * Once it is back, subscriptions and the sessions of operators are there again.  A new shared state is given
+ * the values last known, but for those that somebody has set in it already.  A change callback hears nothing
+ * of what was changed meanwhile.
+ *
+ * Beyond help: shared memory that somebody writes garbage into, as sysrepo follows pointers that lie there.
  */
 #ifndef TQ_DATABASE_H
 #define TQ_DATABASE_H
@@ -27,7 +40,7 @@ int db_connect_init_with_vty(struct vty *vty, tq_database_t *db); /* non-zero = 
 int db_disconnect_free_with_vty(struct vty *vty, tq_database_t *db);
 
 /* Subscriptions, in sysrepo's manner.  A callback runs on a thread of the database library: it must not log.
- */
+ * The tables must last until database_disconnect. */
 typedef int (*tq_db_change_cb)(void *session, const char *module, const char *xpath, int event /*1 = change*/,
                                uint32_t request, void *priv);
 typedef int (*tq_db_get_cb)(void *session, const char *module, const char *xpath, uint32_t request,

@@ -11,7 +11,7 @@ from pathlib import Path
 import pytest
 from alarm_store import AlarmStore
 from calls import of, read_trace
-from olt import DEADLINE_S
+from olt import DEADLINE_S, sanitizer_runtime
 
 LIBRARIES = "/run/olt/build/lib"
 DATABASE = [
@@ -19,6 +19,8 @@ DATABASE = [
     "LIBYANG_EXTENSIONS_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/extensions",
     "LIBYANG_USER_TYPES_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/user_types",
 ]
+# For a program that loads the platform's libraries and is not sanitized itself.
+SANITIZED = ["LD_PRELOAD=" + ":".join(sanitizer_runtime()), "ASAN_OPTIONS=detect_leaks=0"]
 PEER = Path(__file__).with_name("store_peer.py")
 
 
@@ -36,13 +38,18 @@ def store(olt):
     the_store.close()
 
 
+def peer_command(*words):
+    """The command line of store_peer.py, inside the box."""
+    return ["env", *DATABASE, *SANITIZED, "/usr/bin/python3", PEER, LIBRARIES, *words]
+
+
 class Peer:
     """A process of the box beside the daemon, see store_peer.py; killed when the test leaves it."""
 
     def __init__(self, olt, *words):
         self._buffer = b""
         with open(olt.state / "log" / "peer", "ab") as errors:  # alarms are printed there, too
-            self._process = subprocess.Popen(olt.inside("env", *DATABASE, "/usr/bin/python3", PEER, LIBRARIES, *words),
+            self._process = subprocess.Popen(olt.inside(*peer_command(*words)),
                                              stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors)
         os.set_blocking(self._process.stdout.fileno(), False)
 
@@ -116,7 +123,7 @@ def peer(olt):
 @pytest.fixture(scope="module")
 def describe(olt):
     """The catalogue's description of an alarm, read from the platform library."""
-    done = olt.exec("/usr/bin/python3", PEER, LIBRARIES, "describe", *map(str, range(106)), check=True)
+    done = olt.exec(*peer_command("describe", *map(str, range(106))), check=True)
     descriptions = done.stdout.split("\n")[:106]
     return lambda alarm_id: descriptions[alarm_id]
 
@@ -124,7 +131,7 @@ def describe(olt):
 @pytest.fixture(scope="module")
 def catalogue(olt):
     """The alarm catalogue, an entry (see store_peer.py) for each id, read from the platform library."""
-    done = olt.exec("python3", PEER, LIBRARIES, "catalogue", check=True)
+    done = olt.exec(*peer_command("catalogue"), check=True)
     return [json.loads(line) for line in done.stdout.splitlines()]
 
 

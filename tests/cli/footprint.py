@@ -1,7 +1,28 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """What a daemon holds when nothing runs: to be taken before something trying, and checked after it."""
 
+import re
+from pathlib import Path
+
 from olt import wait_until
+
+
+def growth_kb(olt, command, warm_up=300, times=1000):
+    """By how much the resident memory grows while a command runs again and again, once it has run for a while.
+    Under a sanitizer the daemon must have been started with NO_QUARANTINE."""
+
+    def resident_kb():
+        return int(re.search(r"VmRSS:\s+(\d+) kB", Path(f"/proc/{olt.pid}/status").read_text())[1])
+
+    def repeat(session, count):
+        for _ in range(count):
+            assert session.run(command)[1] == 0
+
+    with olt.vty() as session:
+        repeat(session, warm_up)
+        before = resident_kb()
+        repeat(session, times)
+        return resident_kb() - before
 
 
 class Footprint:

@@ -19,9 +19,12 @@ BUILD = PROJECT / "build" / os.environ.get("DIAGD_PRESET", "release")
 BOX = PROJECT / "sim" / "box"
 OLT = PROJECT / "sim" / "olt"
 CALL_SHIM = "/run/olt/build/lib/libcall_shim.so"  # as the box sees it
+LEAK_CHECK = "/run/olt/build/lib/libleak_check.so"
 SEMAPHORE_KEYS = {"board": 0x102410, "alarm": 0x102411}
 SANITIZER_REPORTS = ("AddressSanitizer", "runtime error:", "ThreadSanitizer")
 PASSWORD = "secret"
+# Environment of a daemon whose memory is measured: what it frees goes back at once, sanitized or not.
+NO_QUARANTINE = {"ASAN_OPTIONS": "detect_leaks=1:quarantine_size_mb=0:thread_local_quarantine_size_kb=0"}
 
 _numbers = itertools.count()
 _libc = ctypes.CDLL(None, use_errno=True)
@@ -89,10 +92,13 @@ class Olt:
         """Starts the daemon.  arguments: its command line; env: added to its environment; preload: libraries;
         trace: record its calls of the platform, of libfrr and of libc."""
         assert not self.daemon, "the daemon runs already"
-        libraries = [*sanitizer_runtime(), *map(str, preload), *([CALL_SHIM] if trace else [])]
+        leak_check = [LEAK_CHECK] if BUILD.name == "asan" else []
+        libraries = [*sanitizer_runtime(), *leak_check, *map(str, preload), *([CALL_SHIM] if trace else [])]
         variables = {"OLT_PRELOAD": ":".join(libraries)}
-        variables["ASAN_OPTIONS"] = "detect_leaks=0"
+        variables["ASAN_OPTIONS"] = "detect_leaks=1"
         variables["UBSAN_OPTIONS"] = "print_stacktrace=1"
+        # Its search for deadlocks gives up on sysrepo's many locks in shared memory.
+        variables["TSAN_OPTIONS"] = f"detect_deadlocks=0:suppressions={PROJECT}/tests/unit/database/tsan.supp"
         if trace:
             self.trace_path.unlink(missing_ok=True)
             variables["TQ_TRACE"] = "/var/log/trace"

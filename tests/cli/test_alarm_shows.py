@@ -3,7 +3,7 @@
 import pytest
 from alarm_fixtures import calls_of, catalogue, edit_database, olt  # noqa: F401
 from alarm_words import ACTIONS, LEVELS
-from olt import wait_until
+from olt import NO_QUARANTINE, wait_until
 
 HEADER = ("id   name                      description                    level      type       class    print    record   "
           "trap     remote  \n")
@@ -173,6 +173,7 @@ def test_other_groups_are_refused(olt, words):
 
 
 def test_showing_leaks_nothing(olt, configured):
+    olt.restart(env=NO_QUARANTINE)
     descriptors = len(olt.fds())
     with olt.vty() as session:
         for _ in range(200):

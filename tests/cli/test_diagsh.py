@@ -64,6 +64,7 @@ def test_ambiguous_and_incomplete_commands_have_their_statuses(olt):
 
 
 def test_first_failure_ends_the_run(olt):
+    assert olt.run("fan monitor", "diagnose") == ("", 0)
     done = diagsh(olt, "-c", "show version", "-c", "nonsense", "-c", "diagnose", "-c", "no fan monitor")
     assert done.returncode == 2 and done.stdout != b""
     assert "FAN Monitor         : Enable" in olt.run("show diag monitor", "diagnose")[0]
@@ -205,6 +206,22 @@ def test_interactive_session_signs_in_and_edits_lines(terminal):
     terminal.expect(rb"olt# $")
     terminal.type(b"exit\r")
     assert terminal.end() == (0, True)
+
+
+def test_vty_password_is_not_given_for_another(fresh_olt):
+    """Without a sign-in the first prompt for a password is that of `enable`, which is the person's to know."""
+    with fresh_olt.vty() as session:
+        for command in ("enable password other", "line vty", "no login"):
+            assert session.run(command)[1] == 0
+    terminal = Terminal(fresh_olt.inside("/run/olt/build/bin/diagsh"))
+    try:
+        terminal.expect(rb"olt> $")
+        terminal.type(b"enable\r")
+        terminal.expect(rb"Password: $")
+        terminal.type(b"other\r")
+        assert b"Password" not in terminal.expect(rb"olt# $")
+    finally:
+        terminal.close()
 
 
 def test_interactive_session_pages_by_the_height_of_the_window(terminal):

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The four monitor switches and the list of debug switches."""
 import itertools
+import re
 
 import pytest
 from calls import in_order, of
@@ -113,6 +114,16 @@ def test_a_restart_forgets_the_switches(make_olt):
     assert states(own) != fresh
     own.restart()
     assert states(own) == fresh
+
+
+def test_the_transceiver_monitor_stays_off_until_it_has_been_started(cold_olt):
+    """A database that refuses the alarm log's defaults keeps thresholds from being watched."""
+    cold_olt.faults("db_olt_alarm_log_set_alarm_name nth=1 ret=-1")
+    cold_olt.start()
+    assert "\r\nTransceiver Monitor : Disable\r\n" in states(cold_olt)
+    cold_olt.faults()
+    cold_olt.restart()
+    assert "\r\nTransceiver Monitor : Enable\r\n" in states(cold_olt)
 
 
 # --- debug switches of the board libraries

@@ -86,6 +86,19 @@ def test_two_interface_sessions_keep_their_own_prompts(olt):
                 session.send("\x15")
 
 
+def test_the_log_of_commands_names_the_interface(olt):
+    with olt.telnet() as three, olt.telnet() as five:
+        for session, port in ((three, 3), (five, 5)):
+            for step in ("enable", "configure terminal", "log commands", f"interface gpon 0/{port}", "list", "list"):
+                session.run(step)
+    try:
+        for port in (3, 5):
+            olt.wait_log(f"(config-gpon-0/{port})# list\n")
+        assert "%d" not in olt.log()
+    finally:
+        assert olt.run("no log commands")[1] == 0
+
+
 def test_completion_draws_the_same_prompt_anew(olt):
     with olt.telnet() as three, olt.telnet() as five:
         for session, port in ((three, 3), (five, 5)):

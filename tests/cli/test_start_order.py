@@ -241,8 +241,14 @@ def session_calls(olt, since):
     return [call for call in olt.trace()[since:] if call.op in ("db_connect_init_with_vty", "db_disconnect_free_with_vty")]
 
 
+def all_sessions_have_ended(olt):
+    ops = [call.op for call in session_calls(olt, 0)]
+    return ops.count("db_connect_init_with_vty") == ops.count("db_disconnect_free_with_vty")
+
+
 @pytest.mark.parametrize("way", ["socket", "telnet"])
 def test_a_session_gets_a_database_connection_and_gives_it_back(olt, way):
+    wait_until(lambda: all_sessions_have_ended(olt), "earlier sessions have ended")
     before = len(olt.trace())
     session = olt.vty() if way == "socket" else olt.telnet()
     opened = [str(call) for call in session_calls(olt, before)]

@@ -6,7 +6,9 @@ import subprocess
 
 import pytest
 from calls import of
+from footprint import growth_kb
 from module_memory import path, plug, qsfp, words
+from olt import NO_QUARANTINE
 from vty import SUCCESS
 
 END = "\r\n"
@@ -131,6 +133,19 @@ def test_a_module_that_no_longer_answers_costs_no_other_its_values(olt):
     olt.boardctl("module", "die", "gpon", 1)
     text, _ = olt.run("show transceiver")
     assert text == shown({"GPON 0/1": SINGLE + "GPON 0/1      " + END, "GPON 0/2": single("GPON 0/2", *VALUES)})
+
+
+def test_diagnostics_that_cannot_be_read_are_zero_byte_by_byte(olt):
+    plug(olt, "gpon", 1, *path())
+    try:
+        olt.boardctl("fault", "add", "i2c_read", "addr=0x51")
+        assert olt.run("show transceiver") == (
+            shown({"GPON 0/1": single("GPON 0/1", "0.000", "0.000", "0.000", "-inf", "-inf")}), SUCCESS)
+        olt.boardctl("fault", "clear")
+        olt.boardctl("fault", "add", "i2c_read", "addr=0x51", "reg=97")  # the fraction of the temperature
+        assert single("GPON 0/1", "25.000", *VALUES[1:]) in olt.run("show transceiver")[0]
+    finally:
+        olt.boardctl("fault", "clear")
 
 
 THRESHOLD_COLUMNS = "              High Alarm   High Warn    Low Warn      Low Alarm\r\n"
@@ -320,3 +335,11 @@ def test_a_channel_that_cannot_be_selected_is_an_absent_module(make_olt):
     olt.faults("misc_cpld_channel_select ret=-1 errno=5 thread=main")
     assert olt.run("show transceiver") == (shown({}), SUCCESS)
     assert olt.sem_value("board") == 1
+
+
+@pytest.mark.parametrize("command", ["show transceiver", "show transceiver json"])
+def test_hundreds_of_displays_leave_no_memory_behind(make_olt, command):
+    olt = make_olt().start(env=NO_QUARANTINE)
+    plug(olt, "gpon", 1, *path(), *path(1577))
+    plug(olt, "ge", 1, qsfp())
+    assert growth_kb(olt, command, warm_up=100, times=400) < 256

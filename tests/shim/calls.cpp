@@ -161,6 +161,28 @@ void zclient_init(struct zclient *client, int route_type, unsigned short instanc
         tq::arg("instance", static_cast<int>(instance)));
 }
 
+// --- libfrr: timers.  CALL_SHIM_TIMER names a timer's function and the milliseconds that it is to wait
+// instead of its own seconds ("function=20"), so that what needs many of its rounds is tested in little time.
+
+void _thread_add_timer(const struct xref_threadsched *where, struct thread_master *master,
+                       void (*function)(struct thread *), void *argument, long seconds, struct thread **timer)
+{
+    NEXT(_thread_add_timer);
+    static const char *const hurried = std::getenv("CALL_SHIM_TIMER");
+    const std::size_t length = std::strlen(where->funcname);
+    recorded<leaf>(
+        "thread_add_timer",
+        [&] {
+            if (hurried && std::strncmp(hurried, where->funcname, length) == 0 && hurried[length] == '=')
+                _thread_add_timer_msec(where, master, function, argument, std::atol(hurried + length + 1),
+                                       timer);
+            else
+                real(where, master, function, argument, seconds, timer);
+        },
+        tq::arg("function", where->funcname), tq::arg("seconds", static_cast<long long>(seconds)),
+        tq::arg("argument", argument != nullptr ? 1 : 0));
+}
+
 // --- libc
 
 int setenv(const char *name, const char *value, int overwrite) noexcept

@@ -3,6 +3,7 @@
 #include "alarm.hpp"
 #include "alarm_chain_view.hpp"
 #include "database_getters_double.hpp"
+#include "log_target.hpp"
 #include "private_ipc.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
@@ -18,7 +19,6 @@
 
 #include <frrcu.h>
 #include <log.h>
-#include <zlog_targets.h>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -27,26 +27,6 @@ namespace {
 
 constexpr std::uint16_t fan = 0;
 constexpr std::uint16_t power1 = 77;
-
-// Log lines of this process with their priorities.
-struct LogTarget {
-    LogTarget()
-    {
-        target.prio_min = LOG_DEBUG;
-        target.logfn = [](zlog_target *, zlog_msg *messages[], std::size_t count) {
-            for (std::size_t i = 0; i < count; ++i) {
-                std::size_t size = 0;
-                const char *text = zlog_msg_text(messages[i], &size);
-                lines.emplace_back(zlog_msg_prio(messages[i]), std::string(text, size));
-            }
-        };
-        zlog_target_replace(nullptr, &target);
-    }
-    ~LogTarget() { zlog_target_replace(&target, nullptr); }
-
-    zlog_target target{};
-    static inline std::vector<std::pair<int, std::string>> lines;
-};
 
 class CliLog : public testing::Test {
 protected:

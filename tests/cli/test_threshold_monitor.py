@@ -1,0 +1,514 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The threshold monitor: what it reads in a pass, what it reports."""
+import contextlib
+import random
+
+import pytest
+from alarm_fixtures import store  # noqa: F401
+from calls import of
+from module_memory import path, plug, qsfp
+from olt import NO_QUARANTINE, wait_until
+from proc_files import bound, busy, meminfo, stat_line
+from threshold_fixtures import (ACTIONS, ARM, BOARD_ALARMS, FETCH, MONITOR, PON_ALARMS, a_pass, at_rest,  # noqa: F401
+                                olt, reported, set_temperature, start_hurried, store_thresholds, watch)
+
+LM75_READ = "misc_i2c_read"
+SWITCH_READS = [f"db_olt_alarm_log_get_action_{action} id={alarm}" for alarm in range(102, 106) for action in ACTIONS]
+
+
+def temperature(olt, tenths):
+    """Sets the board's temperature; what is reported about it."""
+    set_temperature(olt, tenths)
+    return reported(olt)
+
+
+def fresh_state(olt, name):
+    """Brings the alarm into the normal state, from whatever it was left in."""
+    thresholds = (-1000, -999) if name == "temp-low" else (1000, 999)
+    store_thresholds(olt, **{name: thresholds})
+    watch(olt, name)
+    reported(olt)
+
+
+# --- the board
+
+
+def test_a_pass_reads_thresholds_then_the_switches_of_each_alarm_and_arms_the_timer_at_its_end(olt):
+    calls = [str(call).split(" -> ")[0] for call in a_pass(olt)]
+    assert [call.split(" val=")[0].strip() for call in calls] == [
+        FETCH, *SWITCH_READS, f'{ARM} function="{MONITOR}" seconds=3 argument=0']
+
+
+def test_passes_run_on_the_main_thread(olt):
+    assert {call.thread for call in a_pass(olt)} == {"main"}
+
+
+def test_with_every_action_off_nothing_is_sampled_or_reported(olt):
+    store_thresholds(olt, **{"temp-high": (1, 1), "cpu-usage-high": (0, 0), "mem-usage-high": (0, 0)})
+    calls = a_pass(olt)
+    assert of(calls, f"{LM75_READ}|fopen|nanosleep|cli_log") == []
+
+
+@pytest.mark.parametrize("action", ACTIONS)
+def test_any_one_action_makes_an_alarm_watched(olt, action):
+    watch(olt, "temp-high", action)
+    assert len(of(a_pass(olt), LM75_READ)) == 1
+
+
+@pytest.mark.parametrize("name, samples", [
+    ("temp-high", [LM75_READ]),
+    ("temp-low", [LM75_READ]),
+    ("cpu-usage-high", ["fopen", "fclose", "nanosleep", "fopen", "fclose"]),
+    ("mem-usage-high", ["fopen", "fclose", "fopen", "fclose"]),
+])
+def test_each_alarm_is_sampled_behind_its_own_switches(olt, name, samples):
+    watch(olt, name)
+    calls = a_pass(olt)
+    last_switch = next(i for i, call in enumerate(calls) if call.op == "db_olt_alarm_log_get_action_remote"
+                       and call.values["id"] == str(BOARD_ALARMS[name]))
+    found = [call.op for call in calls if call.op in ("fopen", "fclose", "nanosleep", LM75_READ)]
+    assert found == samples
+    assert calls[last_switch + 1].op == samples[0]
+
+
+def test_both_temperature_alarms_read_the_sensor_themselves(olt):
+    watch(olt, "temp-high")
+    watch(olt, "temp-low")
+    reads = of(a_pass(olt), LM75_READ)
+    assert len(reads) == 2
+    assert {(call.values["addr"], call.values["reg"], call.values["len"]) for call in reads} == {("0x48", "0", "2")}
+
+
+def test_a_high_alarm_is_reported_at_its_threshold_and_once_below_the_clear_threshold(olt):
+    fresh_state(olt, "temp-high")
+    store_thresholds(olt, **{"temp-high": (70, 65)})
+    assert temperature(olt, 699) == []
+    assert temperature(olt, 700) == [(102, "70.00 .C is above threshold 70.00 .C")]
+    assert temperature(olt, 800) == []
+    assert temperature(olt, 699) == []
+    assert temperature(olt, 650) == []
+    assert temperature(olt, 649) == [(102, "64.90 .C from above threshold returns to normal")]
+    assert temperature(olt, 649) == []
+
+
+def test_a_low_alarm_is_reported_at_its_threshold_and_once_above_the_clear_threshold(olt):
+    fresh_state(olt, "temp-low")
+    store_thresholds(olt, **{"temp-low": (5, 10)})
+    assert temperature(olt, 51) == []
+    assert temperature(olt, 50) == [(103, "5.00 .C is below threshold 5.00 .C")]
+    assert temperature(olt, -400) == []
+    assert temperature(olt, 100) == []
+    assert temperature(olt, 101) == [(103, "10.10 .C from below threshold returns to normal")]
+
+
+@pytest.mark.parametrize("name, alarm, clear", [("temp-high", 30, 27), ("temp-low", 22, 25)])
+def test_a_random_walk_is_reported_as_a_model_says(olt, name, alarm, clear):
+    fresh_state(olt, name)
+    store_thresholds(olt, **{name: (alarm, clear)})
+    sign, word = (1, "above") if name == "temp-high" else (-1, "below")
+    walk, value, raised = random.Random(11), 250, False
+    for _ in range(25):
+        value += walk.randint(-30, 30)
+        expected = []
+        if sign * (value - 10 * alarm) >= 0 and not raised:
+            raised, expected = True, [f"{value / 10:.2f} .C is {word} threshold {alarm}.00 .C"]
+        elif sign * (10 * clear - value) > 0 and raised:
+            raised, expected = False, [f"{value / 10:.2f} .C from {word} threshold returns to normal"]
+        assert temperature(olt, value) == [(BOARD_ALARMS[name], text) for text in expected], value
+
+
+def test_a_reading_just_below_zero_loses_its_sign(olt):
+    fresh_state(olt, "temp-low")
+    store_thresholds(olt, **{"temp-low": (0, 0)})
+    assert temperature(olt, -5) == []
+    store_thresholds(olt, **{"temp-low": (0.5, 0.6)})
+    assert temperature(olt, -5) == [(103, "0.50 .C is below threshold 0.50 .C")]
+
+
+def test_a_reading_of_a_degree_below_zero_keeps_it(olt):
+    fresh_state(olt, "temp-low")
+    store_thresholds(olt, **{"temp-low": (0, 0)})
+    assert temperature(olt, -25) == [(103, "-2.50 .C is below threshold 0.00 .C")]
+
+
+def test_without_thresholds_a_watched_high_alarm_is_raised_at_once(olt):
+    fresh_state(olt, "temp-high")
+    store_thresholds(olt, **{"temp-high": (None, None)})
+    assert reported(olt) == [(102, "25.00 .C is above threshold 0.00 .C")]
+
+
+def test_thresholds_that_cannot_be_read_are_zero_for_the_pass(olt):
+    fresh_state(olt, "temp-high")
+    store_thresholds(olt, **{"temp-high": (70, 65)})
+    assert reported(olt) == []
+    olt.faults(f"{FETCH} ret=-4")
+    assert reported(olt) == [(102, "25.00 .C is above threshold 0.00 .C")]
+    assert reported(olt) == []
+    olt.faults()
+    assert reported(olt) == [(102, "25.00 .C from above threshold returns to normal")]
+
+
+def test_switches_that_cannot_be_read_are_off(olt):
+    fresh_state(olt, "temp-high")
+    olt.faults(*(f"db_olt_alarm_log_get_action_{action} ret=-4" for action in ACTIONS))
+    assert of(a_pass(olt), LM75_READ) == []
+
+
+def test_a_broken_sensor_reads_as_it_did_last_after_three_attempts(olt):
+    fresh_state(olt, "temp-low")
+    store_thresholds(olt, **{"temp-low": (30, 31)})
+    olt.boardctl("temp", "set", 250)
+    assert "25.0" in olt.run("show temperature")[0]
+    olt.boardctl("temp", "fail", "always")
+    try:
+        calls = a_pass(olt)
+        assert reported(olt) == [(103, "25.00 .C is below threshold 30.00 .C")]
+    finally:
+        olt.boardctl("temp", "fail", "off")
+    assert [call.op for call in calls if call.op in (LM75_READ, "nanosleep")] == [LM75_READ, "nanosleep"] * 3
+    assert [call.values["ms"] for call in of(calls, "nanosleep")] == ["1000"] * 3
+
+
+def test_processor_usage_is_compared_with_one_decimal(olt):
+    fresh_state(olt, "cpu-usage-high")
+    with busy(olt, 1000, 953):
+        store_thresholds(olt, **{"cpu-usage-high": (4.8, 4.7)})
+        assert reported(olt) == []
+        store_thresholds(olt, **{"cpu-usage-high": (4.7, 4.7)})
+        assert reported(olt) == [(104, "4.70 % is above threshold 4.70 %")]
+        store_thresholds(olt, **{"cpu-usage-high": (5, 4.8)})
+        assert reported(olt) == [(104, "4.70 % from above threshold returns to normal")]
+
+
+def test_processor_usage_that_cannot_be_sampled_is_nothing(olt):
+    fresh_state(olt, "cpu-usage-high")
+    with bound(olt, "/proc/stat", stat_line(1, 1), mode=0):
+        store_thresholds(olt, **{"cpu-usage-high": (0, 0)})
+        assert reported(olt) == [(104, "0.00 % is above threshold 0.00 %")]
+
+
+def test_memory_usage_is_compared_as_it_is(olt):
+    fresh_state(olt, "mem-usage-high")
+    with bound(olt, "/proc/meminfo", meminfo(1000, 250)) as file:
+        store_thresholds(olt, **{"mem-usage-high": (75, 70)})
+        assert reported(olt) == [(105, "75.00 % is above threshold 75.00 %")]
+        with open(file, "r+") as same_file:
+            same_file.write(meminfo(1000, 301))
+        assert reported(olt) == [(105, "69.90 % from above threshold returns to normal")]
+
+
+def test_memory_usage_that_is_no_number_changes_nothing(olt):
+    fresh_state(olt, "mem-usage-high")
+    with bound(olt, "/proc/meminfo", meminfo(0, 0)):
+        store_thresholds(olt, **{"mem-usage-high": (None, None)})
+        assert reported(olt) == []
+        store_thresholds(olt, **{"mem-usage-high": (1000, 999)})
+
+
+def test_the_record_carries_the_alarms_id_and_nothing_else(olt, store):
+    fresh_state(olt, "temp-high")
+    store.empty()
+    mark = len(olt.trace())
+    store_thresholds(olt, **{"temp-high": (20, 19)})
+    a_pass(olt)
+    call = of(olt.trace()[mark:], "cli_log")[0]
+    assert bytes.fromhex(call.values["rec"]) == (102).to_bytes(2, "little") + bytes(30)
+    assert [(record.alarm_id, record.message, record.level) for record in store.records()] == [
+        (102, "25.00 .C is above threshold 20.00 .C", 4)]
+
+
+def test_new_thresholds_leave_a_raised_alarm_raised(olt):
+    fresh_state(olt, "temp-high")
+    store_thresholds(olt, **{"temp-high": (20, 19)})
+    assert len(reported(olt)) == 1
+    store_thresholds(olt, **{"temp-high": (80, 10)})
+    assert reported(olt) == []
+    store_thresholds(olt, **{"temp-high": (80, 70)})
+    assert reported(olt) == [(102, "25.00 .C from above threshold returns to normal")]
+
+
+def test_an_unwatched_alarm_keeps_its_state(olt):
+    fresh_state(olt, "temp-high")
+    store_thresholds(olt, **{"temp-high": (20, 19)})
+    assert len(reported(olt)) == 1
+    assert olt.run("alarm-log alarm temp-high disable record") == ("", 0)
+    assert temperature(olt, 100) == []
+    set_temperature(olt, 250)
+    watch(olt, "temp-high")
+    assert reported(olt) == []
+
+
+def test_failing_actions_do_not_stop_the_monitor(olt):
+    fresh_state(olt, "temp-high")
+    olt.faults("cli_log ret=-10")
+    store_thresholds(olt, **{"temp-high": (20, 19)})
+    assert len(reported(olt)) == 1
+    olt.faults()
+    assert reported(olt) == []
+
+
+# --- optical modules
+
+
+@pytest.fixture
+def cages(olt):
+    """Empty cages, and a daemon that knows nothing of any optical alarm yet."""
+    for port in range(1, 9):
+        olt.boardctl("unplug", "gpon", port)
+    olt.stop()
+    start_hurried(olt)
+
+
+@contextlib.contextmanager
+def paused(olt):
+    """What is changed while it lasts is seen by the optical part at once, in one pass."""
+    assert olt.run("no transceiver monitor", "diagnose") == ("", 0)
+    yield
+    assert olt.run("transceiver monitor", "diagnose") == ("", 0)
+
+
+def enable(olt, node, name, alarm, clear):
+    assert olt.run(f"alarm-log threshold {name} enable {alarm} {clear}", node) == ("", 0)
+
+
+def on_board(calls):
+    """The accesses to the CPLD and the modules: operation, register or channel."""
+    keys = {"misc_cpld_i2c_open": None, "misc_cpld_i2c_read_byte": "reg", "misc_cpld_channel_select": "channel",
+            "misc_i2c_read": ("addr", "reg", "len")}
+    found = []
+    for call in calls:
+        if call.op in keys:
+            key = keys[call.op]
+            what = tuple(call.values[k] for k in key) if isinstance(key, tuple) else call.values.get(key)
+            found.append((call.op, what))
+    return found
+
+
+def test_a_port_without_an_enabled_alarm_is_not_read(olt, cages):
+    plug(olt, "gpon", 1, *path())
+    assert on_board(a_pass(olt)) == []
+
+
+# value names with the module's readings
+READINGS = [("0.00 dBm", "0"), ("10.00 mA", "10"), ("3.30 V", "3.3"), ("25.50 .C", "25.5")]
+
+
+@pytest.mark.parametrize("index", range(8))
+def test_each_alarm_compares_its_own_reading_in_both_directions(olt, cages, index):
+    shown, value = READINGS[index // 2]
+    unit = shown.split()[1]
+    word, step = ("above", 1) if index % 2 == 0 else ("below", -1)
+    number = float(value)
+    plug(olt, "gpon", 3, *path())
+    enable(olt, "gpon 0/3", PON_ALARMS[index], number, number)
+    assert reported(olt) == [(9 + index, f"GPON 0/3 {shown} is {word} threshold {number:.2f} {unit}")]
+    enable(olt, "gpon 0/3", PON_ALARMS[index], number + 2 * step, number)
+    assert reported(olt) == []
+    enable(olt, "gpon 0/3", PON_ALARMS[index], number + 2 * step, number + step)
+    assert reported(olt) == [(9 + index, f"GPON 0/3 {shown} from {word} threshold returns to normal")]
+    assert reported(olt) == []
+
+
+def test_an_xgpon_port_has_its_own_alarms_and_the_other_path_of_a_combo_module(olt, cages):
+    plug(olt, "gpon", 2, *path(), *path(1577, voltage=32000))
+    enable(olt, "gpon 0/2", "pon-vcc-low", "3.3", "3.4")
+    enable(olt, "xgpon 0/2", "pon-vcc-low", "3.25", "3.3")
+    assert reported(olt) == [(14, "GPON 0/2 3.30 V is below threshold 3.30 V"),
+                                    (14, "XGPON 0/2 3.20 V is below threshold 3.25 V")]
+    enable(olt, "gpon 0/2", "pon-vcc-low", "3.1", "3.2")
+    enable(olt, "xgpon 0/2", "pon-vcc-low", "3.1", "3.15")
+    assert reported(olt) == [(14, "GPON 0/2 3.30 V from below threshold returns to normal"),
+                                    (14, "XGPON 0/2 3.20 V from below threshold returns to normal")]
+
+
+def test_ports_are_taken_gpon_first_then_xgpon_alarms_in_order(olt, cages):
+    for port in (8, 1):
+        plug(olt, "gpon", port, qsfp())
+    with paused(olt):
+        for node in ("xgpon 0/1", "gpon 0/8", "xgpon 0/8", "gpon 0/1"):
+            for name in reversed(PON_ALARMS):
+                limit = "-100" if name.endswith("high") else "100"
+                enable(olt, node, name, limit, limit)
+    found = reported(olt)
+    assert [(text.split()[:2], alarm) for alarm, text in found] == [
+        ([kind, f"0/{port}"], 9 + index) for kind in ("GPON", "XGPON") for port in (1, 8) for index in range(8)]
+
+
+def test_a_pass_with_no_16_and_128_alarms_makes_exactly_the_required_accesses(olt, cages):
+    for port in range(1, 9):
+        plug(olt, "gpon", port, *path(), *path(1577))
+
+    def port_reads(kind, port):
+        word = [("misc_i2c_read", ("0x50", "60", "2"))]
+        def values(id_page, page):
+            return [("misc_i2c_read", (id_page, "92", "1"))] + [
+                ("misc_i2c_read", (page, str(register), "1")) for register in range(96, 106)]
+        other = [("misc_i2c_read", ("0x58", "60", "2"))]
+        paths = (word + values("0x50", "0x51") + other) if kind == "gpon" else (word + other + values("0x58", "0x59"))
+        return [("misc_cpld_i2c_open", None), ("misc_cpld_i2c_read_byte", "11"),
+                ("misc_cpld_channel_select", str(port - 1)), ("misc_i2c_read", ("0x50", "0", "1")), *paths]
+
+    required = [access for kind in ("gpon", "xgpon") for port in range(1, 9) for access in port_reads(kind, port)]
+
+    assert on_board(a_pass(olt)) == []
+    for count, names in ((16, PON_ALARMS[:1]), (128, PON_ALARMS)):
+        with paused(olt):
+            for port in range(1, 9):
+                for kind in ("gpon", "xgpon"):
+                    for name in names:
+                        enable(olt, f"{kind} 0/{port}", name, 0, 0)
+        assert on_board(a_pass(olt)) == required, count
+
+
+def test_an_empty_cage_is_tried_for_each_of_its_alarms_and_changes_nothing(olt, cages):
+    for name in PON_ALARMS:
+        enable(olt, "gpon 0/4", name, 0, 0)
+    calls = a_pass(olt)
+    assert on_board(calls) == [("misc_cpld_i2c_open", None), ("misc_cpld_i2c_read_byte", "11")] * 8
+    assert reported(olt) == []
+    wait_until(lambda: olt.sem_value("board") == 1, "the board is given back")
+
+
+def test_a_read_that_fails_is_tried_again_at_the_next_alarm(olt, cages):
+    plug(olt, "gpon", 5, *path())
+    with paused(olt):
+        for name in ("pon-vcc-high", "pon-temp-high"):
+            enable(olt, "gpon 0/5", name, 1, 1)
+        mark = len(olt.trace())
+        olt.faults("misc_cpld_channel_select nth=1 count=1 ret=-1 errno=5")
+    a_pass(olt)
+    assert reported(olt) == [(15, "GPON 0/5 25.50 .C is above threshold 1.00 .C"),
+                             (13, "GPON 0/5 3.30 V is above threshold 1.00 V")]
+    # In the first pass the first alarm was left out and the second judged.
+    calls = [call for call in olt.trace()[mark:] if call.op in ("misc_cpld_i2c_open", "cli_log", FETCH)]
+    while calls[0].op == FETCH:
+        del calls[0]
+    assert [call.op for call in calls[:6]] == ["misc_cpld_i2c_open", "misc_cpld_i2c_open", "cli_log", FETCH,
+                                               "misc_cpld_i2c_open", "cli_log"]
+
+
+def test_a_reachable_module_without_values_reads_as_zero_not_as_the_port_before(olt, cages):
+    plug(olt, "gpon", 1, *path())
+    plug(olt, "gpon", 2, *path(identifier=0x0E))
+    for port in (1, 2):
+        enable(olt, f"gpon 0/{port}", "pon-vcc-low", 1, 2)
+    assert reported(olt) == [(14, "GPON 0/1 3.30 V from below threshold returns to normal"),
+                                    (14, "GPON 0/2 0.00 V is below threshold 1.00 V")]
+
+
+def test_no_light_is_below_every_threshold(olt, cages):
+    plug(olt, "gpon", 6, *path(tx=0))
+    enable(olt, "gpon 0/6", "pon-txpower-high", 4, 3)
+    enable(olt, "gpon 0/6", "pon-txpower-low", -40, -39)
+    assert reported(olt) == [(9, "GPON 0/6 -inf dBm from above threshold returns to normal"),
+                                    (10, "GPON 0/6 -inf dBm is below threshold -40.00 dBm")]
+
+
+def test_a_power_that_is_no_number_changes_nothing(olt, cages):
+    # Calibrated to less than no light: the offset's word is negative.
+    constants = (0x0100, 0, 0x0100, 0x8000, 0x0100, 0, 0x0100, 0, 0x0100, 0)
+    plug(olt, "gpon", 7, *path(monitoring=0x10, tx=1, constants=constants))
+    enable(olt, "gpon 0/7", "pon-txpower-high", 4, 3)
+    enable(olt, "gpon 0/7", "pon-txpower-low", -40, -39)
+    enable(olt, "gpon 0/7", "pon-vcc-low", 1, 2)
+    assert reported(olt) == [(14, "GPON 0/7 3.30 V from below threshold returns to normal")]
+
+
+def test_receive_power_is_never_compared(olt, cages):
+    plug(olt, "gpon", 8, *path(rx=0))
+    for name in PON_ALARMS:
+        enable(olt, "gpon 0/8", name, *((100, 99) if name.endswith("high") else (-100, -99)))
+    assert not any("-inf" in text for _, text in reported(olt))
+    olt.boardctl("unplug", "gpon", 8)
+    plug(olt, "gpon", 8, *path(rx=65535))
+    assert reported(olt) == []
+
+
+def test_disabling_and_enabling_keeps_a_raised_alarm(olt, cages):
+    plug(olt, "gpon", 1, *path())
+    enable(olt, "gpon 0/1", "pon-temp-high", 20, 10)
+    assert reported(olt) == [(15, "GPON 0/1 25.50 .C is above threshold 20.00 .C")]
+    assert olt.run("alarm-log threshold pon-temp-high disable", "gpon 0/1") == ("", 0)
+    assert reported(olt) == []
+    enable(olt, "gpon 0/1", "pon-temp-high", 25, 24)
+    assert reported(olt) == []
+    enable(olt, "gpon 0/1", "pon-temp-high", 40, 30)
+    assert reported(olt) == [(15, "GPON 0/1 25.50 .C from above threshold returns to normal")]
+
+
+def test_the_switch_stops_the_optical_part_alone(olt, cages):
+    plug(olt, "gpon", 1, *path())
+    enable(olt, "gpon 0/1", "pon-temp-high", 20, 10)
+    enable(olt, "xgpon 0/1", "pon-temp-high", 20, 10)
+    watch(olt, "temp-high")
+    assert olt.run("no transceiver monitor", "diagnose") == ("", 0)
+    try:
+        calls = a_pass(olt)
+    finally:
+        olt.run("transceiver monitor", "diagnose")
+    assert [access for access, _ in on_board(calls)] == [LM75_READ]
+    assert len(of(a_pass(olt), "misc_cpld_i2c_open")) == 2
+
+
+# --- the timer
+
+
+def test_the_first_pass_reports_values_on_the_normal_side_once(make_olt):
+    own = make_olt()
+    own.configure("alarm-log alarm temp-low enable record")
+    store_thresholds(own, **{"temp-low": (5, 10)})
+    start_hurried(own)
+    wait_until(lambda: len(of(own.trace(), FETCH)) >= 5, "some passes")
+    assert reported(own) == [(103, "25.00 .C from below threshold returns to normal")]
+
+
+def rounds_of(calls):
+    return [call for call in calls if call.op == FETCH or (call.op == ARM and call.values["function"] == MONITOR)]
+
+
+def test_passes_come_three_seconds_after_the_end_of_the_one_before(make_olt):
+    own = make_olt()
+    own.faults(f"{FETCH} delay_ms=500 nth=1000")  # so that the table is looked at
+    own.start(trace=True)
+    assert "Transceiver Monitor : Enable\r\n" in own.run("show diag monitor", "diagnose")[0]
+    own.faults("db_olt_alarm_log_get_action_remote nth=4 count=1 ret=0 delay_ms=700")
+    rounds = wait_until(lambda: len(calls := rounds_of(own.trace())) >= 6 and calls, "two passes", 15)
+    assert [call.op for call in rounds[:6]] == [ARM, FETCH] * 3
+    for arm, fetch in zip(rounds[::2], rounds[1::2]):
+        assert 2950 <= fetch.time_ms - arm.time_ms <= 4000
+        assert arm.values == {"function": MONITOR, "seconds": "3", "argument": "0"}
+
+
+@pytest.mark.slow
+def test_many_passes_leave_nothing_behind(make_olt):
+    own = start_hurried(make_olt(), ms=1, env=NO_QUARANTINE)
+    store_thresholds(own, **{name: (2, 1) for name in BOARD_ALARMS})
+    watch(own, "temp-high")
+    plug(own, "gpon", 1, *path())
+    enable(own, "gpon 0/1", "pon-vcc-low", 1, 2)
+
+    def passes():
+        return len(of(own.trace(), FETCH))
+
+    def resident_kb():
+        with open(f"/proc/{own.pid}/statm") as file:
+            return int(file.read().split()[1]) * 4
+
+    wait_until(lambda: passes() > 100, "100 passes", 30)
+    memory, files, seen = resident_kb(), own.fds(), passes()
+    wait_until(lambda: passes() > seen + 500, "500 more", 60)
+    assert resident_kb() - memory < 256
+    wait_until(lambda: len(own.fds()) == len(files), "the same descriptors")
+
+
+def test_the_monitor_goes_on_while_the_database_is_away(olt):
+    def sensor_reads():
+        return [call for call in of(a_pass(olt), LM75_READ) if call.values["addr"] == "0x48"]
+
+    watch(olt, "temp-high")
+    olt.faults(f"{FETCH} ret=-4", *(f"db_olt_alarm_log_get_action_{action} ret=-4" for action in ACTIONS),
+               "cli_log ret=-4")
+    for _ in range(3):
+        assert sensor_reads() == []
+    olt.faults()
+    assert len(sensor_reads()) == 1
