@@ -224,7 +224,7 @@ std::string default_file()
 
 const Board *this_board(std::string &error)
 {
-    static const Loaded loaded;
+    static const Loaded &loaded = *new Loaded; // for good: threads may use it while the process ends
     error = loaded.error;
     return loaded.board.get();
 }
