@@ -265,11 +265,17 @@ class Olt:
 
     def sem_value(self, name):
         """Value of the semaphore of the board or the alarm store: 1 is free, 0 held."""
+        return self._semctl(name, 12)  # GETVAL
 
+    def sem_waiters(self, name):
+        """How many wait for that semaphore."""
+        return self._semctl(name, 14)  # GETNCNT
+
+    def _semctl(self, name, command):
         def read():
             identifier = _libc.semget(SEMAPHORE_KEYS[name], 0, 0)
             if identifier < 0:
                 raise OSError(ctypes.get_errno(), f"semaphore {name}")
-            return _libc.semctl(identifier, 0, 12, 0)  # GETVAL
+            return _libc.semctl(identifier, 0, command, 0)
 
         return in_namespace(f"/proc/{self.holder.pid}/ns/ipc", read)

@@ -24,6 +24,16 @@ COMMANDS = [
     ("diagnose", "show diag monitor"),
     ("diagnose", "no fan monitor"),
     ("diagnose", "fan monitor"),
+    ("diagnose", "system led on"),
+    ("diagnose", "pon led on"),
+    ("diagnose", "pon power off 8"),
+    ("diagnose", "sfp power on"),
+    ("diagnose", "fan speed low"),
+    ("diagnose", "show pon tx"),
+    ("diagnose", "show logic version"),
+    ("config", "show sys power"),
+    ("config", "show sys power json"),
+    ("config", "reload"),
 ]
 PAUSES = "sleep|usleep|nanosleep"
 

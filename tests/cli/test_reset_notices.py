@@ -1,0 +1,109 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""What the peers hear of a reset: from the long press of the push-button, and from nothing else."""
+import subprocess
+
+import pytest
+from calls import in_order, of
+from olt import OLT, wait_until
+from vty import Vty
+from zebra_recorder import ZebraRecorder
+
+RESET = bytes.fromhex("000AFE06000000000088")
+HELD_S = 20  # five seconds of holding, on a busy machine
+
+
+@pytest.fixture
+def zebra(cold_olt):
+    recorder = ZebraRecorder(cold_olt)
+    yield recorder
+    recorder.close()
+
+
+def start(olt):
+    olt.faults()
+    olt.start(trace=True)
+    wait_until(lambda: "type=10" in olt.boardctl("bus", "clients"), "the daemon is on the bus")
+
+
+def hold_button(olt):
+    olt.boardctl("button", "press")
+    wait_until(lambda: of(olt.trace(), "pal_system"), "the long press", HELD_S)
+
+
+def bus_resets(olt):
+    return [line for line in olt.boardctl("bus", "log").splitlines() if line.endswith("client=10/0 command=45 body=")]
+
+
+def commands(messages):
+    return [int.from_bytes(message[8:10], "big") for message in messages]
+
+
+@pytest.mark.slow
+def test_zebra_and_the_bus_hear_of_a_long_press_once_each(cold_olt, zebra):
+    start(cold_olt)
+    wait_until(zebra.messages, "the daemon's hello")
+    hello = zebra.messages()
+    assert 136 not in commands(hello)
+    hold_button(cold_olt)
+    wait_until(lambda: len(zebra.messages()) > len(hello), "zebra's notice")
+    assert zebra.messages()[len(hello) :] == [RESET]
+    assert zebra.received.endswith(RESET)
+    assert len(bus_resets(cold_olt)) == 1
+    in_order(cold_olt.trace(), r"sclient_create_header command=45", r"sclient_send_message .*-> 0")
+
+
+@pytest.mark.slow
+def test_a_long_press_without_zebra_and_bus_goes_on(cold_olt):
+    start(cold_olt)
+    cold_olt.boardctl("bus", "down")
+    hold_button(cold_olt)
+    wait_until(lambda: len(of(cold_olt.trace(), "pal_system")) == 2, "backup and reboot")
+    assert "reset_monitor_thread sclient_send_message() failed\r\n" in cold_olt.stdout()
+    in_order(cold_olt.trace(), r"sclient_send_message .*-> -1", r"pal_system .*laststart", r"pal_system .*watchfrr")
+
+
+def test_a_short_press_and_reboot_and_reload_notify_nobody(cold_olt, zebra):
+    start(cold_olt)
+    wait_until(zebra.messages, "the daemon's hello")
+    hello = len(zebra.messages())
+    cold_olt.run("reboot")
+    cold_olt.run("reload")
+    cold_olt.boardctl("button", "samples", 2)
+    wait_until(lambda: len(of(cold_olt.trace(), "pal_system")) == 6, "the short press")
+    assert not of(cold_olt.trace(), "sclient_send_message|sclient_create_header")
+    assert len(zebra.messages()) == hello
+    assert not bus_resets(cold_olt)
+
+
+def test_zebra_is_found_again_after_it_went_away(cold_olt, zebra):
+    cold_olt.start()
+    wait_until(zebra.messages, "the daemon's hello")
+    hello = zebra.messages()
+    zebra.hang_up()
+    wait_until(zebra.messages, "a new hello", 25)
+    assert zebra.messages()[0] == hello[0]
+
+
+@pytest.mark.slow
+def test_the_distributions_zebra_survives_the_notice_and_keeps_the_client(fresh_olt):
+    console = open(fresh_olt.state / "log" / "zebra-console", "wb")
+    peer = subprocess.Popen(fresh_olt.inside(OLT, "zebra"), stdin=subprocess.DEVNULL, stdout=console,
+                            stderr=subprocess.STDOUT)
+    socket = fresh_olt.state / "run" / "zebra.vty"
+
+    def clients():
+        with Vty(str(socket), "enable") as session:
+            return session.run("show zebra client summary")[0]
+
+    try:
+        wait_until(socket.exists, "zebra's vty")
+        wait_until(lambda: "system" in clients(), "the daemon among zebra's clients", 25)
+        fresh_olt.boardctl("button", "press")
+        wait_until(lambda: "Restarting system by push-button" in fresh_olt.stdout(), "the long press", HELD_S)
+        assert bus_resets(fresh_olt)
+        assert peer.poll() is None
+        assert "system" in clients()
+    finally:
+        peer.kill()
+        peer.wait()
+        console.close()
