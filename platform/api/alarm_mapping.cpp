@@ -2,7 +2,7 @@
 // Making and attaching the shared alarm store.
 // Failure policy: a store appears under its name only when it is complete, so nobody ever sees half of one. A
 // store of another make (size, magic, version) is left alone and refused with EPROTO.  A store that was
-// unlinked is left for the one that has the name now, at the same address.
+// unlinked is left for the one that has the name now, at the same address, and that is said in the log.
 #include "alarm_mapping.hpp"
 #include "descriptor.hpp"
 #include "semaphore.hpp"
@@ -16,6 +16,10 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <zebra.h>
+
+#include <log.h>
 
 tq_alarm_store_t *tq_alarm_log_shm_pointer = nullptr;
 
@@ -101,8 +105,10 @@ bool AlarmMapping::map_named_store() noexcept
                             MAP_SHARED | (memory_ ? MAP_FIXED : 0), fd.get(), 0);
         if (memory == MAP_FAILED)
             return false;
-        if (fd_ >= 0)
+        if (fd_ >= 0) {
             close(fd_);
+            zlog_warn("the alarm store was replaced: attached the new one");
+        }
         fd_ = fd.release();
         memory_ = memory;
         return true;

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The record action: an alarm becomes a record of the shared store.
+// Failure policy: a record that the store cannot take is lost, and that is said in the log once.
 #include "alarm.hpp"
 #include "alarm_mapping.hpp"
+#include "outlet_state.hpp"
 #include "semaphore.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
 
+#include <cerrno>
 #include <cstring>
+#include <mutex>
+#include <new>
 
 namespace tq {
 
@@ -39,18 +44,39 @@ tq_alarm_slot_t make_record(const Alarm &alarm) noexcept
     return record;
 }
 
+// 0 or an errno value.
+int file_record(const tq_alarm_slot_t &record) noexcept
+{
+    if (take_alarm_semaphore() < 0)
+        return errno;
+    auto chain = alarm_mapping().chain();
+    const int error = chain ? 0 : errno;
+    if (chain)
+        chain->add(record);
+    give_semaphore(alarm_log_sem_id);
+    return error;
+}
+
+void note(int error)
+{
+    static const std::string store = "the alarm store";
+    static std::mutex mutex;
+    static OutletState state;
+    const std::lock_guard lock(mutex);
+    state.note(store, error);
+}
+
 } // namespace
 
 int record_alarm(const Alarm &alarm) noexcept
 {
-    const tq_alarm_slot_t record = make_record(alarm);
-    if (take_alarm_semaphore() < 0)
-        return TQ_ERR_STORE;
-    auto chain = alarm_mapping().chain();
-    if (chain)
-        chain->add(record);
-    give_semaphore(alarm_log_sem_id);
-    return chain ? TQ_OK : TQ_ERR_STORE;
+    const int error = file_record(make_record(alarm));
+    try {
+        note(error);
+    } catch (const std::bad_alloc &) {
+        return TQ_ERR_NO_MEMORY;
+    }
+    return error == 0 ? TQ_OK : TQ_ERR_STORE;
 }
 
 } // namespace tq

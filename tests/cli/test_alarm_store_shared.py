@@ -273,6 +273,7 @@ def test_a_store_deleted_under_the_daemon_is_replaced_by_the_one_that_others_use
     with peer_of(olt, "add", "77", "1", "peer") as other:
         other.finished()
     assert listed(olt) == ["after", "peer-0"]
+    assert olt.log().count("the alarm store was replaced: attached the new one") == 1
     olt.restart()
     assert listed(olt) == ["after", "peer-0"]
 
@@ -284,10 +285,13 @@ def test_a_store_cut_off_under_the_daemon_is_reported_and_comes_back_when_it_is_
     olt.exec("truncate", "-s", "0", "/dev/shm/tq_alarm_log", check=True)
     for command in [*WALKS, "clear alarm-log"]:
         assert olt.run(command) == ("get share memory failed : Protocol error\n", 0)
-    olt.run("alarm-log debug send id 77 message lost")
+    for _ in range(3):
+        olt.run("alarm-log debug send id 77 message lost")
+    assert olt.log().count("alarms do not get out to the alarm store: Protocol error") == 1
     olt.exec("rm", "/dev/shm/tq_alarm_log", check=True)
     olt.run("alarm-log debug send id 77 message anew")
     assert listed(olt) == ["anew"]
+    assert olt.log().count("alarms get out to the alarm store again") == 1
 
 
 @pytest.mark.parametrize("size", [0, 16, 819216, 1 << 20])

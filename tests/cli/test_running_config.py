@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The alarm log's part of the running configuration: its lines, and that a saved one gives itself back."""
 import pytest
-from alarm_fixtures import calls_of, catalogue, olt  # noqa: F401
+from alarm_fixtures import calls_of, catalogue, edit_database, olt, try_edit_database  # noqa: F401
 from alarm_words import ACTIONS, LEVELS, NAMED
 from threshold_fixtures import BOARD_ALARMS, PON_ALARMS, store_thresholds
 
@@ -140,6 +140,33 @@ def test_the_longest_stored_threshold_is_written_whole(olt):  # noqa: F811
     store_thresholds(olt, **{"temp-high": (longest, longest)})
     configure(olt, "alarm-log alarm temp-high enable print")
     assert f"alarm-log threshold temp-high enable {longest} {longest}" in lines(olt)
+
+
+def alarm_log(content):
+    return f'<alarm-log xmlns="urn:norvale:yang:olt-alarm-log">{content}</alarm-log>'
+
+
+def test_addresses_that_other_programs_stored_are_written_whole(olt):  # noqa: F811
+    longest = {"ipv4": "255.255.255.255", "ipv6": "0000:0000:0000:0000:0000:ffff:255.255.255.255"}
+    edit_database(olt, alarm_log("".join(
+        f"<remote-server-{family}><{family}-addr>{address}</{family}-addr><port>65535</port></remote-server-{family}>"
+        for family, address in longest.items())))
+    for family, address in longest.items():
+        assert f"alarm-log remote server {family} {address} port 65535" in lines(olt)
+
+
+def test_nothing_wider_than_its_buffer_gets_into_the_database(olt):  # noqa: F811
+    before = lines(olt)
+    beyond = ["<remote-server-ipv4><ipv4-addr>255.255.255.0255</ipv4-addr></remote-server-ipv4>",
+              f"<remote-server-ipv6><ipv6-addr>{'0000:' * 20}:</ipv6-addr></remote-server-ipv6>",
+              "<remote-server-ipv6><port>65536</port></remote-server-ipv6>", "<flash><level>criticalcriticals</level></flash>",
+              f"<threshold><temp-high><alarm-threshold>{'1' * 32}</alarm-threshold></temp-high></threshold>",
+              *(f"<alarm><id>0</id><{leaf}>{'x' * (width + 1)}</{leaf}></alarm>"
+                for leaf, width in {"name": 32, "desc": 32, "level": 16, "type": 16, "class": 8}.items()),
+              "<alarm><id>106</id></alarm>"]
+    for content in beyond:
+        assert try_edit_database(olt, alarm_log(content)).returncode != 0, content
+    assert lines(olt) == before
 
 
 @pytest.mark.parametrize("op, gone", [

@@ -21,7 +21,9 @@
 #include <log.h>
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
+using testing::Pair;
 
 namespace {
 
@@ -35,8 +37,8 @@ protected:
         clear_private_ipc();
         tq_alarm_log_shm_pointer = nullptr;
         database_double = {};
-        LogTarget::lines.clear();
         ASSERT_EQ(tq_alarm_log_init(), 0);
+        LogTarget::lines.clear(); // a store that replaces that of the test before is said
     }
 
     int log(std::uint16_t id, const char *message)
@@ -206,12 +208,35 @@ TEST_F(CliLog, no_request_is_an_error_and_no_database_is_none)
     EXPECT_THAT(seen(), ElementsAre("x"));
 }
 
-TEST_F(CliLog, a_store_that_cannot_be_used_is_reported_and_the_alarm_still_printed)
+TEST_F(CliLog, a_store_that_cannot_be_used_is_said_once_and_the_alarm_still_printed)
 {
+    const auto alarm = Pair(LOG_ERR, "alarm fan (major): x");
     clear_private_ipc();
     close(open("/dev/shm/tq_alarm_log", O_CREAT | O_RDWR | O_CLOEXEC, 0666));
     EXPECT_EQ(log(fan, "x"), TQ_ERR_STORE);
-    EXPECT_EQ(LogTarget::lines.size(), 1u);
+    EXPECT_EQ(log(fan, "x"), TQ_ERR_STORE);
+    EXPECT_THAT(
+        LogTarget::lines,
+        ElementsAre(Pair(LOG_WARNING, EndsWith("alarms do not get out to the alarm store: Protocol error")),
+                    alarm, alarm));
+    LogTarget::lines.clear();
+    unlink("/dev/shm/tq_alarm_log");
+    EXPECT_EQ(log(fan, "x"), TQ_OK);
+    EXPECT_THAT(LogTarget::lines,
+                ElementsAre(Pair(LOG_WARNING, EndsWith("the alarm store was replaced: attached the new one")),
+                            Pair(LOG_NOTICE, EndsWith("alarms get out to the alarm store again")), alarm));
+}
+
+TEST_F(CliLog, a_store_that_was_replaced_is_said_once)
+{
+    ASSERT_EQ(unlink("/dev/shm/tq_alarm_log"), 0);
+    EXPECT_EQ(log(fan, "x"), TQ_OK);
+    EXPECT_EQ(log(fan, "y"), TQ_OK);
+    EXPECT_THAT(LogTarget::lines,
+                ElementsAre(Pair(LOG_WARNING, EndsWith("the alarm store was replaced: attached the new one")),
+                            Pair(testing::_, "alarm fan (major): x"),
+                            Pair(testing::_, "alarm fan (major): y")));
+    EXPECT_THAT(seen(), ElementsAre("x", "y"));
 }
 
 TEST_F(CliLog, a_thread_that_libfrr_knows_may_raise_alarms_too)

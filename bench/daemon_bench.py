@@ -1,0 +1,115 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The running daemon against a floor: the listing of a full alarm store, and passes of the threshold monitor.
+
+Exit status 1 when the listing reaches less than 80 percent of the lines a second of a handler that prints
+constant lines, or a pass takes more than 2 ms of CPU."""
+import shutil
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parents[1]
+sys.path.insert(0, str(PROJECT / "tests" / "cli"))
+sys.dont_write_bytecode = True
+
+from alarm_store import AlarmStore, CAPACITY, Record  # noqa: E402
+from olt import BOX, BUILD, OLT, Olt, wait_until  # noqa: E402
+from vty import Vty  # noqa: E402
+
+ROUNDS = 15
+LEAST_SHARE = 0.8
+LONGEST_PASS_MS = 2.0
+PASSES = 5
+PERIOD_S = 3
+PORTS = range(1, 9)
+KINDS = ("gpon", "xgpon")
+# The optical alarms of a port with thresholds that no module reaches.
+ALARMS = {"pon-txpower-high": "90 80", "pon-txpower-low": "-90 -80", "pon-txbias-high": "900 800",
+          "pon-txbias-low": "-90 -80", "pon-vcc-high": "90 80", "pon-vcc-low": "-90 -80",
+          "pon-temp-high": "900 800", "pon-temp-low": "-900 -800"}
+
+
+def best_s(session, command, lines):
+    times = []
+    for _ in range(ROUNDS):
+        begin = time.perf_counter()
+        text, rc = session.run(command)
+        times.append(time.perf_counter() - begin)
+        assert rc == 0 and text.count("\n") >= lines, (rc, text[:200])
+    return min(times)
+
+
+def listing(olt):
+    store = AlarmStore(olt.pid)
+    store.chain([Record("port 0/3 is down, a message of a usual length")] * CAPACITY)
+    store.close()
+    path = str(olt.state / "run" / "floor.vty")
+    floor = subprocess.Popen([BUILD / "bin" / "vty_floor", path])
+    try:
+        wait_until(lambda: Path(path).exists(), "the floor's vty")
+        with Vty(path, "view") as bare, olt.vty() as session:
+            floor_s = best_s(bare, "show floor", CAPACITY)
+            ours_s = best_s(session, "show alarm-log", CAPACITY)
+    finally:
+        floor.kill()
+        floor.wait()
+    share = floor_s / ours_s
+    print(f"listing of {CAPACITY} records     floor {CAPACITY / floor_s:9.0f} lines/s, here {CAPACITY / ours_s:9.0f}, "
+          f"share {share:.2f} (at least {LEAST_SHARE})")
+    return share >= LEAST_SHARE
+
+
+def cpu_ms(olt):
+    """CPU of the main thread so far, in which the event loop runs."""
+    return int(Path(f"/proc/{olt.pid}/task/{olt.pid}/schedstat").read_text().split()[0]) / 1e6
+
+
+def switch(olt, per_port):
+    """Enables the first `per_port` alarms of every port."""
+    for kind in KINDS:
+        for port in PORTS:
+            with olt.vty(f"{kind} 0/{port}") as session:
+                for i, (name, thresholds) in enumerate(ALARMS.items()):
+                    words = f"enable {thresholds}" if i < per_port else "disable"
+                    result = session.run(f"alarm-log threshold {name} {words}")
+                    assert result == ("", 0), (kind, port, name, result)
+
+
+def pass_ms(olt):
+    time.sleep(PERIOD_S)  # for what the commands left to do
+    before = cpu_ms(olt)
+    time.sleep(PASSES * PERIOD_S)
+    return (cpu_ms(olt) - before) / PASSES
+
+
+def monitor(olt):
+    is_good = True
+    for per_port in (0, 1, 8):
+        switch(olt, per_port)
+        ms = pass_ms(olt)
+        print(f"threshold pass, {per_port * len(PORTS) * len(KINDS):3} alarms  {ms:6.3f} ms of CPU")
+        is_good &= ms <= LONGEST_PASS_MS
+    return is_good
+
+
+def main():
+    states = PROJECT / "build" / "bench-state"
+    shutil.rmtree(states, ignore_errors=True)
+    try:
+        subprocess.run([BOX, "--state", states / "template", "--build", BUILD, "--net", "--", OLT, "files"], check=True)
+        olt = Olt(states / "olt", template=states / "template" / "database")
+        try:
+            for port in PORTS:
+                olt.boardctl("plug", "gpon", port, PROJECT / "sim" / "modules" / "combo-1490-1577.json")
+            olt.start()
+            return 0 if listing(olt) & monitor(olt) else 1
+        finally:
+            olt.close()
+    finally:
+        shutil.rmtree(states, ignore_errors=True)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
