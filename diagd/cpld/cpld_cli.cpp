@@ -37,9 +37,8 @@ constexpr diagd::InstallRow commands[] = {
     {diagnose_node, &debug_cpld_cmd},
 };
 
-// Works without the board's semaphore, although the monitors run already: whoever holds it at this moment,
-// the daemon's start does not wait for, and the register is nobody else's.  Nor need a board take register
-// commands yet.
+// Without the board's semaphore: nothing else writes this register while the daemon starts.  And a board that
+// does not take register commands yet has its cages supplied, too.
 void switch_sfp_power_on() noexcept
 {
     diagd::Privileges raised{"cpld_init"};
