@@ -26,7 +26,7 @@ PEER = Path(__file__).with_name("store_peer.py")
 
 @pytest.fixture(scope="module")
 def olt(traced_olt):
-    return traced_olt
+    return traced_olt.quiet()
 
 
 @pytest.fixture

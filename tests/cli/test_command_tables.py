@@ -6,7 +6,8 @@ import pytest
 from alarm_words import GROUPS, THRESHOLD_ALARMS
 from calls import of
 
-CONFIG, GPON, XGPON, DIAGNOSE, ALARM_LOG = 4, 124, 125, 133, 155
+CONFIG, FAN, GPON, XGPON, DIAGNOSE, ALARM_LOG = 4, 97, 124, 125, 133, 155
+FAN_COMMANDS = 6
 LEVELS = "<debug|info|notice|warning|major|critical|alert|emerg>"
 LEVEL_HELP = [f"Specify log {level} level." for level in LEVELS.strip("<>").split("|")]
 ACTION = "<print|record|trap|remote|all>"
@@ -81,6 +82,16 @@ CLASS_HELP = ["Configuration of alarms.", "Configuration of events."]
 
 # In the order in which they are installed.
 COMMANDS = [
+    command(CONFIG, "fan_temperature_ctrl", "fan temperature (20-80)", "Specify olt fan management.",
+            "Specify the temperature the fans to work.", "Specify temperature value."),
+    command(CONFIG, "fan_mode_ctrl", "fan mode <auto|open|close>", "Specify olt fan management.", "Specify fan working mode.",
+            "Specify auto mode.", "Open the fan.", "Close the fan."),
+    command(CONFIG, "fan_speed_ctrl", "fan speed <low|medium|high|auto>", "fan config.", "fan speed.", "fan speed low.",
+            "fan speed medium.", "fan speed high.", "fan speed auto."),
+    command(CONFIG, "show_temperature", "show temperature [json]", SHOW, "Device temperature", "JavaScript Object Notation"),
+    command(CONFIG, "show_fan", "show fan [json]", SHOW, "Specify fan information", "JavaScript Object Notation"),
+    command(CONFIG, "show_fan_running_config", "show running-config fan", SHOW,
+            "running configuration (same as write terminal)", "fan"),
     command(CONFIG, "gpon_config_interface", "interface gpon <S/P>", "Interface information", "Specify gpon module.", POSITION),
     command(CONFIG, "xgpon_config_interface", "interface xgpon <S/P>", "Interface information", "Specify xgpon module.", POSITION),
     command(CONFIG, "show_alarm_log", f"show alarm-log [level {LEVELS}]",
@@ -190,21 +201,22 @@ def test_the_nodes_are_made_before_the_first_command_of_theirs(olt):
     steps = []
     for call in of(daemons_own(olt), "install_node|install_element"):
         values = call.values
-        if call.op == "install_node" and int(values["node"]) in (ALARM_LOG, GPON, XGPON):
+        if call.op == "install_node" and int(values["node"]) in (FAN, ALARM_LOG, GPON, XGPON):
             steps.append((int(values["node"]), values["name"], values["prompt"]))
         elif values.get("cmd") in own:
             steps.append("command")
-    assert steps[:3] == [
+    assert steps[: FAN_COMMANDS + 1] == [(FAN, "fan", ""), *["command"] * FAN_COMMANDS]
+    assert steps[FAN_COMMANDS + 1 : FAN_COMMANDS + 4] == [
         (ALARM_LOG, "alarm-log", ""),
         (GPON, "gpon", "%s(config-gpon-%d/%d)# "),
         (XGPON, "xgpon", "%s(config-xgpon-%d/%d)# "),
     ]
-    assert set(steps[3:]) == {"command"}
+    assert set(steps[FAN_COMMANDS + 4 :]) == {"command"}
 
 
 def test_the_interface_nodes_lie_under_configuration_and_the_alarm_log_node_under_none(olt):
     parents = {int(call.values["node"]): int(call.values["parent"]) for call in of(daemons_own(olt), "install_node")}
-    assert (parents[GPON], parents[XGPON], parents[ALARM_LOG]) == (CONFIG, CONFIG, 0)
+    assert (parents[GPON], parents[XGPON], parents[ALARM_LOG], parents[FAN]) == (CONFIG, CONFIG, 0, 0)
 
 
 def test_the_diagnostics_node_is_the_librarys(olt):

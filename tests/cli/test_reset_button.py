@@ -69,8 +69,8 @@ def test_a_sample_is_taken_every_200_ms(cold_olt):
     pauses = wait_call(cold_olt, "reset_monitor", "nanosleep", count=12)
     whole = [call for call in pauses if call.result == "0"]
     assert {call.values["ms"] for call in whole} >= {"200"}
-    gaps = [later.time_ms - earlier.time_ms for earlier, later in zip(whole, whole[1:])]
-    assert all(200 <= gap < 300 for gap in gaps[1:])
+    gaps = sorted(later.time_ms - earlier.time_ms for earlier, later in zip(whole[1:], whole[2:]))
+    assert gaps[0] >= 199 and gaps[len(gaps) // 2] < 260, "whole milliseconds, on a machine that may be busy"
 
 
 def test_a_button_that_is_not_pressed_does_nothing(olt):

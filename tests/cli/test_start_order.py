@@ -206,20 +206,18 @@ def test_the_result_of_a_step_that_may_fail_is_ignored(cold_olt, step):
 
 
 def test_a_semaphore_that_exists_is_taken_as_it_stands(cold_olt):
-    """Another board user holds it before the daemon starts: the daemon starts, its first board access waits."""
+    """Another board user holds it before the daemon starts: its first board access, the USB LED's, waits for it."""
     holder = cold_olt.exec("python3", "-c", HOLD_BOARD_SEMAPHORE, check=True)
     assert holder.stdout == "0\n"
-    cold_olt.start()
+    cold_olt.start(trace=True, wait=False)
+    wait_until(lambda: cold_olt.trace_path.exists() and
+               [call for call in cold_olt.trace() if call.op == "raise" and "usb_monitor" in call.arguments], "the LED's turn")
     assert cold_olt.sem_value("board") == 0
-    with cold_olt.vty() as session:
-        session.send("show transceiver")
-        session.socket.settimeout(0.3)
-        with pytest.raises(TimeoutError):
-            session.receive()
-        cold_olt.exec("python3", "-c", FREE_BOARD_SEMAPHORE, check=True)
-        session.socket.settimeout(10)
-        _, rc = session.receive()
-    assert rc == 0
+    assert [call for call in cold_olt.trace() if call.op == "semaphore_p"] == []
+    assert not vty_port_is_open(cold_olt)
+    cold_olt.exec("python3", "-c", FREE_BOARD_SEMAPHORE, check=True)
+    cold_olt.wait_answers()
+    in_order(cold_olt.trace(), r"semaphore_p id=board -> 0", r"misc_cpld_i2c_set_byte .*reg=6 val=0x00")
     wait_until(lambda: cold_olt.sem_value("board") == 1, "the semaphore is free")
 
 

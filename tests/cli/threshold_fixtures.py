@@ -48,7 +48,7 @@ def a_pass(olt):
     start = os.path.getsize(olt.trace_path)
 
     def complete():
-        calls = read_trace(olt.trace_path, start)
+        calls = [call for call in read_trace(olt.trace_path, start) if call.thread == "main"]
         first = next((i for i, call in enumerate(calls) if call.op == FETCH), None)
         if first is None:
             return None
@@ -67,7 +67,7 @@ def reported(olt):
     """What was reported since this was last asked, to the end of a pass that begins after now."""
     a_pass(olt)
     start, olt.reported_to = getattr(olt, "reported_to", 0), os.path.getsize(olt.trace_path)
-    return reports(read_trace(olt.trace_path, start, olt.reported_to))
+    return reports([call for call in read_trace(olt.trace_path, start, olt.reported_to) if call.thread == "main"])
 
 
 def set_temperature(olt, tenths):

@@ -234,6 +234,12 @@ int misc_i2c_write(int handle, uint8_t address, uint8_t reg, uint8_t *buf, int l
     return len;
 }
 
+// core/ can file records; modules have none to file.
+int cli_log(tq_database_t *, tq_alarm_req_t *, const char *, ...)
+{
+    return -1;
+}
+
 int board_mmap_read(int index, void *record)
 {
     const auto at = static_cast<std::size_t>(index);
