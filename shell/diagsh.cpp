@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// diagsh: the shell of the diagnostics daemon, for a person (alone) and for scripts (-c).
+// diagsh: the shell of the diagnostics daemon, for a person (alone) and for scripts (-c, -m).
 #include "failure.hpp"
+#include "monitor.hpp"
 #include "paths.hpp"
 #include "save.hpp"
 #include "script.hpp"
@@ -22,11 +23,14 @@ constexpr const char *help_text =
     R"(usage: diagsh [-s FOLDER]                                a session for a person
        diagsh [-s FOLDER] [-n NODE] -c COMMAND [-c ...]  run commands
        diagsh [-s FOLDER] [-n NODE] < FILE               run the lines of a file
+       diagsh [-s FOLDER] -m                             show the log as it is written
 
   -c, --command COMMAND  run COMMAND and print its output; may be repeated
   -n, --node NODE        where the commands run: view, enable, config (default), or a
                          command that enters another node from configuration, such as
                          diagnose or "interface gpon 0/3"
+  -m, --monitor          print what the daemon logs from now on, alarms among it, until
+                         Control-C; status 69 when the daemon ends
   -s, --state FOLDER     state folder of the OLT (default: $OLT_STATE, else the OLT of
                          this machine, else the one that ./run started)
   -h, --help             this text
@@ -44,16 +48,16 @@ struct Options {
     std::string node = "config";
     bool node_given = false;
     bool is_box_shell = false; // called by the name vtysh
+    bool monitor = false;
     std::vector<std::string> commands;
 };
 
 Options parse(int argc, char **argv)
 {
-    static const option long_options[] = {{"command", required_argument, nullptr, 'c'},
-                                          {"node", required_argument, nullptr, 'n'},
-                                          {"state", required_argument, nullptr, 's'},
-                                          {"help", no_argument, nullptr, 'h'},
-                                          {nullptr, 0, nullptr, 0}};
+    static const option long_options[] = {
+        {"command", required_argument, nullptr, 'c'}, {"node", required_argument, nullptr, 'n'},
+        {"monitor", no_argument, nullptr, 'm'},       {"state", required_argument, nullptr, 's'},
+        {"help", no_argument, nullptr, 'h'},          {nullptr, 0, nullptr, 0}};
     Options options;
     options.is_box_shell = argc > 0 && std::filesystem::path(argv[0]).filename() == "vtysh";
     if (options.is_box_shell)
@@ -61,7 +65,7 @@ Options parse(int argc, char **argv)
     if (const char *state = std::getenv("OLT_STATE"))
         options.state = state;
     int letter = 0;
-    while ((letter = ::getopt_long(argc, argv, "c:n:s:h", long_options, nullptr)) != -1) {
+    while ((letter = ::getopt_long(argc, argv, "c:n:ms:h", long_options, nullptr)) != -1) {
         switch (letter) {
         case 'c':
             options.commands.emplace_back(optarg);
@@ -69,6 +73,9 @@ Options parse(int argc, char **argv)
         case 'n':
             options.node = optarg;
             options.node_given = true;
+            break;
+        case 'm':
+            options.monitor = true;
             break;
         case 's':
             options.state = optarg;
@@ -103,6 +110,11 @@ int run(int argc, char **argv)
     Options options = parse(argc, argv);
     const diagsh::OltPaths olt = diagsh::find_olt(options.state);
 
+    if (options.monitor) {
+        if (options.node_given || !options.commands.empty())
+            throw diagsh::Failure(EX_USAGE, "-m runs no commands; it goes without -c and -n");
+        return diagsh::monitor_log(olt);
+    }
     if (options.commands.empty() && ::isatty(STDIN_FILENO) != 0) {
         if (options.node_given)
             throw diagsh::Failure(EX_USAGE, "-n goes with -c; a session starts where the vty starts");

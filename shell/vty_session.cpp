@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstring>
 #include <filesystem>
+#include <span>
 #include <string_view>
 
 namespace diagsh {
@@ -61,6 +62,27 @@ diagd::UniqueFd connect_to(const std::string &path, std::chrono::seconds longest
     return fd;
 }
 
+// As recv(); a descriptor that comes along replaces `passed`.
+ssize_t receive(int socket, std::span<char> bytes, diagd::UniqueFd &passed)
+{
+    iovec area{bytes.data(), bytes.size()};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control;
+    msghdr message{};
+    message.msg_iov = &area;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    const ssize_t got = ::recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
+    const cmsghdr *header = got < 0 ? nullptr : CMSG_FIRSTHDR(&message);
+    if (header && header->cmsg_level == SOL_SOCKET && header->cmsg_type == SCM_RIGHTS &&
+        header->cmsg_len == CMSG_LEN(sizeof(int))) {
+        int fd = -1;
+        std::memcpy(&fd, CMSG_DATA(header), sizeof fd);
+        passed = diagd::UniqueFd(fd);
+    }
+    return got;
+}
+
 } // namespace
 
 VtySession::VtySession(const std::string &socket_path, std::chrono::seconds longest_answer)
@@ -88,10 +110,11 @@ VtyAnswer VtySession::run(const std::string &command)
 
     // The vty prints no NUL, so the answer ends with the first one, three bytes later.
     std::string answer;
+    diagd::UniqueFd passed;
     std::size_t mark = std::string::npos;
     std::array<char, 65536> chunk;
     while (mark == std::string::npos || answer.size() < mark + end_mark_size) {
-        const ssize_t got = ::recv(m_socket.get(), chunk.data(), chunk.size(), 0);
+        const ssize_t got = receive(m_socket.get(), chunk, passed);
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
@@ -103,7 +126,7 @@ VtyAnswer VtySession::run(const std::string &command)
     }
     const auto status = static_cast<unsigned char>(answer[mark + end_mark_size - 1]);
     answer.resize(mark);
-    return {status, std::move(answer)};
+    return {status, std::move(answer), std::move(passed)};
 }
 
 } // namespace diagsh

@@ -12,8 +12,9 @@
 namespace diagsh {
 
 struct VtyAnswer {
-    int status = 0;   // the command's return code, 0 is success
-    std::string text; // what it printed, byte for byte
+    int status = 0;              // the command's return code, 0 is success
+    std::string text;            // what it printed, byte for byte
+    diagd::UniqueFd passed = {}; // descriptor the daemon gave along with the status, of few commands only
 };
 
 class VtySession {

@@ -43,8 +43,7 @@ void write_alarm(struct vty *vty, std::uint16_t id, const tq_alarm_cfg_t &config
     const std::string_view name = alarm_name(id);
     const std::string_view class_name = alarm_class_name(id);
     const std::string_view level = field_text(configured.level);
-    // One without a level has no command that would give it back.
-    if (!level.empty() && level != field_text(tq_alarm_log_level[entry.default_level]))
+    if (level != field_text(tq_alarm_log_level[entry.default_level]))
         vty_out(vty, "alarm-log %.*s %.*s level %.*s%s", print_length(class_name), class_name.data(),
                 print_length(name), name.data(), print_length(level), level.data(), line_end);
 

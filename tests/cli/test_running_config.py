@@ -3,6 +3,7 @@
 import pytest
 from alarm_fixtures import calls_of, catalogue, edit_database, olt, try_edit_database  # noqa: F401
 from alarm_words import ACTIONS, LEVELS, NAMED
+from olt import wait_until
 from threshold_fixtures import BOARD_ALARMS, PON_ALARMS, store_thresholds
 
 FRESH = ["alarm-log remote server ipv4 disable", "alarm-log remote server ipv6 disable", "alarm-log flash level warning"]
@@ -96,6 +97,13 @@ def test_only_what_differs_from_the_catalogue_is_written(olt, catalogue):  # noq
     assert len(expected) > 500
     configure(olt, *reversed(expected))
     assert lines(olt) == FRESH + expected
+
+
+def test_a_level_that_somebody_removed_differs_from_the_catalogue(olt):  # noqa: F811
+    edit_database(olt, '<alarm-log xmlns="urn:norvale:yang:olt-alarm-log"'
+                       ' xmlns:nc="urn:ietf:params:xml:ns:netconf:base:1.0">'
+                       '<alarm><id>0</id><level nc:operation="remove"/></alarm></alarm-log>')
+    wait_until(lambda: lines(olt) == [*FRESH, "alarm-log alarm fan level "], "the removal is seen")
 
 
 def test_thresholds_are_written_as_they_are_stored(olt):  # noqa: F811

@@ -45,6 +45,9 @@ target_include_directories(alarm_action_test PRIVATE ${diagd_dir}/core ${diagd_d
 diagd_unit_test(alarm_id_test alarm_id_test.cpp ${diagd_dir}/alarm_log/alarm_id.cpp LIBS platform_headers)
 target_include_directories(alarm_id_test PRIVATE ${diagd_dir}/alarm_log)
 
+diagd_unit_test(remote_server_test remote_server_test.cpp ${diagd_dir}/alarm_log/remote_server.cpp LIBS platform_headers)
+target_include_directories(remote_server_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
+
 # remote_change.cpp comes as an object, so that the test sees no headers of sysrepo.
 diagd_unit_test(alarm_log_database_test alarm_log_database_test.cpp ${diagd_dir}/alarm_log/alarm_log_database.cpp
                 ${diagd_dir}/core/state.cpp LIBS platform_headers)

@@ -4,6 +4,8 @@
 
 #include <sysrepo.h>
 
+#include <atomic>
+
 using namespace sandbox;
 
 namespace {
@@ -87,6 +89,40 @@ TEST_F(Transactions, changes_are_made_inside_the_own_lock)
     ASSERT_EQ(db_apply_unlock(&db), 0);
     for (uint16_t id = 0; id < 102; ++id)
         ASSERT_EQ(print_of(id), 1);
+}
+
+TEST_F(Transactions, a_bulk_change_is_one_transaction)
+{
+    for (uint16_t id = 0; id < 102; ++id)
+        ASSERT_EQ(set_print(id, 0, 0), 0);
+    ASSERT_EQ(db_apply_changes(db.conn), 0);
+    // Another connection hears of every transaction that was made.
+    static std::atomic<int> transactions;
+    transactions = 0;
+    const auto count = [](sr_session_ctx_t *, const char *, const char *, sr_event_t event, uint32_t,
+                          void *) {
+        transactions += event == SR_EV_DONE;
+        return static_cast<int>(SR_ERR_OK);
+    };
+    sr_conn_ctx_t *connection = nullptr;
+    sr_session_ctx_t *session = nullptr;
+    sr_subscription_ctx_t *subscription = nullptr;
+    ASSERT_EQ(sr_connect(SR_CONN_DEFAULT, &connection), 0);
+    ASSERT_EQ(sr_session_start(connection, SR_DS_RUNNING, &session), 0);
+    ASSERT_EQ(sr_module_change_subscribe(session, "olt-alarm-log", nullptr, count, nullptr, 0,
+                                         SR_SUBSCR_DONE_ONLY | SR_SUBSCR_PASSIVE, &subscription),
+              0);
+    ASSERT_EQ(db_apply_lock(&db), 0);
+    for (uint16_t id = 0; id < 102; ++id)
+        ASSERT_EQ(set_print(id, 1, 0), 0);
+    ASSERT_EQ(db_apply_changes(db.conn), 0);
+    ASSERT_EQ(db_apply_unlock(&db), 0);
+    // One more, so that all before it have been heard.
+    ASSERT_EQ(set_print(3, 0, 1), 0);
+    EXPECT_TRUE(wait_until([] { return transactions >= 2; }));
+    EXPECT_EQ(transactions, 2);
+    sr_unsubscribe(subscription);
+    sr_disconnect(connection);
 }
 
 TEST_F(Transactions, unlocking_what_is_not_locked_fails)
