@@ -30,7 +30,8 @@ def calls_during(olt, command):
     mark = len(olt.trace())
     text, rc = olt.run(command)
     assert rc == 0
-    return text, of(olt.trace()[mark:], "fopen|nanosleep|system_cmd|fclose")
+    commands = [call for call in olt.trace()[mark:] if call.thread == "main"]
+    return text, of(commands, "fopen|nanosleep|system_cmd|fclose")
 
 
 # --- processors
