@@ -42,10 +42,12 @@ int Database::ready()
         int code = TQ_OK;
         switch (repository_->standing(code)) {
         case Standing::firm:
+            is_suspect_ = is_suspect_ || repository_->is_stuck();
             if (is_suspect_ && Repository::is_alone()) {
                 drop(Trust::stuck);
                 break;
             }
+            repository_->try_again();
             if (is_away_) // what others changed meanwhile may have gone by
                 code = repository_->reload();
             is_away_ = code != TQ_OK;
@@ -95,7 +97,7 @@ void Database::drop(Trust trust)
         if (trust == Trust::usual)
             session.reset();
         else
-            static_cast<void>(session.release());
+            leave_behind(session.release());
     std::unique_ptr<Repository> dropped;
     {
         const std::lock_guard lock(schema_);

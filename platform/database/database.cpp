@@ -51,7 +51,10 @@ int Database::through_keeper(Work work)
             if (!keeper_.is_awaited()) // what was refused must not happen later
                 return static_cast<int>(TQ_ERR_TIMEOUT);
             const int code = work(*repository_);
-            is_suspect_ = is_suspect_ || code == TQ_ERR_TIMEOUT || !keeper_.is_awaited();
+            if (code == TQ_ERR_TIMEOUT || !keeper_.is_awaited())
+                is_suspect_ = true;
+            else if (code == TQ_OK)
+                is_suspect_ = false;
             return code;
         },
         is_reachable_ ? answer_wait : connect_wait);
@@ -87,7 +90,8 @@ void Database::disconnect()
         [this] {
             int code = TQ_OK;
             const bool is_broken = repository_ && repository_->standing(code) == Standing::broken;
-            drop(is_broken ? Trust::none : is_suspect_ ? Trust::stuck : Trust::usual);
+            const bool is_stuck = is_suspect_ || (repository_ && repository_->is_stuck());
+            drop(is_broken ? Trust::none : is_stuck ? Trust::stuck : Trust::usual);
             is_kept_ = false;
             sessions_.clear();
             modules_.clear();

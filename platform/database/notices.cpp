@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <vector>
 
 namespace tq::db {
 
@@ -65,10 +66,16 @@ bool Repository::stop_thread()
 void Repository::abandon()
 {
     stop_thread();
-    static_cast<void>(subscription_.release());
-    static_cast<void>(listener_.release());
-    static_cast<void>(session_.release());
-    static_cast<void>(connection_.release());
+    leave_behind(subscription_.release());
+    leave_behind(listener_.release());
+    leave_behind(session_.release());
+    leave_behind(connection_.release());
+}
+
+void leave_behind(void *handle)
+{
+    static auto &all = *new std::vector<void *>;
+    all.push_back(handle);
 }
 
 // All subscriptions share one context, so one pipe and one taker serve them.
@@ -218,9 +225,13 @@ int Repository::reload()
 void Repository::take_notices()
 {
     const std::lock_guard lock(notices_);
+    if (is_stuck())
+        return;
+    const Patience patience(is_stuck_);
     in_callback = true;
     sr_process_events(subscription_.get(), nullptr, nullptr);
     in_callback = false;
+    patience.is_over();
 }
 
 int Repository::start_thread()
@@ -236,7 +247,9 @@ void Repository::run() noexcept
 {
     std::array<pollfd, 2> fds{pollfd{event_fd_, POLLIN, 0}, pollfd{stop_.get(), POLLIN, 0}};
     for (;;) {
-        if (::poll(fds.data(), fds.size(), -1) < 0 && errno != EINTR)
+        // While it is stuck, the keeper of the database decides how to go on.
+        fds[0].fd = is_stuck() ? -1 : event_fd_;
+        if (::poll(fds.data(), fds.size(), is_stuck() ? 1000 : -1) < 0 && errno != EINTR)
             return;
         if (fds[1].revents != 0 || (fds[0].revents & (POLLERR | POLLNVAL)) != 0)
             return;

@@ -169,8 +169,11 @@ bool Repository::is_valid(Slot slot, const char *text) const
 
 int Repository::apply(const Changes &changes)
 {
+    if (is_stuck())
+        return TQ_ERR_TIMEOUT;
     if (is_shared_memory_full())
         return TQ_ERR_NO_SPACE;
+    const Patience patience(is_stuck_);
     int result = SR_ERR_OK;
     for (const auto &[slot, value] : changes) {
         const Path path = path_of(slot);
@@ -183,14 +186,18 @@ int Repository::apply(const Changes &changes)
     const Turn turn(turn_, apply_timeout);
     if (SharedState(sr_get_repo_path()).has_dead_subscriber())
         forget_the_dead();
+    if (result == SR_ERR_OK && patience.is_over())
+        result = SR_ERR_TIME_OUT;
     errno = 0;
-    if (result ==
-        SR_ERR_OK) // waits for the subscribers: an event that one has not taken blocks the next writer
+    // Waits for the subscribers: an event that one has not taken blocks the next writer.
+    if (result == SR_ERR_OK)
         result = sr_apply_changes(session_.get(), apply_timeout.count(), 1);
     const int code = code_of(result, session_.get());
     // Changes that were refused stay in the session and would be refused again with the next ones.
     if (result != SR_ERR_OK)
         sr_discard_changes(session_.get());
+    if (patience.is_over())
+        return code;
     take_notices();
     if (result == SR_ERR_TIME_OUT) // it may have come through all the same
         reload();

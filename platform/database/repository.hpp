@@ -18,6 +18,7 @@
 #include "sr_error.hpp"
 #include "tq_database.h"
 
+#include <atomic>
 #include <chrono>
 #include <deque>
 #include <memory>
@@ -51,6 +52,26 @@ using Connection = std::unique_ptr<sr_conn_ctx_t, DisconnectDeleter>;
 using Session = std::unique_ptr<sr_session_ctx_t, SessionDeleter>;
 using Subscription = std::unique_ptr<sr_subscription_ctx_t, UnsubscribeDeleter>;
 
+// Keeps what cannot be given back where it can be seen that it is not forgotten.  The keeper's thread only.
+void leave_behind(void *handle);
+
+// How long a call may take before the state counts as stuck: longer than the times above together.
+class Patience {
+public:
+    explicit Patience(std::atomic<bool> &is_stuck) : is_stuck_(is_stuck) {}
+    bool is_over() const
+    {
+        constexpr std::chrono::seconds longest{8};
+        if (std::chrono::steady_clock::now() - begin_ > longest)
+            is_stuck_ = true;
+        return is_stuck_;
+    }
+
+private:
+    std::atomic<bool> &is_stuck_;
+    const std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
+};
+
 class Repository {
 public:
     // Connects, makes `mirror` and the database agree, and keeps the former current.  What the database lacks
@@ -63,6 +84,9 @@ public:
     void abandon();
 
     Standing standing(int &code) const { return basis_->look(code); }
+    // A lock was waited for in vain: nothing is tried any more, until somebody says so.
+    bool is_stuck() const { return is_stuck_; }
+    void try_again() { is_stuck_ = false; }
     // Nobody else is connected, see SharedState.
     static bool is_alone();
     Repository(const Repository &) = delete;
@@ -125,8 +149,9 @@ private:
     std::array<lys_node *, settings.size()> schema_{};
     std::deque<Watched> watched_;     // addresses stay
     std::deque<tq_db_entry> entries_; // of the callers' subscriptions; addresses stay
-    std::mutex notices_;              // one taker at a time
-    int event_fd_ = -1;               // the subscription's
+    std::atomic<bool> is_stuck_ = false;
+    std::mutex notices_; // one taker at a time
+    int event_fd_ = -1;  // the subscription's
     Descriptor stop_;
     Descriptor lock_; // files of the apply lock and of turns
     Descriptor turn_;

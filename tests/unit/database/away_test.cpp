@@ -67,6 +67,7 @@ protected:
         Program other = peer({"hear", "5", "alert"});
         ASSERT_EQ(other.line(), "ready");
         EXPECT_EQ(other.line(), "heard") << "what was kept is in the database, too";
+        EXPECT_EQ(other.wait(), 0); // one that is killed would hold up all others
         ASSERT_EQ(edit("<alarm><id>8</id><level>notice</level></alarm>"), 0);
         EXPECT_TRUE(wait_until([&] { return level(8) == "notice"; }));
         static int port = 1514;
@@ -148,6 +149,7 @@ TEST_F(Away, it_is_connected_to_again_without_being_asked)
     Program other = peer({"hear", "5", "alert"});
     ASSERT_EQ(other.line(), "ready");
     EXPECT_EQ(other.line(), "heard");
+    EXPECT_EQ(other.wait(), 0);
 }
 
 TEST_F(Away, getters_show_no_gap_while_it_is_made_anew)
