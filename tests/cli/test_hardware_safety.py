@@ -1,0 +1,123 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The board shared by threads, sessions and processes, and what is left of it when any of them, or the board,
+fails."""
+import contextlib
+import itertools
+import os
+import random
+import signal
+import subprocess
+import threading
+import time
+from pathlib import Path
+
+import pytest
+from calls import of, read_trace
+from module_memory import path, plug
+from monitors import calls_of
+from olt import wait_until
+
+PAUSES = ("sleep", "usleep", "nanosleep")
+WORKERS = ["fan_monitor", "power_monitor", "reset_monitor", "usb_monitor"]
+THRESHOLD_TIMER = "alarm_log_threshold_monitor"
+
+
+# --- who holds the board
+
+# An hour is 720 passes of the fan monitor, 1800 polls of the power monitor, 18000 samples of the button and 1200
+# passes of the threshold monitor.  They are done as fast as the machine can, for so long at most; on a busy
+# machine the least is what proves something.
+HOUR = {"fan_monitor": 720, "power_monitor": 1800, "reset_monitor": 18000, "threshold": 1200}
+LEAST_SHARE_OF_AN_HOUR = 0.1
+LONGEST_HOUR_S = 20
+# Pauses of a thread in one pass: the fan monitor looks at its switch every second of its five.
+PAUSES_OF_A_PASS = {"fan_monitor": 5, "power_monitor": 1, "reset_monitor": 1}
+LOAD = [
+    ("config", "show transceiver", "show fan json", "show temperature"),
+    ("config", "show transceiver diagnosis", "show sys power", "show alarm-log tail 3"),
+    ("diagnose", "system led on", "pon led on", "show pon tx", "show logic version", "pon power off 8", "pon power on 8"),
+    ("config", "fan speed high", "show transceiver json", "fan speed auto", "show version"),
+]
+
+
+@contextlib.contextmanager
+def load(olt):
+    """While it lasts, sessions of several operators use the board in loops.  Gives the numbers of their rounds."""
+    done, rounds, errors = threading.Event(), [0] * len(LOAD), []
+
+    def operate(number, node, commands):
+        try:
+            with olt.vty(node) as session:
+                while not done.is_set():
+                    for command in commands:
+                        session.run(command)
+                    rounds[number] += 1
+        except Exception as error:  # told by the test's own thread
+            errors.append(error)
+
+    operators = [threading.Thread(target=operate, args=(n, node, commands)) for n, (node, *commands) in enumerate(LOAD)]
+    for operator in operators:
+        operator.start()
+    try:
+        yield rounds
+    finally:
+        done.set()
+        for operator in operators:
+            operator.join()
+    assert not errors, errors
+
+
+def passes(calls):
+    counts = {thread: len([call for call in calls if call.thread == thread and call.op == "nanosleep"]) // pauses
+              for thread, pauses in PAUSES_OF_A_PASS.items()}
+    counts["threshold"] = len([call for call in calls if call.op == "thread_add_timer" and THRESHOLD_TIMER in call.arguments])
+    return counts
+
+
+def check_discipline(calls):
+    """Takes and gives of the board pair up in each thread, are never nested, and have no pause between them.
+    Returns how often each thread took it."""
+    held, takes = {}, {}
+    for call in calls:
+        if call.op in ("semaphore_p", "semaphore_v") and call.values["id"] == "board":
+            assert call.result == "0", call
+            if call.op == "semaphore_p":
+                assert not held.get(call.thread), f"{call.thread} takes what it holds, at {call.time_ms}"
+                takes[call.thread] = takes.get(call.thread, 0) + 1
+            else:
+                assert held.get(call.thread), f"{call.thread} gives what it does not hold, at {call.time_ms}"
+            held[call.thread] = call.op == "semaphore_p"
+        elif call.op in PAUSES:
+            assert not held.get(call.thread), f"{call.thread} pauses with the board, at {call.time_ms}"
+    assert not any(held.values()), held
+    return takes
+
+
+@pytest.mark.slow
+def test_over_an_hour_of_mixed_load_the_board_is_taken_and_given_in_pairs_and_never_across_a_pause(cold_olt):
+    olt = cold_olt
+    # Button samples are ten times as frequent as anything else: one of a millisecond is short enough.
+    olt.faults("nanosleep thread=fan_monitor ret=0 delay_ms=3", "nanosleep thread=power_monitor ret=0 delay_ms=8",
+               "nanosleep thread=reset_monitor ret=0 delay_ms=1")
+    plug(olt, "gpon", 3, *path())
+    olt.start(trace=True, env={"CALL_SHIM_TIMER": f"{THRESHOLD_TIMER}=5"})
+    olt.run("alarm-log alarm temp-high enable print")
+    begin = time.monotonic()
+    with load(olt) as rounds:
+        for temperature, status in itertools.cycle([(250, "0x03"), (650, "0x01"), (400, "0x07"), (750, "0x02")]):
+            olt.boardctl("temp", "set", temperature)
+            olt.boardctl("power", status)
+            time.sleep(0.25)  # the rhythm in which the board changes
+            if time.monotonic() > begin + LONGEST_HOUR_S:
+                break
+    assert olt.stop() == 0
+    assert olt.sem_value("board") == 1
+    calls = read_trace(olt.trace_path)
+    done = passes(calls)
+    print(f"passes {done}, of an hour's {HOUR}; rounds of the operators {rounds}")
+    for thread, hour in HOUR.items():
+        assert done[thread] >= LEAST_SHARE_OF_AN_HOUR * hour, (thread, done)
+    assert min(rounds) >= 3, rounds
+    takes = check_discipline(calls)
+    print(f"the board was taken {takes}")
+    assert {"main", "fan_monitor", "power_monitor"} <= set(takes)
