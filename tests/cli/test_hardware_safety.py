@@ -121,3 +121,93 @@ def test_over_an_hour_of_mixed_load_the_board_is_taken_and_given_in_pairs_and_ne
     takes = check_discipline(calls)
     print(f"the board was taken {takes}")
     assert {"main", "fan_monitor", "power_monitor"} <= set(takes)
+
+
+# --- processes that die with the board
+
+KILLS = 8
+
+
+@pytest.fixture
+def chance():
+    seed = int.from_bytes(os.urandom(4), "little")
+    print(f"seed {seed}")  # shown when the test fails
+    return random.Random(seed)
+
+
+def start_peer(olt):
+    """Another process of the box that takes and gives the board without end."""
+    peer = subprocess.Popen(
+        olt.inside("/usr/bin/python3", Path(__file__).with_name("board_peer.py"), "/run/olt/build/lib"),
+        stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+    assert peer.stdout.readline() == b"ready\n"
+    return peer
+
+
+def is_alive(olt):
+    """Commands and monitors get the board."""
+    assert olt.run("show logic version", "diagnose")[1] == 0
+    before = olt.trace_path.stat().st_size
+    wait_until(lambda: {call.thread for call in of(read_trace(olt.trace_path, before), "semaphore_v")} >= {"power_monitor"},
+               "the power monitor takes and gives the board")
+
+
+def ended(peer):
+    peer.send_signal(signal.SIGCONT)  # nsenter stops with the process it waits for
+    return peer.poll() is not None
+
+
+def pid_inside(process):
+    # nsenter waits for its only child.
+    return int(Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()[0])
+
+
+@pytest.mark.slow
+def test_a_process_killed_with_the_board_leaves_the_daemon_running(cold_olt, chance):
+    olt = cold_olt
+    olt.faults("nanosleep thread=power_monitor ret=0 delay_ms=20")
+    olt.start(trace=True)
+    kills_with_the_board = 0
+    for _ in range(KILLS):
+        peer = start_peer(olt)
+        time.sleep(chance.uniform(0, 0.05))  # the random point
+        victim = pid_inside(peer)
+        os.kill(victim, signal.SIGSTOP)
+        kills_with_the_board += olt.sem_value("board") == 0
+        os.kill(victim, signal.SIGKILL)
+        wait_until(lambda: ended(peer), "the killed process is gone")
+        is_alive(olt)
+    wait_until(lambda: olt.sem_value("board") == 1, "the board is free")
+    assert kills_with_the_board > 0, "no kill came while the board was taken"
+    assert olt.stop() == 0
+    assert olt.sem_value("board") == 1
+
+
+@pytest.mark.slow
+def test_the_daemon_killed_at_any_point_leaves_the_board_to_the_others(cold_olt, chance):
+    olt = cold_olt
+    olt.faults("nanosleep thread=power_monitor ret=0 delay_ms=1")
+    olt.start()
+    peer = start_peer(olt)
+    for round_ in range(KILLS // 2):
+        if round_:
+            olt.start()
+        session = olt.vty()
+        for command in ("show transceiver", "show transceiver diagnosis", "show version") * 3:
+            session.send(command)
+        time.sleep(chance.uniform(0, 0.05))  # the random point
+        assert olt.kill() == -signal.SIGKILL
+        session.close()
+        count = rounds_of(peer)
+        assert rounds_of(peer) > count, "the other process goes on"
+    peer.stdin.close()
+    assert peer.wait(10) == 0
+    peer.stdout.close()
+    assert olt.sem_value("board") == 1
+
+
+def rounds_of(peer):
+    """How often the peer has taken the board, asked after it took it once more at least."""
+    peer.stdin.write(b"\n")
+    peer.stdin.flush()
+    return int(peer.stdout.readline())
