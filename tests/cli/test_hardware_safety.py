@@ -211,3 +211,87 @@ def rounds_of(peer):
     peer.stdin.write(b"\n")
     peer.stdin.flush()
     return int(peer.stdout.readline())
+
+
+# --- a board that is late, silent or talks garbage
+
+BUSY_PERCENT = 2
+WINDOW_S = 8
+SLOWEST_COMMAND_S = 20
+
+
+def cpu_s(olt):
+    """Processor time of all threads of the daemon so far."""
+    return sum(int((task / "schedstat").read_text().split()[0]) for task in Path(f"/proc/{olt.pid}/task").iterdir()) / 1e9
+
+
+@contextlib.contextmanager
+def late(olt):
+    olt.boardctl("fault", "add", "any", "delay=50")
+    yield
+    olt.boardctl("fault", "clear")
+
+
+@contextlib.contextmanager
+def silent(olt):
+    board = board_pid(olt)
+    os.kill(board, signal.SIGSTOP)
+    yield
+    os.kill(board, signal.SIGCONT)
+
+
+@contextlib.contextmanager
+def garbled(olt):
+    """Registers and modules full of random bytes, a sensor that jumps over its whole range."""
+    done, noise = threading.Event(), random.Random(1)
+    plug(olt, "gpon", 1, *(bytes(noise.randbytes(256)) for _ in range(2)))
+
+    def garble():
+        while not done.wait(0.05):
+            olt.boardctl("reg", "set", noise.randrange(16), noise.randrange(256))
+            olt.boardctl("temp", "raw", noise.randrange(65536))
+            olt.boardctl("power", noise.randrange(256))
+
+    garbler = threading.Thread(target=garble)
+    garbler.start()
+    try:
+        yield
+    finally:
+        done.set()
+        garbler.join()
+
+
+def board_pid(olt):
+    """The board's process, which the box has started."""
+    known, found = [olt.holder.pid], []
+    while known:
+        pid = known.pop()
+        with contextlib.suppress(FileNotFoundError, ProcessLookupError):
+            if Path(f"/proc/{pid}/comm").read_text() == "boardsim\n":
+                found.append(pid)
+            for task in Path(f"/proc/{pid}/task").iterdir():
+                known += map(int, (task / "children").read_text().split())
+    assert len(found) == 1, found
+    return found[0]
+
+
+@pytest.mark.slow
+@pytest.mark.parametrize("state", [late, silent, garbled], ids=lambda state: state.__name__)
+def test_a_bad_board_costs_no_processor_and_leaves_commands_and_threads(fresh_olt, state):
+    olt = fresh_olt
+    threads = olt.threads()
+    assert set(WORKERS) <= set(threads)
+    with olt.vty(timeout=SLOWEST_COMMAND_S) as session, olt.vty("diagnose", timeout=SLOWEST_COMMAND_S) as diagnose:
+        with state(olt):
+            begin, spent = time.monotonic(), cpu_s(olt)
+            for operator, command in ((session, "show version"), (session, "show fan json"), (diagnose, "show logic version"),
+                                      (diagnose, "show pon tx"), (session, "show transceiver")):
+                text, rc = operator.run(command)
+                assert rc in (0, 1), (command, text)
+            time.sleep(max(0, WINDOW_S - (time.monotonic() - begin)))  # what the monitors do by themselves
+            share = 100 * (cpu_s(olt) - spent) / (time.monotonic() - begin)
+            assert olt.threads() == threads
+        print(f"{state.__name__}: {share:.2f} percent of a core")
+        assert share < BUSY_PERCENT
+        assert session.run("show version")[1] == 0
+    wait_until(lambda: olt.sem_value("board") == 1, "the board is free")
