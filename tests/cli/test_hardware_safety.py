@@ -295,3 +295,31 @@ def test_a_bad_board_costs_no_processor_and_leaves_commands_and_threads(fresh_ol
         assert share < BUSY_PERCENT
         assert session.run("show version")[1] == 0
     wait_until(lambda: olt.sem_value("board") == 1, "the board is free")
+
+
+# --- the end
+
+@pytest.mark.slow
+def test_the_end_comes_within_a_second_of_the_command_that_runs_and_leaves_the_fans(cold_olt):
+    olt = cold_olt
+    olt.faults()
+    olt.start(trace=True)
+    olt.run("fan mode open")
+    olt.run("fan speed high")
+    wait_until(lambda: olt.boardctl("reg", "get", 4) == "0x01\n" and olt.boardctl("reg", "get", 5) == "0x02\n",
+               "the fans turn as ordered", 15)
+    olt.faults("misc_cpld_i2c_open thread=main delay_ms=2000")
+    with olt.vty("diagnose") as session:
+        before = len(olt.trace())
+        session.send("show logic version")
+        wait_until(lambda: of(calls_of(olt, "main", before), "semaphore_p"), "the command has the board")
+        olt.send_signal(signal.SIGTERM)
+        _, rc = session.receive()
+        answered = time.monotonic()
+        assert rc == 0, "the command is finished"
+    assert olt.wait_end() == 0
+    took = time.monotonic() - answered
+    print(f"the end came {took * 1000:.0f} ms after the command")
+    assert took < 1
+    assert olt.sem_value("board") == 1
+    assert (olt.boardctl("reg", "get", 4), olt.boardctl("reg", "get", 5)) == ("0x01\n", "0x02\n")
