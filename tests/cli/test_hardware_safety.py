@@ -323,3 +323,34 @@ def test_the_end_comes_within_a_second_of_the_command_that_runs_and_leaves_the_f
     assert took < 1
     assert olt.sem_value("board") == 1
     assert (olt.boardctl("reg", "get", 4), olt.boardctl("reg", "get", 5)) == ("0x01\n", "0x02\n")
+
+
+# --- privileges
+
+def user_ids(olt):
+    """Real and effective user of the daemon's main thread."""
+    line = next(line for line in Path(f"/proc/{olt.pid}/task/{olt.pid}/status").read_text().splitlines()
+                if line.startswith("Uid:"))
+    return tuple(map(int, line.split()[1:3]))
+
+
+def test_the_daemon_is_root_around_the_open_of_the_cpld_only(cold_olt):
+    olt = cold_olt
+    olt.faults()
+    olt.start(trace=True)
+    daemon = 1  # the user of that name
+    assert user_ids(olt)[1] == daemon
+    olt.faults("misc_cpld_i2c_open thread=main delay_ms=1000")
+    with olt.vty("diagnose") as session:
+        session.send("show logic version")
+        wait_until(lambda: user_ids(olt)[1] == 0, "the daemon is root while it opens the CPLD")
+        assert session.receive()[1] == 0
+        assert user_ids(olt)[1] == daemon
+    olt.faults("misc_cpld_i2c_read_byte thread=main delay_ms=1000", "misc_cpld_i2c_logic_version_get thread=main delay_ms=1000")
+    with olt.vty("diagnose") as session:
+        before = len(olt.trace())
+        session.send("show pon tx")
+        wait_until(lambda: of(calls_of(olt, "main", before), "lower"), "the CPLD is open")
+        assert user_ids(olt)[1] == daemon, "reading it needs no more than the handle"
+        assert session.receive()[1] == 0
+    assert user_ids(olt)[1] == daemon
