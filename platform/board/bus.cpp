@@ -24,8 +24,8 @@ std::unique_ptr<Bus> make_bus()
 
 const Bus *this_bus()
 {
-    static const std::unique_ptr<Bus> bus = make_bus();
-    return bus.get();
+    static const Bus *const bus = make_bus().release(); // threads may still call while the process exits
+    return bus;
 }
 
 } // namespace board
