@@ -325,6 +325,18 @@ def test_the_end_comes_within_a_second_of_the_command_that_runs_and_leaves_the_f
     assert (olt.boardctl("reg", "get", 4), olt.boardctl("reg", "get", 5)) == ("0x01\n", "0x02\n")
 
 
+@pytest.mark.slow
+def test_the_daemon_ends_well_while_its_monitors_are_at_work(cold_olt):
+    olt = cold_olt
+    olt.faults(*(f"nanosleep thread={thread} ret=0 delay_ms=1" for thread in PAUSES_OF_A_PASS))
+    for _ in range(12):  # each may meet a monitor at another moment
+        olt.start(trace=True)
+        with load(olt):
+            wait_until(lambda: of(calls_of(olt, "fan_monitor"), "misc_i2c_read"), "the fan monitor passes")
+        assert olt.stop() == 0
+        assert olt.sem_value("board") == 1
+
+
 # --- privileges
 
 def user_ids(olt):
