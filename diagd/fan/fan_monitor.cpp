@@ -34,6 +34,11 @@ void set_automatic_speed(int temperature) noexcept
     fan_master.current_speed.store(level, memory_order_relaxed);
 }
 
+bool speed_is_automatic() noexcept
+{
+    return fan_master.speed.load(memory_order_relaxed) == diagd::speed_auto;
+}
+
 void switch_fans(bool open) noexcept
 {
     const std::int32_t state = open ? 1 : 0;
@@ -48,12 +53,13 @@ void switch_fans(bool open) noexcept
 void pass() noexcept
 {
     const int mode = fan_master.mode.load(memory_order_relaxed);
-    const int speed = fan_master.speed.load(memory_order_relaxed);
+    const bool looks_at_sensor = mode == diagd::fan_auto || speed_is_automatic();
 
     int temperature = 0;
-    if (mode == diagd::fan_auto || speed == diagd::speed_auto)
+    if (looks_at_sensor)
         temperature = lm75_temperature_get();
-    if (speed == diagd::speed_auto)
+    // Asked again: reading a dead sensor takes seconds, and a speed the operator chose meanwhile stands.
+    if (looks_at_sensor && speed_is_automatic())
         set_automatic_speed(temperature);
 
     std::int32_t reference = fan_master.reference_temperature.load(memory_order_relaxed);
