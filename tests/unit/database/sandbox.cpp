@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -29,6 +31,31 @@ void check(bool is_good, const char *what)
         throw std::system_error(errno, std::generic_category(), what);
 }
 
+// User daemon must reach this program wherever it lies, under /root for one: a folder on the way that is
+// closed to others gets an open one of memory before it, with the same folders in it.
+void open_the_way(const fs::path &program)
+{
+    fs::path closed;
+    for (const fs::path &part : program.parent_path()) {
+        closed /= part;
+        if ((fs::status(closed).permissions() & fs::perms::others_exec) != fs::perms::none)
+            continue;
+        std::vector<std::pair<fs::path, int>> held;
+        for (const auto &entry : fs::directory_iterator(closed)) {
+            if (entry.is_directory() && !entry.is_symlink())
+                held.emplace_back(entry.path(), open(entry.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        }
+        check(mount("none", closed.c_str(), "tmpfs", 0, "mode=755") == 0, closed.c_str());
+        for (const auto &[folder, descriptor] : held) {
+            const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+            fs::create_directory(folder);
+            check(mount(link.c_str(), folder.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0,
+                  folder.c_str());
+            close(descriptor);
+        }
+    }
+}
+
 // The place lasts as long as the program: its file systems go with the mount namespace.
 class Place : public testing::Environment {
 public:
@@ -36,6 +63,7 @@ public:
     {
         check(unshare(CLONE_NEWNS) == 0, "unshare (root is needed)");
         check(mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private mounts");
+        open_the_way(fs::read_symlink("/proc/self/exe"));
         check(mount("none", "/dev/shm", "tmpfs", 0, nullptr) == 0, "/dev/shm");
         check(mount("none", folder().c_str(), "tmpfs", 0, "mode=755") == 0, folder().c_str());
         fs::copy(YANG_FOLDER, folder() + "/yang", fs::copy_options::recursive);
