@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The daemon's log as it is written: diagsh -m, and `terminal monitor` of a session."""
+import contextlib
 import os
 import re
 import select
@@ -18,8 +19,14 @@ STAMP = re.compile(r"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d DIAGD: ")
 
 
 def sockets_of(pid):
-    links = (os.readlink(entry) for entry in Path(f"/proc/{pid}/fd").iterdir())
-    return sum(link.startswith("socket:") for link in links)
+    return sum(link.startswith("socket:") for link in descriptors(pid))
+
+
+def descriptors(pid):
+    """What the open descriptors of the process lead to; one that it closes meanwhile is left out."""
+    for entry in Path(f"/proc/{pid}/fd").iterdir():
+        with contextlib.suppress(FileNotFoundError):
+            yield os.readlink(entry)
 
 
 class Monitor:
