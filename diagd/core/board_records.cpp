@@ -22,6 +22,26 @@ std::vector<ListedPort> list_ports(std::uint32_t capability_bit, Entry entry)
     }
     return ports;
 }
+
+struct KindTable {
+    std::uint32_t capability;
+    PortTable table;
+};
+
+std::optional<KindTable> kind_table(PortKind kind) noexcept
+{
+    switch (kind) {
+    case PortKind::gigabit_ethernet:
+        return KindTable{BOARD_CAPABILITY_SFP, PortTable::sfp};
+    case PortKind::gpon:
+        return KindTable{BOARD_CAPABILITY_PON, PortTable::pon_first};
+    case PortKind::xgpon:
+        return KindTable{BOARD_CAPABILITY_PON, PortTable::pon_second};
+    case PortKind::none:
+        break;
+    }
+    return std::nullopt;
+}
 } // namespace
 
 std::optional<BoardRecord> BoardRecord::read(int index) noexcept
@@ -86,6 +106,18 @@ std::vector<ListedPort> list_gigabit_ports()
                           const BoardPort entry = board.port(PortTable::sfp, k);
                           return entry.in_use != 0 && entry.present ? std::optional{entry} : std::nullopt;
                       });
+}
+
+bool is_slot_support_port(PortKind kind, SlotPort position) noexcept
+{
+    const std::optional<KindTable> in = kind_table(kind);
+    if (!in || position.slot < 0 || position.port < 0 || position.port >= BOARD_PORT_ENTRIES)
+        return false;
+    const std::optional<BoardRecord> board = first_board_in_service(in->capability);
+    if (!board)
+        return false;
+    const BoardPort entry = board->port(in->table, static_cast<unsigned>(position.port));
+    return entry.in_use != 0 && entry.slot == static_cast<std::uint32_t>(position.slot);
 }
 
 } // namespace diagd

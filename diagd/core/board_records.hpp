@@ -4,6 +4,8 @@
 // are the callers' and the offsets are here.
 #pragma once
 
+#include "slot_port.hpp"
+
 #include "tq_board.h"
 
 #include <array>
@@ -69,5 +71,8 @@ struct ListedPort {
 [[nodiscard]] std::vector<ListedPort> list_pon_ports();
 // The same for gigabit Ethernet ports: in use and present.
 [[nodiscard]] std::vector<ListedPort> list_gigabit_ports();
+
+// Whether the board has that port: its kind's own table has it in use, in that slot.
+[[nodiscard]] bool is_slot_support_port(PortKind kind, SlotPort position) noexcept;
 
 } // namespace diagd

@@ -11,7 +11,8 @@
 namespace diagd {
 
 // Whether the port's presence bit is set; false, too, when the register cannot be read.  Ports are numbered
-// from 1; the number 0 and numbers beyond the register hold no module.
+// from 1; the number 0 and numbers beyond the register hold no module, and a kind that is none of the three
+// is not even looked for.
 [[nodiscard]] bool module_present(const BoardBracket &board, PortKind kind, int port) noexcept;
 
 // The PON ports have the first eight channels, the gigabit Ethernet ports those behind.

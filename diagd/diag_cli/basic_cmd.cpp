@@ -3,8 +3,8 @@
 #include "basic_cmd.hpp"
 
 #include "gpio_reset.hpp"
+#include "interface_argument.hpp"
 #include "nodes.hpp"
-#include "slot_port.hpp"
 #include "text.hpp"
 #include "vty_flush.hpp"
 
@@ -17,8 +17,6 @@
 #include <thread>
 
 using diagd::line_end;
-
-#define SLOT_PORT_STR "PON interface number,slot:<0>,port:<1-x>,x is 2,4,or 8.\n"
 
 static void enter_interface(struct vty *vty, enum node_type node, diagd::PortKind kind, const char *position)
 {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <climits>
 #include <cstring>
 #include <map>
 #include <vector>
@@ -116,4 +117,38 @@ TEST_F(BoardRecords, no_more_than_13_records_are_read)
     fail_from = 100;
     EXPECT_TRUE(diagd::list_gigabit_ports().empty());
     EXPECT_EQ(read_indexes.size(), 13u);
+}
+
+using diagd::is_slot_support_port;
+using diagd::PortKind;
+
+TEST_F(BoardRecords, a_port_exists_when_the_table_of_its_kind_has_it_in_use_in_that_slot)
+{
+    Bytes &pon = board(2, 0x08, 6);
+    put_word(pon, 240 + 28 * 3, 1);
+    put_word(pon, 1136 + 28 * 4, 1);
+    put_word(pon, 1132 + 28 * 4, 2);
+    put_word(board(5, 0x10, 6), 2032 + 28 * 31, 7);
+
+    EXPECT_TRUE(is_slot_support_port(PortKind::gpon, {0, 3}));
+    EXPECT_FALSE(is_slot_support_port(PortKind::xgpon, {0, 3}));
+    EXPECT_TRUE(is_slot_support_port(PortKind::xgpon, {2, 4}));
+    EXPECT_FALSE(is_slot_support_port(PortKind::xgpon, {0, 4}));
+    EXPECT_FALSE(is_slot_support_port(PortKind::gpon, {2, 4}));
+    EXPECT_TRUE(is_slot_support_port(PortKind::gigabit_ethernet, {0, 31}));
+    EXPECT_FALSE(is_slot_support_port(PortKind::gigabit_ethernet, {0, 3}));
+}
+
+TEST_F(BoardRecords, a_position_beyond_the_tables_is_no_port)
+{
+    Bytes &pon = board(2, 0x08, 6);
+    for (unsigned k = 0; k < BOARD_PORT_ENTRIES; ++k)
+        put_word(pon, 240 + 28 * k, 1);
+    for (const int port : {-1, 32, 1 << 20, INT_MAX, INT_MIN})
+        EXPECT_FALSE(is_slot_support_port(PortKind::gpon, {0, port})) << port;
+    put_word(pon, 236 + 28, 0xFFFFFFFF);
+    EXPECT_FALSE(is_slot_support_port(PortKind::gpon, {-1, 1}));
+    for (const auto kind : {PortKind::none, static_cast<PortKind>(4)})
+        EXPECT_FALSE(is_slot_support_port(kind, {0, 1}));
+    EXPECT_FALSE(is_slot_support_port(PortKind::gigabit_ethernet, {0, 1})) << "a board without such ports";
 }
