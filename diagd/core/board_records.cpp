@@ -2,6 +2,8 @@
 // Reading the board records.  A record that cannot be read ends the list.
 #include "board_records.hpp"
 
+#include <initializer_list>
+
 namespace diagd {
 
 namespace {
@@ -9,19 +11,6 @@ constexpr std::size_t port_entry_size = 28;
 // Both counted from an entry's in-use word: the slot is the word before it.
 constexpr std::size_t port_slot_back = 4;
 constexpr std::size_t port_present_ahead = 20;
-
-// Ports of the first board in service with the capability for which entry(board, k) has an entry.
-template <typename Entry>
-std::vector<ListedPort> list_ports(std::uint32_t capability_bit, Entry entry)
-{
-    std::vector<ListedPort> ports;
-    const std::optional<BoardRecord> board = first_board_in_service(capability_bit);
-    for (unsigned k = 0; board && k < BOARD_PORT_ENTRIES; ++k) {
-        if (const std::optional<BoardPort> found = entry(*board, k))
-            ports.push_back({found->slot, static_cast<int>(k)});
-    }
-    return ports;
-}
 
 struct KindTable {
     std::uint32_t capability;
@@ -41,6 +30,25 @@ std::optional<KindTable> kind_table(PortKind kind) noexcept
         break;
     }
     return std::nullopt;
+}
+
+// Ports of the first board in service that has ports of these kinds; port k is listed under the first kind
+// for which usable(board's entry k of the kind) holds.
+template <typename Usable>
+std::vector<ListedPort> list_ports(std::initializer_list<PortKind> kinds, Usable usable)
+{
+    std::vector<ListedPort> ports;
+    const std::optional<BoardRecord> board = first_board_in_service(kind_table(*kinds.begin())->capability);
+    for (unsigned k = 0; board && k < BOARD_PORT_ENTRIES; ++k) {
+        for (const PortKind kind : kinds) {
+            const BoardPort entry = board->port(kind_table(kind)->table, k);
+            if (!usable(entry))
+                continue;
+            ports.push_back({kind, entry.slot, static_cast<int>(k)});
+            break;
+        }
+    }
+    return ports;
 }
 } // namespace
 
@@ -88,24 +96,14 @@ std::optional<BoardRecord> first_board_in_service(std::uint32_t capability_bit) 
 
 std::vector<ListedPort> list_pon_ports()
 {
-    return list_ports(BOARD_CAPABILITY_PON,
-                      [](const BoardRecord &board, unsigned k) -> std::optional<BoardPort> {
-                          for (const PortTable table : {PortTable::pon_first, PortTable::pon_second}) {
-                              const BoardPort entry = board.port(table, k);
-                              if (entry.in_use != 0)
-                                  return entry;
-                          }
-                          return std::nullopt;
-                      });
+    return list_ports({PortKind::gpon, PortKind::xgpon},
+                      [](const BoardPort &entry) { return entry.in_use != 0; });
 }
 
 std::vector<ListedPort> list_gigabit_ports()
 {
-    return list_ports(BOARD_CAPABILITY_SFP,
-                      [](const BoardRecord &board, unsigned k) -> std::optional<BoardPort> {
-                          const BoardPort entry = board.port(PortTable::sfp, k);
-                          return entry.in_use != 0 && entry.present ? std::optional{entry} : std::nullopt;
-                      });
+    return list_ports({PortKind::gigabit_ethernet},
+                      [](const BoardPort &entry) { return entry.in_use != 0 && entry.present; });
 }
 
 bool is_slot_support_port(PortKind kind, SlotPort position) noexcept

@@ -62,12 +62,13 @@ void for_each_board_record(Visit visit)
 [[nodiscard]] std::optional<BoardRecord> first_board_in_service(std::uint32_t capability_bit) noexcept;
 
 struct ListedPort {
+    PortKind kind; // GPON from the first PON table, XG-PON from the second
     std::uint32_t slot;
     int port; // 0 to 31
 };
 
 // Ports of the first PON board in service, in port order.  Port k is listed when either table has it in use,
-// with the slot of the first table that has.
+// with the slot and the kind of the first table that has.
 [[nodiscard]] std::vector<ListedPort> list_pon_ports();
 // The same for gigabit Ethernet ports: in use and present.
 [[nodiscard]] std::vector<ListedPort> list_gigabit_ports();

@@ -66,8 +66,10 @@ TEST_F(BoardRecords, a_pon_port_is_listed_from_either_table_and_the_first_one_gi
     ASSERT_EQ(ports.size(), 2u);
     EXPECT_EQ(ports[0].port, 1);
     EXPECT_EQ(ports[0].slot, 4u);
+    EXPECT_EQ(ports[0].kind, diagd::PortKind::gpon);
     EXPECT_EQ(ports[1].port, 31);
     EXPECT_EQ(ports[1].slot, 2u);
+    EXPECT_EQ(ports[1].kind, diagd::PortKind::xgpon);
 }
 
 TEST_F(BoardRecords, only_the_first_board_in_service_with_the_capability_counts)
