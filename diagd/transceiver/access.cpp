@@ -27,11 +27,20 @@ void report_failure(std::uint8_t address, std::uint8_t reg, int result) noexcept
 }
 
 template <std::size_t N>
-std::array<std::uint8_t, N> read(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept
+int read(std::uint32_t handle, std::uint8_t address, std::uint8_t reg,
+         std::array<std::uint8_t, N> &bytes) noexcept
 {
-    std::array<std::uint8_t, N> bytes{};
+    bytes = {};
     const int result = misc_i2c_read(static_cast<int>(handle), address, reg, bytes.data(), N, 0);
     report_failure(address, reg, result);
+    return result;
+}
+
+template <std::size_t N>
+std::array<std::uint8_t, N> read(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept
+{
+    std::array<std::uint8_t, N> bytes;
+    read(handle, address, reg, bytes);
     return bytes;
 }
 
@@ -45,6 +54,15 @@ int write(std::uint32_t handle, std::uint8_t address, std::uint8_t reg, std::uin
 std::uint8_t transceiver_read_byte(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept
 {
     return read<1>(handle, address, reg)[0];
+}
+
+int transceiver_read_checked(std::uint32_t handle, std::uint8_t address, std::uint8_t reg,
+                             std::uint8_t *value) noexcept
+{
+    std::array<std::uint8_t, 1> byte;
+    const int result = read(handle, address, reg, byte);
+    *value = byte[0];
+    return result;
 }
 
 std::uint16_t transceiver_read_word(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept

@@ -64,6 +64,17 @@ TEST_F(TransceiverAccess, failed_reads_are_zero_and_not_retried)
     EXPECT_EQ(board_double.record, lines("I 58:1 1", "I 58:2 2", "I 58:3 4"));
 }
 
+TEST_F(TransceiverAccess, a_checked_read_tells_the_platforms_result)
+{
+    id_page()[92] = 0x20;
+    std::uint8_t value = 0xFF;
+    EXPECT_EQ(transceiver_read_checked(handle, 0x50, 92, &value), 1);
+    EXPECT_EQ(value, 0x20);
+    EXPECT_EQ(transceiver_read_checked(handle, 0x58, 92, &value), -5);
+    EXPECT_EQ(value, 0);
+    EXPECT_EQ(board_double.record, lines("I 50:92 1", "I 58:92 1"));
+}
+
 TEST_F(TransceiverAccess, a_block_is_read_byte_by_byte_and_a_failed_byte_costs_no_other)
 {
     id_page()[10] = 0xAA;

@@ -24,6 +24,11 @@ std::uint8_t transceiver_read_byte(std::uint32_t handle, std::uint8_t address, s
 std::uint16_t transceiver_read_word(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept;
 std::uint32_t transceiver_read_dword(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept;
 
+// One byte, for callers that report failures: the platform's result, negative on failure, with `value` 0
+// then.
+int transceiver_read_checked(std::uint32_t handle, std::uint8_t address, std::uint8_t reg,
+                             std::uint8_t *value) noexcept;
+
 // `length` bytes from `first` on, each in a transaction of its own: a byte that fails is 0 and costs no
 // other. Always 0.
 int transceiver_read_block(std::uint32_t handle, std::uint8_t address, std::uint8_t first, std::uint8_t *data,
