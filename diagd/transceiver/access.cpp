@@ -4,6 +4,10 @@
 // Failure policy: a read that fails is 0, a write that fails is passed over; with transceiver_debug on, each
 // failure is one line on standard output.  There is no retry: whoever polls comes again.
 #include "transceiver.hpp"
+
+#include "extended_control.hpp"
+#include "idprom_layout.hpp"
+
 #include "util_i2c.h"
 
 #include <array>
@@ -16,9 +20,7 @@ std::uint8_t transceiver_debug = 0;
 namespace {
 
 constexpr std::uint8_t page_select_register = 127; // SFF-8636 lower memory
-constexpr std::uint8_t extended_control = 118;     // A2h: extended module control and status
-constexpr std::uint8_t rssi_select_bit = 0x80;
-constexpr std::uint32_t see_extended_code = 0x80; // SFF-8636 byte 131: the code is in byte 192
+constexpr std::uint8_t extended_control = 118;     // A2h
 
 void report_failure(std::uint8_t address, std::uint8_t reg, int result) noexcept
 {
@@ -130,7 +132,7 @@ int transceiver_type_get(std::uint32_t handle, char *text, std::size_t size) noe
         // Page 00h is mapped after a module's reset; whatever page is, is taken.
         const std::uint32_t code = transceiver_read_byte(handle, first_path.id, 131);
         const std::int32_t extended =
-            code == see_extended_code ? transceiver_read_byte(handle, first_path.id, 192) : -1;
+            code == sff8636_see_extended_compliance ? transceiver_read_byte(handle, first_path.id, 192) : -1;
         type = ethernet_compliance_str(code, extended);
         break;
     }
@@ -141,12 +143,21 @@ int transceiver_type_get(std::uint32_t handle, char *text, std::size_t size) noe
     return 0;
 }
 
+std::uint8_t diagd::read_extended_control(std::uint32_t handle) noexcept
+{
+    return transceiver_read_byte(handle, first_path.diagnostics, extended_control);
+}
+
+void diagd::write_extended_control_bit(std::uint32_t handle, std::uint8_t bit, bool on) noexcept
+{
+    const std::uint8_t control = read_extended_control(handle);
+    transceiver_write_byte(handle, first_path.diagnostics, extended_control,
+                           static_cast<std::uint8_t>(on ? control | bit : control & ~bit));
+}
+
 int transceiver_rssi_select_set(std::uint32_t handle, std::uint8_t select) noexcept
 {
-    const std::uint8_t control = transceiver_read_byte(handle, first_path.diagnostics, extended_control);
-    const int wanted = select != 0 ? control | rssi_select_bit : control & ~rssi_select_bit;
-    transceiver_write_byte(handle, first_path.diagnostics, extended_control,
-                           static_cast<std::uint8_t>(wanted));
+    write_extended_control_bit(handle, gpon_rssi_bit, select != 0);
     return 0;
 }
 

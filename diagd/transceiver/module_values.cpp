@@ -75,6 +75,12 @@ float read_sff8636_voltage_v(std::uint32_t handle) noexcept
     return voltage_v(read_sff8636_field(handle, 26));
 }
 
+std::uint16_t read_sff8636_wavelength_nm(std::uint32_t handle) noexcept
+{
+    constexpr unsigned counts_per_nm = 20;
+    return static_cast<std::uint16_t>(read_sff8636_field(handle, 186) / counts_per_nm);
+}
+
 void read_sff8636_bias_ma(std::uint32_t handle, std::span<float> lanes) noexcept
 {
     read_lanes(handle, 42, lanes, [](std::uint16_t raw) { return bias_ma(raw, sff_bias_unit_ua); });

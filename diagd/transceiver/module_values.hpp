@@ -26,6 +26,8 @@ using Lanes = std::array<float, sff8636_lanes>;
 // Lower memory of an SFF-8636 module, two byte reads each.
 [[nodiscard]] float read_sff8636_temperature_c(std::uint32_t handle) noexcept; // 22-23
 [[nodiscard]] float read_sff8636_voltage_v(std::uint32_t handle) noexcept;     // 26-27
+// Laser wavelength in nm, bytes 186-187 of page 00h, which counts twentieths; the page must be selected.
+[[nodiscard]] std::uint16_t read_sff8636_wavelength_nm(std::uint32_t handle) noexcept;
 // One field per entry, from lane 1 on.
 void read_sff8636_bias_ma(std::uint32_t handle, std::span<float> lanes) noexcept;      // 42-49
 void read_sff8636_tx_power_dbm(std::uint32_t handle, std::span<float> lanes) noexcept; // 50-57

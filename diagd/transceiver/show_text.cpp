@@ -4,10 +4,8 @@
 
 #include "show_headings.hpp"
 #include "text.hpp"
+#include "text_rows.hpp"
 
-#include <array>
-#include <cstdarg>
-#include <cstdio>
 #include <string_view>
 
 namespace diagd {
@@ -15,22 +13,6 @@ namespace diagd {
 namespace {
 
 constexpr const char *pon_word = "GPON";
-
-[[gnu::format(printf, 2, 3)]] void append(std::string &out, const char *format, ...)
-{
-    std::array<char, 512> row{}; // the widest row of five numbers takes less than half
-    va_list args;
-    va_start(args, format);
-    std::vsnprintf(row.data(), row.size(), format, args);
-    va_end(args);
-    out += row.data();
-}
-
-void append_line(std::string &out, std::string_view line)
-{
-    out += line;
-    out += line_end;
-}
 
 void append_table_end(std::string &out)
 {

@@ -156,9 +156,16 @@ COMMANDS = [
     command(DIAGNOSE, "power_monitor_set", "[no] power monitor", NO, "power", "power monitor"),
     command(DIAGNOSE, "transceiver_monitor_set", "[no] transceiver monitor", NO, "transceiver", "transceiver monitor"),
     command(DIAGNOSE, "show_diag_monitor", "show diag monitor", SHOW, "diag", "monitor information"),
+    command(CONFIG, "interface_idprom_show", "show idprom interface <gigabitEthernet|gpon> <S/P> [<vendor|manufacture>]", SHOW,
+            "show IDPROMs for interfaces.", "Specify an interface for idprom display.", "GigabitEthernet IEEE 802.3z",
+            "GPON information", POSITION, "Vendor information", "Manufacture information"),
+    command(CONFIG, "interface_xgpon_idprom_show", "show idprom interface xgpon <S/P> [<vendor|manufacture>]", SHOW,
+            "show IDPROMs for interfaces.", "Specify an interface for idprom display.", "XGPON information", POSITION,
+            "Vendor information", "Manufacture information"),
     command(CONFIG, "transceiver_show", "show transceiver [json]", SHOW, "Transceiver information.", "JavaScript Object Notation"),
     command(CONFIG, "transceiver_detail_show", "show transceiver <detail|diagnosis>", SHOW, "Transceiver information.",
             "Show interface transceiver detail", "Show interface transceiver diagnosis"),
+    command(DIAGNOSE, "debug_transceiver", "[no] debug transceiver", NO, "Debugging functions", "Transceiver DEBUG"),
 ]
 IDS = [entry.name for entry in COMMANDS]
 
