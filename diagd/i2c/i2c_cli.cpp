@@ -1,12 +1,117 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// I2C register commands.
+// Raw I2C devices, read and written by hand when a board is brought up or looked into.  The monitors' traffic
+// on the same buses is not held off: a transaction is whole, a row of them is not.
+// Failure policy: a bus that cannot be opened makes the command a warning, without a word; a device that does
+// not answer shows 0; a failed write is not reported.
+#include "arguments.hpp"
 #include "install.hpp"
+#include "nodes.hpp"
+#include "privileges.hpp"
+#include "text.hpp"
+#include "unique_fd.hpp"
 
+#include "util_i2c.h"
+
+#include <algorithm>
 #include <array>
+#include <cstdint>
+#include <cstring>
+
+using diagd::find_number;
+using diagd::line_end;
 
 namespace {
-constexpr std::array<diagd::InstallRow, 0> commands{};
+
+constexpr std::size_t buffer_size = 1024;
+constexpr std::size_t bytes_per_line = 16;
+
+// `reason` names the operation for the privilege raise; it must be a literal.
+diagd::UniqueFd open_bus(const char *reason, unsigned long bus) noexcept
+{
+    const diagd::Privileges raised{reason};
+    return diagd::UniqueFd{misc_i2c_device_init(static_cast<int>(bus))};
 }
+
+} // namespace
+
+DEFUN(debug_i2c_read, debug_i2c_read_cmd, "i2c (0-3) read SLAVE_ADDR_HEX REG_ADDR_HEX [LENGTH_DEC]",
+      "Misc I2C command\n"
+      "I2C bus.\n"
+      "I2C read.\n"
+      "I2C slave address.\n"
+      "Register address.\n"
+      "Length.\n")
+{
+    const auto bus = find_number(argc, argv, "(0-3)", 10);
+    const auto slave = find_number(argc, argv, "SLAVE_ADDR_HEX", 16);
+    const auto reg = find_number(argc, argv, "REG_ADDR_HEX", 16);
+    if (!bus || !slave || !reg)
+        return CMD_SUCCESS;
+    const unsigned long asked = find_number(argc, argv, "LENGTH_DEC", 10).value_or(1);
+    const std::size_t length = std::min<std::size_t>(asked, buffer_size);
+    if (length < asked)
+        zlog_warn("i2c read: length %lu is capped at %zu", asked, length);
+
+    const diagd::UniqueFd handle = open_bus("debug_i2c_read", *bus);
+    if (!handle)
+        return CMD_WARNING;
+    std::array<std::uint8_t, buffer_size> data{};
+    misc_i2c_read(handle.get(), static_cast<std::uint8_t>(*slave), static_cast<std::uint8_t>(*reg),
+                  data.data(), static_cast<int>(length), 0);
+
+    vty_out(vty, "%s", line_end);
+    for (std::size_t k = 0; k < length; ++k) {
+        if (k % bytes_per_line == 0)
+            vty_out(vty, "%s", line_end);
+        vty_out(vty, "0x%.4x ", data[k]);
+    }
+    vty_out(vty, "%s", line_end);
+    return CMD_SUCCESS;
+}
+
+DEFUN(debug_i2c_write, debug_i2c_write_cmd, "i2c (0-3) write SLAVE_ADDR_HEX REG_ADDR_HEX VALUE_HEX",
+      "Misc I2C command\n"
+      "I2C bus.\n"
+      "I2C write.\n"
+      "I2C slave address.\n"
+      "Register address.\n"
+      "Register value.\n")
+{
+    const auto bus = find_number(argc, argv, "(0-3)", 10);
+    const auto slave = find_number(argc, argv, "SLAVE_ADDR_HEX", 16);
+    const auto reg = find_number(argc, argv, "REG_ADDR_HEX", 16);
+    const auto value = find_number(argc, argv, "VALUE_HEX", 16);
+    if (!bus || !slave || !reg || !value)
+        return CMD_SUCCESS;
+
+    const diagd::UniqueFd handle = open_bus("debug_i2c_write", *bus);
+    if (!handle)
+        return CMD_WARNING;
+    auto byte = static_cast<std::uint8_t>(*value);
+    misc_i2c_write(handle.get(), static_cast<std::uint8_t>(*slave), static_cast<std::uint8_t>(*reg), &byte, 1,
+                   0);
+    return CMD_SUCCESS;
+}
+
+DEFUN(debug_i2c, debug_i2c_cmd, "[no] debug i2c",
+      "Negate a command or set its defaults\n"
+      "Debugging functions\n"
+      "I2C DEBUG\n")
+{
+    const diagd::Privileges raised{"debug_i2c"};
+    misc_i2c_debug_set(std::strcmp(argv[0]->text, "no") == 0 ? 0 : 1);
+    return CMD_SUCCESS;
+}
+
+namespace {
+
+constexpr diagd::InstallRow commands[] = {
+    {diagd::diagnose_node, &debug_i2c_read_cmd},
+    {diagd::diagnose_node, &debug_i2c_write_cmd},
+    {diagd::diagnose_node, &debug_i2c_cmd},
+};
+
+} // namespace
 
 int i2c_cmd_init()
 {

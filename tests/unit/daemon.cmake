@@ -69,6 +69,11 @@ diagd_unit_test(port_switch_test port_switch_test.cpp ${diagd_dir}/cpld/port_swi
                 ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
 target_include_directories(port_switch_test PRIVATE ${diagd_dir}/core ${diagd_dir}/cpld)
 
+diagd_unit_test(register_commands_test register_commands_test.cpp ${diagd_dir}/phy/phy_cli.cpp
+                ${diagd_dir}/i2c/i2c_cli.cpp ${diagd_dir}/core/privileges.cpp
+                LIBS platform_headers deps::frr deps::jsonc)
+target_include_directories(register_commands_test PRIVATE ${diagd_dir}/core ${diagd_dir}/phy)
+
 # The layers of the tree, and the check itself.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 add_test(NAME layers COMMAND Python3::Interpreter ${CMAKE_SOURCE_DIR}/tools/check_layers.py)
