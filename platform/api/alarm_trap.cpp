@@ -77,7 +77,7 @@ public:
         int result = file_error == 0 ? TQ_OK : TQ_ERR;
         for (Sink &sink : sinks_) {
             const std::string message = trap_message(alarm, sink.community, uptime);
-            const int error = message.empty() ? EMSGSIZE : sink.receiver.send(message);
+            const int error = message.empty() ? errno : sink.receiver.send(message);
             sink.state.note(sink.name, error);
             if (error != 0)
                 result = TQ_ERR_PEER;

@@ -2,6 +2,7 @@
 """The trap action: notifications that reach a real snmptrapd, which reads them with our MIB."""
 import datetime
 import re
+from pathlib import Path
 
 import pytest
 from alarm_fixtures import catalogue  # noqa: F401
@@ -238,6 +239,36 @@ def test_nothing_is_printed_and_no_file_of_snmp_is_made(trapping):
     send(trapping)
     assert trapping.stdout() + trapping.stderr() == before
     assert trapping.exec("find", "/var/lib/snmp", "-newer", SINKS, check=True).stdout == ""
+
+
+ENCODER = "/run/olt/build/lib/libtqtrap.so"
+
+
+def mapped(olt):
+    """What the daemon has of the encoder in its memory."""
+    maps = Path(f"/proc/{olt.pid}/maps").read_text()
+    return {name for name in ("libtqtrap", "libnetsnmp", "libcrypto") if name in maps}
+
+
+def test_the_encoder_is_loaded_when_the_first_trap_is_sent(fresh_olt):
+    fresh_olt.run("alarm-log alarm fan enable trap")
+    send(fresh_olt)
+    assert not mapped(fresh_olt), "without a sink it is not needed"
+    sinks(fresh_olt, f"127.0.0.1:{PORT} public")
+    assert send(fresh_olt) == 0
+    assert mapped(fresh_olt) == {"libtqtrap", "libnetsnmp", "libcrypto"}
+
+
+def test_an_encoder_that_cannot_be_loaded_is_said_once_and_keeps_no_record_back(fresh_olt):
+    fresh_olt.exec("mount", "--bind", "/dev/null", ENCODER, check=True)
+    fresh_olt.run("alarm-log alarm fan enable trap")
+    sinks(fresh_olt, f"127.0.0.1:{PORT} public")
+    for _ in range(2):
+        assert send(fresh_olt) == PEER_AWAY
+    assert recorded(fresh_olt) == 2
+    said = [line for line in fresh_olt.log().splitlines() if "traps cannot be made" in line]
+    assert len(said) == 1 and "/libtqtrap.so: " in said[0]
+    fresh_olt.wait_log(f"alarms do not get out to trap sink 127.0.0.1 port {PORT}: Can not access a needed shared library")
 
 
 def snmptranslate(olt, *words):
