@@ -13,6 +13,7 @@
 int main(int argc, char **argv)
 {
     line_buffer_stdout();
+    limit_kept_memory();
 
     board_mmap_init(BOARD_REGIONS, BOARD_REC_SIZE);
     board_semaphore_init();

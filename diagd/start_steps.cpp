@@ -8,6 +8,8 @@
 
 #include "tq_api.h"
 
+#include <malloc.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +22,12 @@ constexpr int board_semaphore_key = 0x102410; // known to every user of the boar
 void line_buffer_stdout()
 {
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
+
+void limit_kept_memory()
+{
+    constexpr int most_bytes = 1024 * 1024; // a listing of the full alarm log takes and frees less
+    mallopt(M_TRIM_THRESHOLD, most_bytes);
 }
 
 void board_semaphore_init()

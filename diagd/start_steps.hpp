@@ -6,6 +6,10 @@
 // Messages on standard output reach a log when they are printed, not when a buffer is full.
 void line_buffer_stdout();
 
+// Bounds what libc keeps of freed memory.  Left alone it keeps twice the largest block that was ever freed:
+// reading the database frees one of a megabyte.
+void limit_kept_memory();
+
 // Creates or opens the board-access semaphore; ends the process when there is none.
 void board_semaphore_init();
 

@@ -28,8 +28,8 @@ SHARED = {"diagd/core/unique_fd.hpp", "diagd/core/utf8.hpp"}
 # Headers of the operating system; a name without a dot is the C++ library's.
 SYSTEM_FOLDERS = ("sys/", "linux/", "net/", "netinet/", "arpa/", "asm/")
 SYSTEM = {
-    "assert.h", "dirent.h", "dlfcn.h", "errno.h", "fcntl.h", "grp.h", "limits.h", "math.h", "mntent.h", "netdb.h",
-    "poll.h", "pthread.h", "pwd.h", "sched.h", "signal.h", "stdarg.h", "stdbool.h", "stddef.h", "stdint.h",
+    "assert.h", "dirent.h", "dlfcn.h", "errno.h", "fcntl.h", "grp.h", "limits.h", "malloc.h", "math.h", "mntent.h",
+    "netdb.h", "poll.h", "pthread.h", "pwd.h", "sched.h", "signal.h", "stdarg.h", "stdbool.h", "stddef.h", "stdint.h",
     "stdio.h", "stdio_ext.h", "stdlib.h", "string.h", "termios.h", "time.h", "unistd.h",
 }
 
