@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Shell lines, run for a vty and by themselves.
+#include "printing_vty.hpp"
 #include "temporary_folder.hpp"
 #include "tq_api.h"
 
@@ -10,39 +11,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <zebra.h>
-
-#include <buffer.h>
-#include <memory.h>
-#include <vty.h>
-
 namespace {
 
 class Shell : public testing::Test {
 protected:
-    Shell()
-    {
-        vty.type = vty::VTY_SHELL_SERV;
-        vty.obuf = buffer_new(0);
-        vty.lbuf = buffer_new(0);
-    }
-    ~Shell() override
-    {
-        buffer_free(vty.obuf);
-        buffer_free(vty.lbuf);
-    }
     // What the vty shows of a line.
     std::string run(const std::string &line)
     {
-        buffer_reset(vty.obuf);
-        status = system_cmd(&vty, line.c_str());
-        char *text = buffer_getstr(vty.obuf);
-        const std::string printed = text;
-        XFREE(MTYPE_TMP, text);
-        return printed;
+        printed.text();
+        status = system_cmd(&printed.session, line.c_str());
+        return printed.text();
     }
 
-    struct vty vty {};
+    PrintingVty printed;
     int status = 0;
     TemporaryFolder folder;
 };
@@ -101,11 +82,10 @@ TEST_F(Shell, a_program_that_reads_finds_the_end_at_once)
 TEST_F(Shell, what_stays_in_the_background_does_not_hold_the_command)
 {
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(run("sleep 30 & echo $!").empty(), false);
+    const std::string text = run("sleep 30 & echo $!");
+    ASSERT_FALSE(text.empty());
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
-    char *text = buffer_getstr(vty.obuf);
     kill(static_cast<pid_t>(std::stol(text)), SIGKILL);
-    XFREE(MTYPE_TMP, text);
 }
 
 TEST_F(Shell, a_program_inherits_no_descriptor_and_no_blocked_or_ignored_signal)
@@ -140,7 +120,7 @@ TEST_F(Shell, no_descriptor_and_no_child_is_left_behind)
 TEST_F(Shell, nothing_to_run_is_an_error)
 {
     EXPECT_EQ(system_cmd(nullptr, "echo x"), -1);
-    EXPECT_EQ(system_cmd(&vty, nullptr), -1);
+    EXPECT_EQ(system_cmd(&printed.session, nullptr), -1);
     EXPECT_EQ(pal_system(nullptr), -1);
 }
 

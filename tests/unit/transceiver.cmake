@@ -4,7 +4,8 @@ diagd_unit_test(sff_text_test sff_text_test.cpp LIBS transceiver_decode)
 diagd_unit_test(vendor_text_test vendor_text_test.cpp LIBS transceiver_decode)
 
 # The unit as it is, on a board made of recording doubles in place of the platform libraries.
-foreach(test transceiver_access pon_optics module_listing show_text show_json)
+foreach(test transceiver_access transceiver_commands pon_optics module_listing show_text show_json idprom idprom_text
+        rssi_txdis)
   diagd_unit_test(${test}_test ${test}_test.cpp module_board_double.cpp LIBS diagd_transceiver diagd_core
                   platform_headers deps::frr deps::jsonc)
   target_include_directories(
