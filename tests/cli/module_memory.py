@@ -68,10 +68,16 @@ def plug_image(olt, kind, port, devices):
     for address, (lower, pages) in devices.items():
         lines += [f"device {address:02x} {'paged' if len(pages) > 1 else 'flat'}", "lower " + lower.hex()]
         lines += [f"page {number:02x} {page.hex()}" for number, page in pages.items()]
-    _ask_board(olt, "plug", kind, str(port), "\n".join([*lines, "end", ""]))
+    ask_board(olt, "plug", kind, str(port), "\n".join([*lines, "end", ""]))
 
 
-def _ask_board(olt, *words):
+def set_memory(olt, kind, port, address, register, data):
+    """Writes into the memory of a plugged module, without a program."""
+    ask_board(olt, "module", "set", kind, str(port), f"{address:#x}", str(register), bytes(data).hex())
+
+
+def ask_board(olt, *words):
+    """A verb of boardctl and its words, without a program; it must be accepted."""
     # The folder by its descriptor: an address holds 108 characters only.
     folder = os.open(olt.state / "board", os.O_PATH)
     try:
