@@ -31,14 +31,15 @@ BoardBracket::~BoardBracket()
         misc_cpld_i2c_close(handle_);
 }
 
-ChannelSelect::ChannelSelect(const BoardBracket &board, int channel) noexcept
-    : handle_(board.handle()), selected_(misc_cpld_channel_select(handle_, channel) >= 0)
+ChannelSelect::ChannelSelect(const BoardBracket &board, int channel, ChannelEnd end) noexcept
+    : handle_(board.handle()), selected_(misc_cpld_channel_select(handle_, channel) >= 0),
+      ends_(selected_ || end == ChannelEnd::always)
 {
 }
 
 ChannelSelect::~ChannelSelect()
 {
-    if (selected_)
+    if (ends_)
         misc_cpld_channel_select_end(handle_);
 }
 

@@ -33,11 +33,15 @@ private:
     int handle_ = -1;
 };
 
+// Which channels are ended: those that were selected, or every one that was to be.
+enum class ChannelEnd { when_selected, always };
+
 // Connects a bracket's handle to one module channel.  Failure is only reported: whether it means absence or
-// is passed over differs between the callers.  A channel is ended only if it was selected.
+// is passed over differs between the callers, and with it what is ended.
 class ChannelSelect {
 public:
-    ChannelSelect(const BoardBracket &board, int channel) noexcept;
+    ChannelSelect(const BoardBracket &board, int channel,
+                  ChannelEnd end = ChannelEnd::when_selected) noexcept;
     ~ChannelSelect();
     ChannelSelect(const ChannelSelect &) = delete;
     ChannelSelect &operator=(const ChannelSelect &) = delete;
@@ -47,6 +51,7 @@ public:
 private:
     int handle_;
     bool selected_;
+    bool ends_;
 };
 
 } // namespace diagd

@@ -12,6 +12,8 @@
 
 using diagd::config_node;
 using diagd::diagnose_node;
+using diagd::gpon_node;
+using diagd::xgpon_node;
 
 namespace {
 
@@ -28,6 +30,12 @@ constexpr diagd::InstallRow commands[] = {
     {diagnose_node, &show_pon_power_cmd},
     {diagnose_node, &show_pon_tx_cmd},
     {diagnose_node, &show_sfp_power_cmd},
+    {diagnose_node, &show_port_laser_cmd},
+    {diagnose_node, &show_xgpon_laser_cmd},
+    {config_node, &show_transceiver_optical_cmd},
+    {config_node, &show_xgpon_transceiver_optical_cmd},
+    {gpon_node, &show_pon_transceiver_optical_cmd},
+    {xgpon_node, &show_pon_transceiver_optical_cmd},
     {diagnose_node, &fan_mode_cmd},
     {diagnose_node, &fan_speed_cmd},
     {diagnose_node, &show_logic_version_cmd},

@@ -153,6 +153,18 @@ TEST_F(BoardBracketTest, a_channel_that_was_not_selected_is_not_ended)
     EXPECT_THAT(calls, ElementsAre("P 5", "raise x", "open 1", "lower", "select 9 3", "close 9", "V 5"));
 }
 
+TEST_F(BoardBracketTest, a_channel_is_ended_in_any_case_where_that_is_wanted)
+{
+    select_result = -1;
+    {
+        const diagd::BoardBracket board{"x", diagd::OpenFailure::lower_then_release};
+        const diagd::ChannelSelect channel{board, 3, diagd::ChannelEnd::always};
+        EXPECT_FALSE(channel);
+    }
+    EXPECT_THAT(calls,
+                ElementsAre("P 5", "raise x", "open 1", "lower", "select 9 3", "end 9", "close 9", "V 5"));
+}
+
 TEST(State, all_monitors_are_switched_together)
 {
     diagm.set_all_monitors(true);

@@ -143,6 +143,8 @@ std::vector<std::uint8_t> make_board_record(std::uint32_t capability, const std:
 
 extern "C" {
 
+uint8_t cpld_debug = 0;
+
 int semaphore_p(int)
 {
     EXPECT_EQ(board_double.semaphore, 1) << "taken twice: the daemon would hang";

@@ -47,6 +47,8 @@ struct OpticalValues {
     float bias_ma;
     float tx_power_dbm; // -inf for no light, NaN when calibration makes it negative
     float rx_power_dbm;
+
+    friend bool operator==(const OpticalValues &, const OpticalValues &) = default;
 };
 
 [[nodiscard]] ModuleFamily module_family(std::uint8_t identifier) noexcept;

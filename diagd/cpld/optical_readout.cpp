@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Reading the diagnostics of a module (see optical_readout.hpp).
+//
+// Failure policy: a byte that cannot be read is 0, and the values are what the formulas make of it: 0, -inf
+// or NaN.  Nothing is retried; only debugging tells.
+#include "optical_readout.hpp"
+
+#include "module_socket.hpp"
+#include "transceiver.hpp"
+
+#include "util_cpld.h"
+
+#include <array>
+#include <cstdio>
+#include <span>
+
+namespace diagd {
+
+namespace {
+
+constexpr std::uint8_t wavelength_register = 60; // A0h, 16 bits
+constexpr std::uint8_t monitoring_register = 92; // A0h, diagnostic monitoring type
+constexpr std::uint8_t internally_calibrated = 0x20;
+constexpr std::uint8_t externally_calibrated = 0x10;
+constexpr int channel_register = 119; // of the CPLD: the module channel
+
+template <std::size_t N>
+std::array<std::uint8_t, N> read_block(std::uint32_t handle, std::uint8_t address,
+                                       std::uint8_t first) noexcept
+{
+    std::array<std::uint8_t, N> bytes{};
+    transceiver_read_block(handle, address, first, bytes.data(), N);
+    return bytes;
+}
+
+void debug_block(const char *calibration, std::uint8_t address, std::uint8_t first,
+                 std::span<const std::uint8_t> bytes) noexcept
+{
+    if (cpld_debug == 0)
+        return;
+    std::printf("%scpld i2c read 0x%x register 0x%x value", calibration, address, first);
+    for (const std::uint8_t byte : bytes)
+        std::printf(" 0x%x", byte);
+    std::printf("\r\n");
+}
+
+std::uint8_t read_monitoring_type(std::uint32_t handle, std::uint8_t address) noexcept
+{
+    std::uint8_t value = 0;
+    const int result = transceiver_read_checked(handle, address, monitoring_register, &value);
+    if (cpld_debug != 0 && result < 0)
+        std::printf("cpld i2c %d from %d  read %d bytes failed, ret %d\r\n", static_cast<int>(handle),
+                    monitoring_register, 1, result);
+    else if (cpld_debug != 0)
+        std::printf("cpld i2c read 0x%x register 0x%x value 0x%x\r\n", address, monitoring_register, value);
+    return value;
+}
+
+OpticalValues read_internal(std::uint32_t handle, PathAddress path, std::uint16_t wavelength_nm) noexcept
+{
+    constexpr std::uint8_t first = 96;
+    const auto fields = read_block<10>(handle, path.diagnostics, first);
+    debug_block("interAdjust ", path.diagnostics, first, fields);
+    return optical_values(raw_diagnostics(fields), path.diagnostics, wavelength_nm);
+}
+
+OpticalValues read_external(std::uint32_t handle, PathAddress path, std::uint16_t wavelength_nm) noexcept
+{
+    constexpr std::uint8_t first = 76;
+    const auto block = read_block<30>(handle, path.diagnostics, first);
+    debug_block("outerAdjust ", path.diagnostics, first, block);
+    const std::span<const std::uint8_t, 30> bytes{block};
+    return optical_values(raw_diagnostics(bytes.last<10>()), path.diagnostics, wavelength_nm,
+                          calibration_constants(bytes.first<20>()));
+}
+
+// Temperature, voltage, and bias, TX and RX power of the first lane.
+OpticalValues read_lower_memory(std::uint32_t handle, PathAddress path, std::uint16_t wavelength_nm) noexcept
+{
+    constexpr std::array<std::uint8_t, 5> fields{22, 26, 42, 50, 34};
+    std::array<std::uint8_t, 2 * fields.size()> bytes{};
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        transceiver_read_block(handle, path.id, fields[i], &bytes[2 * i], 2);
+    debug_block("", path.id, fields.front(), bytes);
+    return optical_values(raw_diagnostics(bytes), path.diagnostics, wavelength_nm);
+}
+
+OpticalValues read_values(std::uint32_t handle, PathAddress path, std::uint16_t wavelength_nm) noexcept
+{
+    const std::uint8_t monitoring = read_monitoring_type(handle, path.id);
+    if ((monitoring & internally_calibrated) != 0)
+        return read_internal(handle, path, wavelength_nm);
+    if ((monitoring & externally_calibrated) != 0)
+        return read_external(handle, path, wavelength_nm);
+    return read_lower_memory(handle, path, wavelength_nm);
+}
+
+} // namespace
+
+void read_optical_path(std::uint32_t handle, PathAddress path, OpticalReadout &readout) noexcept
+{
+    transceiver_read_byte(handle, path.id, 0); // the identifier, which decides nothing here
+    const std::uint16_t word = transceiver_read_word(handle, path.id, wavelength_register);
+    const auto wavelength_nm = static_cast<std::uint16_t>(word << 8 | word >> 8);
+    const bool is_xg = transceiver_type_by_wavelength(wavelength_nm) == ModuleClass::xgpon;
+    (is_xg ? readout.xg : readout.plain) = read_values(handle, path, wavelength_nm);
+}
+
+std::optional<OpticalReadout> read_optics(const BoardBracket &board, PortKind kind, int port,
+                                          SelectFailure on_failure) noexcept
+{
+    if (!module_present(board, kind, port))
+        return std::nullopt;
+
+    const int channel = module_channel(kind, port);
+    if (cpld_debug != 0)
+        std::printf("choose channel %d\r\n", channel);
+    const ChannelSelect selected{board, channel,
+                                 on_failure == SelectFailure::read_on ? ChannelEnd::always
+                                                                      : ChannelEnd::when_selected};
+    if (!selected) {
+        if (cpld_debug != 0)
+            std::printf("cpld i2c %d set register %d failed\r\n", board.handle(), channel_register);
+        if (on_failure == SelectFailure::no_module)
+            return std::nullopt;
+    }
+
+    OpticalReadout readout{};
+    const auto handle = static_cast<std::uint32_t>(board.handle());
+    read_optical_path(handle, first_path, readout);
+    if (transceiver_read_word(handle, second_path.id, wavelength_register) != 0)
+        read_optical_path(handle, second_path, readout);
+    return readout;
+}
+
+} // namespace diagd
