@@ -10,6 +10,7 @@
 #include "text.hpp"
 
 #include <array>
+#include <cstdio>
 #include <vector>
 
 using namespace diagd;
@@ -43,12 +44,21 @@ constexpr ValueLines port_lines{{
     {"Receiver Power : ", &OpticalValues::rx_power_dbm, "dBm"},
 }};
 
+// Numbers are made into text here: libfrr's own formatting of a negative one loses what stands behind it.
+std::array<char, 64> value_text(float value)
+{
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%.3f", value);
+    return text;
+}
+
 // `generation` stands before each line.
 void print_lines(struct vty *vty, const char *generation, const ValueLines &lines,
                  const OpticalValues &values)
 {
     for (const ValueLine &line : lines)
-        vty_out(vty, "%s%s%.3f%s%s", generation, line.before, values.*line.value, line.behind, line_end);
+        vty_out(vty, "%s%s%s%s%s", generation, line.before, value_text(values.*line.value).data(),
+                line.behind, line_end);
 }
 
 void print_heading(struct vty *vty)
@@ -66,8 +76,11 @@ void print_heading(struct vty *vty)
 
 void print_row(struct vty *vty, const char *name, const OpticalValues &values)
 {
-    vty_out(vty, "%-13s %-24.3f %-18.3f %-15.3f %-31.3f %-27.3f%s", name, values.temperature_c,
-            values.voltage_v, values.bias_ma, values.tx_power_dbm, values.rx_power_dbm, line_end);
+    std::array<char, 512> row{}; // the widest numbers take less than half
+    std::snprintf(row.data(), row.size(), "%-13s %-24.3f %-18.3f %-15.3f %-31.3f %-27.3f", name,
+                  values.temperature_c, values.voltage_v, values.bias_ma, values.tx_power_dbm,
+                  values.rx_power_dbm);
+    vty_out(vty, "%s%s", row.data(), line_end);
 }
 
 // A module that has an XG-PON path has a second row, without a name.

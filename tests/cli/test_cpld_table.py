@@ -3,7 +3,7 @@
 import pytest
 from calls import of
 
-CONFIG, DIAGNOSE = 4, 133
+CONFIG, GPON, XGPON, DIAGNOSE = 4, 124, 125, 133
 SHOW = "Show running system information"
 
 
@@ -21,6 +21,18 @@ def power_status(node):
                "system power status.", "JavaScript Object Notation")
 
 
+def optics(node, name, grammar, *kinds):
+    return row(node, name, grammar, SHOW, "Show optical information.", "Show optical transceiver information.",
+               "Show interface optical transceiver information.", *kinds,
+               "PON interface number,slot:<0>,port:<1-x>,x is 2,4,or 8.")
+
+
+def interface_optics(node):
+    return row(node, "show_pon_transceiver_optical", "show pon optical transceiver", SHOW, "PON information",
+               "Show optical information.", "Show optical transceiver information.")
+
+
+GIGABIT_OR_GPON = ("GigabitEthernet IEEE 802.3z", "GPON information")
 COMMANDS = [
     row(CONFIG, "reboot_device", "reboot", "reboot device"),
     row(CONFIG, "reboot_system", "reload", "reboot device", hidden="1"),
@@ -34,6 +46,14 @@ COMMANDS = [
     row(DIAGNOSE, "show_pon_power", "show pon power", SHOW, "pon config.", "pon power."),
     row(DIAGNOSE, "show_pon_tx", "show pon tx", SHOW, "pon config.", "pon tx."),
     row(DIAGNOSE, "show_sfp_power", "show sfp power", SHOW, "sfp config.", "sfp power."),
+    optics(DIAGNOSE, "show_port_laser", "show optical transceiver [interface <gigabitEthernet|gpon> <S/P>]",
+           *GIGABIT_OR_GPON),
+    optics(DIAGNOSE, "show_xgpon_laser", "show optical transceiver interface xgpon <S/P>", "XGPON information"),
+    optics(CONFIG, "show_transceiver_optical", "show optical transceiver interface <gigabitEthernet|gpon> <S/P>",
+           *GIGABIT_OR_GPON),
+    optics(CONFIG, "show_xgpon_transceiver_optical", "show optical transceiver interface xgpon <S/P>", "XGPON information"),
+    interface_optics(GPON),
+    interface_optics(XGPON),
     row(DIAGNOSE, "fan_mode", "fan mode <open|close>", "fan config.", "fan mode.", "fan open.", "fan close."),
     row(DIAGNOSE, "fan_speed", "fan speed <low|medium|high>", "fan config.", "fan speed.", "fan speed low.",
         "fan speed medium.", "fan speed high."),
@@ -79,7 +99,10 @@ def test_reload_is_not_offered_but_works(olt):
     ("diagnose", "pon led on 9"), ("diagnose", "pon led on 0"), ("diagnose", "sfp power on 7"),
     ("diagnose", "pon tx on x"), ("diagnose", "system led off"), ("diagnose", "fan mode on"),
     ("diagnose", "fan speed 1"), ("enable", "reboot"), ("config", "usb led on"), ("enable", "show sys power"),
-    ("diagnose", "show sys power xml")])
+    ("diagnose", "show sys power xml"), ("config", "show optical transceiver"), ("config", "show pon optical transceiver"),
+    ("diagnose", "show pon optical transceiver"), ("gpon 0/1", "show optical transceiver"),
+    ("config", "show optical transceiver interface gpon 1"), ("config", "show optical transceiver interface ge 0/1"),
+    ("enable", "show optical transceiver interface gpon 0/1")])
 def test_what_is_no_command_there_is_rejected(olt, node, command):
     before = len(olt.trace())
     assert olt.run(command, node)[1] != 0
