@@ -3,6 +3,8 @@
 
 import cpld
 
+FIRST, SECOND = (0x50, 0x51), (0x58, 0x59)  # the addresses of an SFP's paths
+
 
 def step(call):
     """A call in words, None when it is no access to the board."""
@@ -38,3 +40,31 @@ def reached(reason, register, channel, *work):
 
 def absent(reason, register):
     return cpld.bracket(reason, f"R({register})")
+
+
+def refused(reason):
+    """The steps of a reader of modules that finds no CPLD."""
+    return ["take", f"raise {reason}", "open", "lower", "give"]
+
+
+def socket(kind, port, *work):
+    """Looking into a port's socket, and working on the module in it; without work, there is none."""
+    register, first_channel = (12, 8) if kind == "ge" else (11, 0)
+    return [f"R({register})", *([f"CH({first_channel + port - 1})", *work, "CHE"] if work else [])]
+
+
+def word(address, register):
+    """A number of two bytes, in one transaction."""
+    return [f"I({address:#x},{register},2)"]
+
+
+def fields(address, *registers):
+    """Fields of two bytes, read byte by byte."""
+    return [byte for register in registers for byte in reads(address, register, register + 1)]
+
+
+def readout(address, diagnostics, calibration):
+    """What the readout of one path takes.  calibration: internal, external, or None."""
+    values = {"internal": reads(diagnostics, 96, 105), "external": reads(diagnostics, 76, 105),
+              None: fields(address, 22, 26, 42, 50, 34)}
+    return [*reads(address, 0, 0), *word(address, 60), *reads(address, 92, 92), *values[calibration]]

@@ -2,9 +2,9 @@
 """The readouts of what optical modules measure: of an interface, of one port, and as a table."""
 
 import pytest
-from board_access import FIRST, SECOND, bracket, readout, refused, run, socket, word
-from cpld import PON, SFP, record
+from cpld import PON, SFP, bracket, record
 from module_memory import path, plug, qsfp, words
+from module_steps import FIRST, SECOND, readout, refused, run, socket, word
 from olt import wait_until
 from vty import SUCCESS, WARNING
 
@@ -82,9 +82,9 @@ def as_found(olt):
 ], ids=["single", "combo", "xgpon", "external", "internal-wins", "qsfp"])
 def test_an_interface_shows_both_generations_of_its_module(olt, node, pages, plain, xg, paths):
     plug(olt, "gpon", 3, *pages)
-    text, rc, accesses = run(olt, INTERFACE, f"{node} 0/3")
+    text, rc, steps = run(olt, INTERFACE, f"{node} 0/3")
     assert (text, rc) == (interface_lines(plain, xg), SUCCESS)
-    assert accesses == bracket("show_pon_transceiver_optical", *socket("gpon", 3, *sum(paths, [])))
+    assert steps == bracket("show_pon_transceiver_optical", *socket("gpon", 3, *sum(paths, [])))
 
 
 def test_an_interface_without_a_module_shows_zeroes(olt):
@@ -104,10 +104,10 @@ def test_an_interface_on_a_board_that_does_not_open_shows_nothing_and_warns(olt)
 def test_an_interface_is_read_even_when_its_channel_cannot_be_selected(olt):
     plug(olt, "gpon", 1, *path())
     olt.faults("misc_cpld_channel_select ret=-1 errno=5 thread=main")
-    text, rc, accesses = run(olt, INTERFACE, "gpon 0/1")
+    text, rc, steps = run(olt, INTERFACE, "gpon 0/1")
     # nothing answers, so it counts as a module without calibration
     assert (text, rc) == (interface_lines(DEAD), SUCCESS)
-    assert accesses == bracket("show_pon_transceiver_optical",
+    assert steps == bracket("show_pon_transceiver_optical",
                                *socket("gpon", 1, *readout(*FIRST, None), *word(0x58, 60)))
 
 
@@ -136,9 +136,9 @@ def test_temperatures_below_zero_lose_their_sign(olt):
 @pytest.mark.parametrize("identifier", [0x00, 0x03, 0x02, 0x0C, 0x0D, 0x11, 0x0E, 0x18, 0xFF])
 def test_a_module_without_calibration_is_read_from_lower_memory_whatever_it_is(olt, identifier):
     plug(olt, "gpon", 1, qsfp(identifier=identifier))
-    text, _, accesses = run(olt, INTERFACE, "gpon 0/1")
+    text, _, steps = run(olt, INTERFACE, "gpon 0/1")
     assert text == interface_lines(QSFP_VALUES)
-    assert accesses == bracket("show_pon_transceiver_optical",
+    assert steps == bracket("show_pon_transceiver_optical",
                                *socket("gpon", 1, *readout(*FIRST, None), *word(0x58, 60)))
 
 
@@ -164,9 +164,9 @@ def test_a_module_that_died_shows_what_its_zeroes_come_to(olt):
 def test_a_byte_that_cannot_be_read_is_zero_and_costs_no_other(olt):
     plug(olt, "gpon", 1, *path())
     olt.boardctl("fault", "add", "i2c_read", "addr=0x51", "reg=97")  # the fraction of the temperature
-    text, _, accesses = run(olt, INTERFACE, "gpon 0/1")
+    text, _, steps = run(olt, INTERFACE, "gpon 0/1")
     assert text == interface_lines(("25.000", *VALUES[1:]))
-    assert accesses == bracket("show_pon_transceiver_optical",
+    assert steps == bracket("show_pon_transceiver_optical",
                                *socket("gpon", 1, *readout(*FIRST, "internal"), *word(0x58, 60))), "no retry"
 
 
@@ -204,9 +204,8 @@ def test_a_port_without_a_module_shows_no_values(olt, node, reason, kind, cage):
     assert run(olt, f"{PORT} {kind} 0/2", node) == (heading, SUCCESS, bracket(reason, *socket(cage, 2)))
     plug(olt, cage, 2, *path())
     olt.faults("misc_cpld_channel_select ret=-1 errno=5 thread=main")
-    register = "R 12" if cage == "ge" else "R 11"
-    channel = "select 9" if cage == "ge" else "select 1"
-    assert run(olt, f"{PORT} {kind} 0/2", node) == (heading, SUCCESS, bracket(reason, register, channel))
+    look = ["R(12)", "CH(9)"] if cage == "ge" else ["R(11)", "CH(1)"]
+    assert run(olt, f"{PORT} {kind} 0/2", node) == (heading, SUCCESS, bracket(reason, *look))
 
 
 @pytest.mark.parametrize("node, reason", [("config", "show_transceiver_optical"), ("diagnose", "show_port_laser")])
@@ -256,19 +255,19 @@ def test_the_table_has_a_row_for_each_module_and_a_second_one_for_xgpon(olt):
 def test_the_table_of_one_interface_has_its_rows_alone(olt, kind, cage, name):
     for port in (2, 3):
         plug(olt, cage, port, *path(), *path(1577))
-    text, rc, accesses = run(olt, f"{PORT} {kind} 0/3", "diagnose")
+    text, rc, steps = run(olt, f"{PORT} {kind} 0/3", "diagnose")
     assert (text, rc) == (TABLE + row(f"{name} 0/3", VALUES) + row("", XG_VALUES), SUCCESS)
     work = [*readout(*FIRST, "internal"), *word(0x58, 60), *readout(*SECOND, "internal")]
-    assert accesses == bracket("show_port_laser", *socket(cage, 3, *work))
+    assert steps == bracket("show_port_laser", *socket(cage, 3, *work))
 
 
 def test_a_board_that_does_not_open_ends_the_table_at_once(olt):
     plug(olt, "gpon", 1, *path())
     plug(olt, "gpon", 2, *path())
     olt.faults("misc_cpld_i2c_open nth=2 ret=-1 errno=5 thread=main")
-    text, rc, accesses = run(olt, "show optical transceiver", "diagnose")
+    text, rc, steps = run(olt, "show optical transceiver", "diagnose")
     assert (text, rc) == (TABLE + row("GPON 0/1", VALUES), WARNING)
-    assert accesses[-5:] == refused("show_port_laser") and accesses.count("open") == 2
+    assert steps[-5:] == refused("show_port_laser") and steps.count("open") == 2
 
 
 def test_ports_are_named_by_the_table_of_the_records_that_has_them(make_olt):
@@ -333,8 +332,8 @@ def test_debugging_tells_what_failed(olt):
     olt.run("debug cpld", "diagnose")
     olt.boardctl("fault", "add", "i2c_read", "addr=0x50", "reg=92")
     output = Output(olt)
-    *_, accesses = run(olt, INTERFACE, "gpon 0/3")
-    assert "50:22" in accesses
+    *_, steps = run(olt, INTERFACE, "gpon 0/3")
+    assert "I(0x50,22,1)" in steps
     failed = next(call for call in reversed(olt.trace()) if call.op == "misc_i2c_read" and call.values["reg"] == "92")
     line = f"cpld i2c {failed.values['h']} from 92  read 1 bytes failed, ret {failed.result.split()[0]}"
     wait_until(lambda: line in output.lines("cpld"), line)
