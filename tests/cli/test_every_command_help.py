@@ -32,9 +32,11 @@ def stand_in(session, node):
         session.run(step)
 
 
-def listed(session):
-    """The grammar of the commands that are not hidden."""
-    return {line.strip() for line in session.run("list").splitlines()}
+def offered_commands(session, grammars):
+    """Those of a node's commands that are not hidden."""
+    listed = {line.strip() for line in session.run("list").splitlines()}
+    assert listed and listed <= set(grammars)
+    return listed
 
 
 def on_screen(text):
@@ -60,10 +62,10 @@ def press(session, line, key):
     return on_screen(shown[: shown.index(MARK)])
 
 
-def places(by_node, node, visible):
+def places(grammars, visible):
     """Beginnings of lines, each with the words that can follow; and whether help offers those."""
     found = {}
-    for grammar in by_node[node]:
+    for grammar in grammars:
         for words in lines_of(grammar):
             for place in range(len(words) + 1):
                 nexts = found.setdefault(typed(words[:place]), {})
@@ -76,7 +78,7 @@ def places(by_node, node, visible):
 def test_help_offers_at_every_place_what_can_follow(terminal, by_node, node):
     stand_in(terminal, node)
     missing = []
-    for beginning, nexts in places(by_node, node, listed(terminal)).items():
+    for beginning, nexts in places(by_node[node], offered_commands(terminal, by_node[node])).items():
         shown = press(terminal, f"{beginning} " if beginning else "", "?")
         for word, offered in nexts.items():
             what = word.shown if word else "<cr>"
@@ -89,7 +91,7 @@ def test_help_offers_at_every_place_what_can_follow(terminal, by_node, node):
 def test_tab_completes_every_keyword(terminal, by_node, node):
     stand_in(terminal, node)
     missing = []
-    for beginning, nexts in places(by_node, node, listed(terminal)).items():
+    for beginning, nexts in places(by_node[node], offered_commands(terminal, by_node[node])).items():
         for word, offered in nexts.items():
             if not word or not word.keyword:
                 continue
