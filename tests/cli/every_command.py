@@ -14,8 +14,8 @@ NODES = {
     "config": ("config", None, None),
     "extended": ("config", "log extended-syslog lab", "no log extended-syslog lab"),
     "vty": ("config", "line vty", None),
-    "gpon": ("config", "interface gpon 0/3", None),
-    "xgpon": ("config", "interface xgpon 0/5", None),
+    "gpon": ("config", "interface gpon 0/1", None),
+    "xgpon": ("config", "interface xgpon 0/4", None),
     "diagnose": ("diagnose", None, None),
 }
 
@@ -40,7 +40,7 @@ WORDS = {
     "X:X::X:X/M": ["2001:db8::/32"],
     "X:X:X:X:X:X": ["02:00:5e:10:00:01"],
     "MAC": ["02:00:5e:10:00:01"],
-    "S/P": ["0/1", "0/8"],
+    "S/P": ["0/1", "0/3", "0/4", "0/5", "0/8", "1/9"],  # modules of several kinds, none, no such port
     "PATH": ["/var/log/every-command"],
     "FILENAME": ["every-command"],
     "PERMS": ["0600"],

@@ -191,6 +191,12 @@ class Olt:
         assert done.returncode == 0, f"boardctl {words}: {done.stdout}{done.stderr}"
         return done.stdout
 
+    def populate(self):
+        """Plugs the modules that a new OLT comes with, one of each kind."""
+        population = PROJECT / "sim" / "boards" / "olt8-modules.json"
+        for module in json.loads(population.read_text())["modules"]:
+            self.boardctl("plug", module["kind"], module["port"], population.parent / module["file"])
+
     def boardctl_refused(self, *words):
         """Runs boardctl, which must refuse; returns what it says."""
         done = self._run_boardctl(*words)

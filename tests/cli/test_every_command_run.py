@@ -14,6 +14,13 @@ from vty import AMBIGUOUS, DEADLINE_S, INCOMPLETE, NO_MATCH, SUCCESS, SessionClo
 NOT_UNDERSTOOD = {NO_MATCH: "unknown", AMBIGUOUS: "ambiguous", INCOMPLETE: "incomplete"}
 
 
+@pytest.fixture
+def populated_olt(fresh_olt):
+    """An OLT with modules of all kinds."""
+    fresh_olt.populate()
+    return fresh_olt
+
+
 def complaint_of(olt, node, line):
     """What is wrong with the answer to a line, if anything."""
     start, way, _ = NODES[node]
@@ -44,8 +51,8 @@ def test_every_node_is_one_that_these_tests_can_stand_in(fresh_olt):
 
 
 @pytest.mark.parametrize("node", NODES)
-def test_every_command_is_understood_and_leaves_the_daemon_in_order(fresh_olt, node):
-    olt = fresh_olt
+def test_every_command_is_understood_and_leaves_the_daemon_in_order(populated_olt, node):
+    olt = populated_olt
     lines = [typed(words) for grammar in commands(olt)[node] for words in lines_of(grammar)]
     complaints, left_open = [], Counter()
     with olt.telnet() as bystander:

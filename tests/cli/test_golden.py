@@ -3,12 +3,10 @@
 
 The telnet server makes CR LF of every line feed, so carriage returns are left out of the comparison.
 """
-import json
 import re
 from pathlib import Path
 
 from alarm_store import AlarmStore, Record
-from olt import PROJECT
 
 GOLDEN = Path(__file__).with_name("golden")
 PROMPT = re.compile(r"(olt(?:\([^)]*\))?[>#] )(.*)")
@@ -53,7 +51,5 @@ def test_alarm_records_listed_and_cleared(olt):
 
 def test_modules_that_a_new_board_comes_with(olt):
     # Of the externally calibrated module, byte 95 is the check code (0xCC) and the low half of an offset of 0.8125.
-    population = PROJECT / "sim" / "boards" / "olt8-modules.json"
-    for module in json.loads(population.read_text())["modules"]:
-        olt.boardctl("plug", module["kind"], module["port"], population.parent / module["file"])
+    olt.populate()
     replay(olt, "transceiver.txt")
