@@ -2,6 +2,7 @@
 // Board description reader.  Failure policy: a description with any mistake is refused as a whole.
 #include "board_description.hpp"
 
+#include <cstdio>
 #include <cstdlib>
 #include <set>
 
@@ -15,6 +16,13 @@ using json::Fields;
 
 constexpr long max_bus = 19;
 constexpr long max_address = 0x77; // 7-bit addresses from 0x78 on are reserved
+constexpr long max_phy_register = 0x401fffff;
+constexpr std::size_t max_fru_text = 40; // four of them and the rest fit into 256 bytes
+// The memory has 24 bits for the minutes since 1996.
+constexpr std::chrono::year_month_day first_fru_day(std::chrono::year(1996), std::chrono::January,
+                                                    std::chrono::day(1));
+constexpr std::chrono::year_month_day last_fru_day(std::chrono::year(2027), std::chrono::November,
+                                                   std::chrono::day(24));
 constexpr unsigned record_count = 13;
 constexpr unsigned table_entries = 32;
 
@@ -81,6 +89,21 @@ Cages read_cages(Fields fields, const Multiplexer &mux)
     return cages;
 }
 
+std::vector<PhyRegister> read_registers(Fields &phy, const char *name, long max_number)
+{
+    std::vector<PhyRegister> registers;
+    if (!phy.has(name))
+        return registers;
+    for (Fields &fields : phy.objects(name)) {
+        PhyRegister entry;
+        entry.number = static_cast<std::uint32_t>(fields.number("register", 0, max_number));
+        entry.value = static_cast<std::uint16_t>(fields.number("value", 0, 0xffff));
+        fields.done();
+        registers.push_back(entry);
+    }
+    return registers;
+}
+
 std::vector<Phy> read_phys(Fields &board)
 {
     std::vector<Phy> phys;
@@ -94,10 +117,76 @@ std::vector<Phy> read_phys(Fields &board)
         phy.revision = static_cast<std::uint8_t>(fields.number("revision", 0, 15));
         if (!seen.insert({phy.interface, phy.address}).second)
             fields.fail("address", "given twice on " + phy.interface);
+        phy.registers = read_registers(fields, "registers", max_phy_register);
+        phy.indirect = read_registers(fields, "indirect", 0xffff);
         fields.done();
         phys.push_back(std::move(phy));
     }
     return phys;
+}
+
+// A single character cannot be told from the end of the texts.
+std::string read_fru_text(Fields &fields, const char *name)
+{
+    std::string text = fields.text(name, max_fru_text);
+    if (text.size() == 1)
+        fields.fail(name, "a single character");
+    return text;
+}
+
+Fru read_fru(Fields fields)
+{
+    Fru fru;
+    fru.manufacturer = read_fru_text(fields, "manufacturer");
+    fru.product = read_fru_text(fields, "product");
+    fru.serial_number = read_fru_text(fields, "serial_number");
+    fru.part_number = read_fru_text(fields, "part_number");
+    const std::string made = fields.text("made", 10);
+    int year = 0;
+    unsigned month = 0, day = 0;
+    char rest = 0;
+    if (std::sscanf(made.c_str(), "%4d-%2u-%2u%c", &year, &month, &day, &rest) == 3)
+        fru.made = std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day);
+    if (!fru.made.ok() || fru.made < first_fru_day || fru.made > last_fru_day)
+        fields.fail("made", "\"" + made + "\" is no date from 1996-01-01 to 2027-11-24");
+    fields.done();
+    return fru;
+}
+
+I2cDevice read_device(Fields &fields, const Board &board)
+{
+    I2cDevice device;
+    device.bus = static_cast<int>(fields.number("bus", 0, board.bus_count - 1));
+    device.address = address(fields);
+    device.name = fields.text("name", 31);
+    const std::string kind = fields.text("kind", 15);
+    if (kind != "eeprom" && kind != "lm75")
+        fields.fail("kind", "neither \"eeprom\" nor \"lm75\"");
+    if (kind == "lm75") {
+        device.kind = I2cDevice::Kind::lm75;
+        device.temperature_tenths = static_cast<int>(fields.number_or("temperature_tenths", -550, 1250, 250));
+    } else if (fields.has("fru")) {
+        device.fru = read_fru(fields.object("fru"));
+    }
+    return device;
+}
+
+std::vector<I2cDevice> read_devices(Fields &root, const Board &board)
+{
+    std::vector<I2cDevice> devices;
+    if (!root.has("i2c_devices"))
+        return devices;
+    std::set<std::pair<int, std::uint8_t>> seen = {{board.cpld.bus, board.cpld.address},
+                                                   {board.multiplexer.bus, board.multiplexer.address},
+                                                   {board.lm75.bus, board.lm75.address}};
+    for (Fields &fields : root.objects("i2c_devices")) {
+        I2cDevice device = read_device(fields, board);
+        if (!seen.insert({device.bus, device.address}).second)
+            fields.fail("address", "given twice on bus " + std::to_string(device.bus));
+        fields.done();
+        devices.push_back(std::move(device));
+    }
+    return devices;
 }
 
 Button read_button(Fields fields)
@@ -204,6 +293,7 @@ Board load(const std::string &file)
     board.pon = read_cages(fields.object("pon_cages"), board.multiplexer);
     board.ge = read_cages(fields.object("ge_cages"), board.multiplexer);
     board.phys = read_phys(fields);
+    board.devices = read_devices(fields, board);
     board.button = read_button(fields.object("button"));
     board.gpio_device = fields.text("gpio_device", 255);
     board.pon_mode = static_cast<int>(fields.number("pon_mode", 0, 255));

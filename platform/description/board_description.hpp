@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// What a board has, as written in its board.json: buses, CPLD, multiplexer, sensor, PHYs, cages, ports and
-// identity.  The platform libraries and the simulated board read the same file, so a board is described
-// once.
+// What a board has, as written in its board.json: buses and their devices, CPLD, multiplexer, sensor, PHYs,
+// cages, ports and identity.  The platform libraries and the simulated board read the same file, so a board
+// is described once.
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,12 +49,38 @@ struct Cages {
     std::uint8_t presence_register = 0;
 };
 
+struct PhyRegister {
+    std::uint32_t number = 0; // 0..31, or bit 30, the clause 45 device in bits 16-20, the register below
+    std::uint16_t value = 0;
+};
+
 struct Phy {
     std::string interface;
     std::uint32_t address = 0; // 0..31
     std::uint32_t oui = 0;     // 22 bits, as registers 2 and 3 carry them
     std::uint8_t model = 0;    // 6 bits
     std::uint8_t revision = 0; // 4 bits
+    // After power-on of a simulated board, beyond what the standard says of every PHY.
+    std::vector<PhyRegister> registers;
+    std::vector<PhyRegister> indirect; // behind the maker's window 0x1e/0x1f
+};
+
+// What the inventory memory of a replaceable unit says.
+struct Fru {
+    std::string manufacturer, product, serial_number, part_number;
+    std::chrono::year_month_day made{};
+};
+
+// A device on an I2C bus that only people ask, through the I2C commands.
+struct I2cDevice {
+    enum class Kind { eeprom, lm75 };
+
+    int bus = 0;
+    std::uint8_t address = 0;
+    std::string name;
+    Kind kind = Kind::eeprom;
+    std::optional<Fru> fru;       // EEPROM
+    int temperature_tenths = 250; // LM75, as of Sensor
 };
 
 // The memory-mapped register block behind the push-button.
@@ -95,6 +123,7 @@ struct Board {
     Sensor lm75;
     Cages pon, ge;
     std::vector<Phy> phys;
+    std::vector<I2cDevice> devices;
     Button button;
     std::string gpio_device;
     int pon_mode = 0;

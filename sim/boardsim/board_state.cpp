@@ -28,10 +28,11 @@ std::string state_text(SimulatedBoard &board)
     std::string text = "state 1\n";
     text += format("lm75 0x%04x\n", board.lm75.set_point());
     text += std::string("plain ") + (board.cpld.plain() ? "on" : "off") + "\n";
-    text += "cpld ";
-    for (const std::uint8_t cell : board.cpld.cells())
-        text += format("%02x", cell);
-    text += "\n";
+    text += "cpld " + hex_text(board.cpld.cells()) + "\n";
+    for (const I2cDevice &device : board.devices.all())
+        if (const auto *eeprom = std::get_if<Eeprom>(&device.chip))
+            text += format("eeprom %d 0x%02x ", device.description.bus, device.description.address) +
+                    hex_text(eeprom->memory()) + "\n";
     for (const Cage &cage : board.cages.all()) {
         text += format("cage %s %d %d %d\n", cage.name().c_str(), cage.powered,
                        static_cast<int>(cage.presence), cage.module.has_value());
@@ -70,27 +71,46 @@ private:
             take_cage(words);
             return;
         }
+        if (key == "eeprom") {
+            take_eeprom(words);
+            return;
+        }
         words >> value;
         if (key == "lm75")
             board_.lm75.set_raw(static_cast<std::uint16_t>(parse_number(value, 0, 0xffff)));
         else if (key == "plain")
             board_.cpld.set_plain(value == "on");
-        else if (key == "cpld" && value.size() == 512)
-            take_cells(value);
+        else if (key == "cpld")
+            board_.cpld.restore(cells(value));
         else if (line != "state 1")
             fail();
     }
 
-    void take_cells(const std::string &digits)
+    std::array<std::uint8_t, 256> cells(const std::string &digits) const
     {
         std::array<std::uint8_t, 256> cells{};
+        if (digits.size() != 2 * cells.size())
+            fail();
         for (std::size_t i = 0; i < cells.size(); ++i) {
             const int byte = hex_byte(std::string_view(digits).substr(2 * i, 2));
             if (byte < 0)
                 fail();
             cells[i] = static_cast<std::uint8_t>(byte);
         }
-        board_.cpld.restore(cells);
+        return cells;
+    }
+
+    // Of a device that the description no longer has, nothing is kept.
+    void take_eeprom(std::istringstream &words)
+    {
+        int bus = 0;
+        std::string address, digits;
+        words >> bus >> address >> digits;
+        const auto memory = cells(digits);
+        I2cDevice *device =
+            board_.devices.find(bus, static_cast<std::uint8_t>(parse_number(address, 0, 0x7f)));
+        if (auto *eeprom = device != nullptr ? std::get_if<Eeprom>(&device->chip) : nullptr)
+            eeprom->restore(memory);
     }
 
     void take_cage(std::istringstream &words)

@@ -33,14 +33,6 @@ void put16(std::vector<std::uint8_t> &bytes, unsigned value)
     bytes.push_back(static_cast<std::uint8_t>(value));
 }
 
-std::string hex(std::span<const std::uint8_t> bytes)
-{
-    std::string text;
-    for (const std::uint8_t byte : bytes)
-        text += format("%02x", byte);
-    return text;
-}
-
 } // namespace
 
 ServiceBus::ServiceBus(EventLoop &loop, Socket socket) : loop_(loop), socket_(std::move(socket))
@@ -129,7 +121,7 @@ void ServiceBus::take(Client &client, unsigned command, std::span<const std::uin
     const std::string from = client.known ? format("%u/%u", client.type, client.instance) : "unknown";
     log_.push_back(
         format("%06lu %ld client=%s command=%u body=", ++logged_, now.count(), from.c_str(), command) +
-        hex(body));
+        hex_text(body));
     if (log_.size() > log_size)
         log_.pop_front();
 }

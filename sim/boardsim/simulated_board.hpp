@@ -7,6 +7,7 @@
 #include "cages.hpp"
 #include "cpld.hpp"
 #include "faults.hpp"
+#include "i2c_devices.hpp"
 #include "phys.hpp"
 #include "sensors.hpp"
 #include "transaction_log.hpp"
@@ -16,13 +17,14 @@ namespace sim {
 struct SimulatedBoard {
     explicit SimulatedBoard(board::Board description_)
         : description(std::move(description_)), cages(description), cpld(description, cages),
-          lm75(description.lm75.temperature_tenths), phys(description)
+          lm75(description.lm75.temperature_tenths), devices(description), phys(description)
     {
     }
     SimulatedBoard(const SimulatedBoard &) = delete;
     SimulatedBoard &operator=(const SimulatedBoard &) = delete;
 
-    // Bus access outside a module channel: the devices that sit on the bus itself.
+    // Bus access outside a handle's channel: the devices that sit on the bus itself, and the modules that are
+    // switched to it by hand.
     int read_device(int bus, std::uint8_t address, std::uint8_t reg, std::span<std::uint8_t> data);
     int write_device(int bus, std::uint8_t address, std::uint8_t reg, std::span<const std::uint8_t> data);
     // Module behind a channel, nullptr when nothing answers there.
@@ -32,9 +34,17 @@ struct SimulatedBoard {
     Cages cages;
     Cpld cpld;
     Lm75 lm75;
+    ChannelSwitch channel_switch;
+    I2cDevices devices;
     Phys phys;
     Faults faults;
     TransactionLog log;
+
+private:
+    template <class Transfer>
+    int on_device(int bus, std::uint8_t address, Transfer transfer);
+    template <class Transfer>
+    int on_module(int bus, Transfer transfer);
 };
 
 } // namespace sim

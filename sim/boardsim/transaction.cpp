@@ -11,9 +11,7 @@ namespace {
 
 std::string bytes(const Transaction &t)
 {
-    std::string text;
-    for (std::size_t i = 0; i < t.data_size; ++i)
-        text += format("%02x", t.data[i]);
+    const std::string text = hex_text(std::span(t.data).first(t.data_size));
     return t.length > t.data_size ? text + ".." : text;
 }
 

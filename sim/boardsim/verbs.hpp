@@ -62,6 +62,10 @@ private:
     std::string fault_clear(const Words &words);
     std::string phy_get(const Words &words);
     std::string phy_set(const Words &words);
+    std::string phy_link(const Words &words);
+    std::string fru(const Words &words);
+    std::string fru_get(const Words &words);
+    std::string fru_set(const Words &words);
     std::string bus_send(const Words &words);
     std::string bus_raw(const Words &words);
     std::string bus_clients(const Words &words);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Verbs on registers, sensor, PHYs, front panel, time.
+// Verbs on registers, sensor, front panel, faults, time.
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -195,37 +195,6 @@ std::string Verbs::fault_clear(const Words &)
 {
     board_.faults.clear();
     temperature_fault_.reset();
-    return {};
-}
-
-PhyChip &Verbs::phy(const Words &words)
-{
-    PhyChip *chip = board_.phys.find(words[0], static_cast<std::uint32_t>(parse_number(words[1], 0, 31)));
-    if (chip == nullptr)
-        throw std::invalid_argument("no PHY " + words[1] + " on " + words[0]);
-    return *chip;
-}
-
-namespace {
-
-std::uint32_t phy_register(const std::string &word)
-{
-    const long reg = parse_number(word, 0, 0x7fffffff);
-    if (reg > 31 && (static_cast<unsigned long>(reg) & phy_clause45) == 0)
-        throw std::invalid_argument("\"" + word + "\" is not in 0..31 and no clause 45 number");
-    return static_cast<std::uint32_t>(reg);
-}
-
-} // namespace
-
-std::string Verbs::phy_get(const Words &words)
-{
-    return format("0x%04x\n", phy(words).read(phy_register(words[2])));
-}
-
-std::string Verbs::phy_set(const Words &words)
-{
-    phy(words).set(phy_register(words[2]), static_cast<std::uint16_t>(parse_number(words[3], 0, 0xffff)));
     return {};
 }
 

@@ -76,10 +76,7 @@ std::string Verbs::module_get(const Words &words)
     if (const int error = target.read(to_address(words[2]), to_register(words[3]), data); error < 0)
         throw std::invalid_argument(std::string("the module does not answer there: ") +
                                     std::strerror(-error));
-    std::string text;
-    for (const std::uint8_t byte : data)
-        text += format("%02x", byte);
-    return text + "\n";
+    return hex_text(data) + "\n";
 }
 
 // Changes the module for good: the value also comes back after a power cycle.

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "text.hpp"
+
 namespace sim {
 
 namespace {
@@ -15,12 +17,7 @@ constexpr std::uint8_t page_select = 127;
 
 void append_half(std::string &text, const Half &half)
 {
-    char digits[3];
-    for (const std::uint8_t byte : half) {
-        std::snprintf(digits, sizeof digits, "%02x", byte);
-        text += digits;
-    }
-    text += '\n';
+    text += hex_text(half) + '\n';
 }
 
 Half half_from(const std::string &digits, const std::string &where)

@@ -29,6 +29,14 @@ std::string format(const char *pattern, ...)
     return text;
 }
 
+std::string hex_text(std::span<const std::uint8_t> bytes)
+{
+    std::string text;
+    for (const std::uint8_t byte : bytes)
+        text += format("%02x", byte);
+    return text;
+}
+
 long parse_number(const std::string &text, long min, long max)
 {
     const char *digits = text.c_str();

@@ -2,7 +2,7 @@
 """Raw I2C devices, by hand: what is asked of the I2C library, in which order, and what is shown."""
 import pytest
 from calls import of
-from olt import wait_until
+from olt import PROJECT, wait_until
 from register_commands import board_semaphore_calls, install_row, installed_rows, run
 
 COMMANDS = [
@@ -126,6 +126,42 @@ def test_a_read_that_fails_shows_zeros(olt):
 
 def test_a_device_that_is_not_there_shows_zeros(olt):
     assert run(olt, "i2c 3 read 7 0 3")[:2] == (shown([0] * 3), 0)
+
+
+def bytes_of(olt, command):
+    text, rc = olt.run(command, "diagnose")
+    assert rc == 0
+    return bytes(int(word, 16) for word in text.split())
+
+
+def test_the_memory_of_a_unit_holds_its_inventory(olt):
+    memory = bytes_of(olt, "i2c 1 read 50 0 256")
+    assert memory[:4] == bytes([1, 0, 0, 1]) and sum(memory[:8]) % 256 == 0
+    texts, at = [], 14
+    while memory[at] != 0xC1:
+        length = memory[at] & 0x3F
+        texts.append(memory[at + 1 : at + 1 + length].decode())
+        at += 1 + length
+    assert texts == ["OLT Works", "OLT8-XGS", "OLT8240100017", "110-0801-02", ""]
+
+
+def test_the_temperature_sensor_is_read_as_a_word(olt):
+    olt.boardctl("temp", "set", 355)
+    assert olt.run("i2c 2 read 48 0 2", "diagnose") == ("\r\n\r\n0x0023 0x0080 \r\n", 0)
+    olt.boardctl("temp", "set", 250)
+    assert bytes_of(olt, "i2c 3 read 49 0 2") == bytes([0x1F, 0x80]), "the outlet air's"
+
+
+def test_a_module_is_reached_through_the_channel_switched_on_by_hand(olt):
+    olt.boardctl("plug", "gpon", 3, PROJECT / "sim" / "modules" / "gpon-1490.json")
+    assert bytes_of(olt, "i2c 0 read 50 0 4") == bytes(4), "no channel yet"
+    assert olt.run("i2c 0 write 70 0 4", "diagnose") == ("", 0)
+    assert bytes_of(olt, "i2c 0 read 50 0 4").hex() == olt.boardctl("module", "get", "gpon", 3, "0x50", 0, 4).strip()
+    assert olt.run("i2c 0 write 51 80 2A", "diagnose") == ("", 0)
+    assert olt.boardctl("module", "get", "gpon", 3, "0x51", 0x80, 1) == "2a\n"
+    olt.run("i2c 0 write 70 0 0", "diagnose")
+    assert bytes_of(olt, "i2c 0 read 50 0 4") == bytes(4)
+    olt.boardctl("unplug", "gpon", 3)
 
 
 def test_a_write_is_one_byte_and_says_nothing(olt):

@@ -24,9 +24,14 @@ def olt(traced_olt):
 
 
 @pytest.fixture(autouse=True)
-def no_faults(olt):
+def restored(olt):
+    """Each test finds the PHYs as after power-on and leaves no faults."""
     yield
     olt.faults()
+    with olt.vty("diagnose") as session:
+        for phy in (1, 2):
+            olt.boardctl("phy", "link", "aux", phy, "up")
+            session.run(f"phy reset {phy}")
 
 
 def read(phy, reg, value=None):
@@ -44,9 +49,9 @@ def test_phy_commands_are_known_in_diagnose_only(olt, node):
 
 @pytest.mark.parametrize("command", ["phy read 1 2", "phy read 0x1 0x2", "phy read 1 2 ieee", "phy read 01 02 i"])
 def test_a_register_is_read_directly(olt, command):
-    olt.boardctl("phy", "set", "aux", 1, 2, 0x0807)
-    assert run(olt, command) == ("phy 0x1 register 0x2 value 0x807\r\n", 0,
-                                 ["raise debug_phy_read", read(1, 2, 0x807), "lower"])
+    olt.boardctl("phy", "set", "aux", 1, 2, 0x0BEE)
+    assert run(olt, command) == ("phy 0x1 register 0x2 value 0xbee\r\n", 0,
+                                 ["raise debug_phy_read", read(1, 2, 0xBEE), "lower"])
 
 
 @pytest.mark.parametrize("number", ["1F", "0x1F", "1f", "0X1f"])
@@ -140,7 +145,6 @@ def test_a_dump_is_the_standards_sixteen_registers_on_one_line(olt, mode):
     for reg, value in enumerate(values):
         olt.boardctl("phy", "set", "aux", 2, reg, value)
     text, rc, steps = run(olt, "phy dump 2" + mode)
-    olt.run("phy reset 2", "diagnose")
     assert (text, rc) == ("PHY 0x2\r\n00: " + "".join(f"{value:#06x} " for value in values) + "\r\n", 0)
     assert steps == ["raise debug_phy_dump", *(read(2, reg, value) for reg, value in enumerate(values)), "lower"]
 
@@ -150,13 +154,31 @@ def test_a_dump_shows_0_for_a_register_that_cannot_be_read(olt):
         olt.boardctl("phy", "set", "aux", 2, reg, 0xABC)
     olt.faults("misc_phy_read nth=3 ret=-1")
     text, rc = olt.run("phy dump 2", "diagnose")
-    olt.run("phy reset 2", "diagnose")
     assert (text, rc) == ("PHY 0x2\r\n00: " + "0x0abc " * 2 + "0x0000 " + "0x0abc " * 13 + "\r\n", 0)
 
 
 @pytest.mark.parametrize("mode", ["rdb", "clause45"])
 def test_dumps_of_the_other_modes_are_a_heading_and_no_access(olt, mode):
     assert run(olt, f"phy dump 1 {mode}") == ("PHY 0x1\r\n", 0, [])
+
+
+def test_a_dump_shows_the_board_s_phy_and_its_link(olt):
+    linked = ("PHY 0x1\r\n00: 0x1140 0x796d 0x0807 0xd113 0x0de1 0xcde1 0x000d 0x0000 "
+              "0x0000 0x0300 0x3c00 0x0000 0x0000 0x0000 0x0000 0x3000 \r\n")
+    assert olt.run("phy dump 1", "diagnose") == (linked, 0)
+    olt.boardctl("phy", "link", "aux", 1, "down")
+    text, _ = olt.run("phy dump 1", "diagnose")
+    assert text.split()[4] == "0x7949" and text.split()[8] == "0x0000", "no link, no partner"
+    olt.boardctl("phy", "link", "aux", 1, "up")
+    assert olt.run("phy read 1 1", "diagnose")[0].endswith("value 0x7969\r\n"), "it has been away"
+    assert olt.run("phy dump 1", "diagnose") == (linked, 0)
+
+
+@pytest.mark.parametrize("words, number, value", [
+    ("a5 rdb", 0xA5, 0x0C31), ("8000 clause45 1e", 0x401E8000, 0x0102), ("2 clause45 1", 0x40010002, 0x0807),
+    ("18", 0x18, 0x0400), ("2 clause45 2", 0x40020002, 0xFFFF)])
+def test_the_board_describes_further_registers(olt, words, number, value):
+    assert olt.run(f"phy read 1 {words}", "diagnose") == (f"phy 0x1 register {number:#x} value {value:#x}\r\n", 0)
 
 
 def test_debugging_is_switched_in_the_library(olt):

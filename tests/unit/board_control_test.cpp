@@ -208,6 +208,33 @@ TEST_F(Verbs, made_module_can_be_plugged)
     EXPECT_THROW(sim::prepare_file_verb({"module", "make", file, "--color", "red"}), std::invalid_argument);
 }
 
+TEST_F(Verbs, devices_of_the_buses_are_listed_read_and_written)
+{
+    const std::string list = board.ask({"fru"});
+    EXPECT_THAT(list, HasSubstr("phy aux 1      oui 0x0201f4, model 17, revision 3, link up"));
+    EXPECT_THAT(list, HasSubstr("i2c 0 0x70   multiplexer, channels 0x0000\n"));
+    EXPECT_THAT(list, HasSubstr("i2c 1 0x53   fan tray: eeprom, OLT Works FAN-3, serial FT24030871, part "
+                                "130-0003-01, made 2025-12-04"));
+    EXPECT_THAT(list, HasSubstr("i2c 3 0x49   outlet air: lm75, 31.5 C (0x1f80)"));
+    EXPECT_EQ(board.ask({"fru", "get", "1", "0x53", "0", "4"}), "01000001");
+    EXPECT_EQ(board.ask({"fru", "set", "1", "0x53", "6", "aabbcc"}), "ok");
+    EXPECT_EQ(board.ask({"fru", "get", "1", "0x53", "6", "3"}), "aabbcc");
+    EXPECT_THAT(board.ask({"fru"}), HasSubstr("i2c 1 0x53   fan tray: eeprom without inventory"));
+    EXPECT_THAT(board.refusal({"fru", "get", "1", "0x57", "0", "1"}), HasSubstr("no device answers there"));
+    EXPECT_EQ(board.refusal({"fru", "get", "4", "0x50", "0", "1"}), "error: \"4\" is not in 0..3");
+}
+
+TEST_F(Verbs, a_cable_can_be_pulled_from_a_phy)
+{
+    EXPECT_EQ(board.ask({"phy", "link", "aux", "2", "down"}), "ok");
+    EXPECT_THAT(board.ask({"fru"}),
+                HasSubstr("phy aux 2      oui 0x0201f4, model 22, revision 1, link down"));
+    EXPECT_EQ(board.ask({"phy", "get", "aux", "2", "1"}), "0x7949");
+    EXPECT_EQ(board.ask({"phy", "link", "aux", "2", "up"}), "ok");
+    EXPECT_EQ(board.ask({"phy", "get", "aux", "2", "1"}), "0x7969") << "looking ends no note of a lost link";
+    EXPECT_EQ(board.ask({"phy", "get", "aux", "2", "1"}), "0x7969");
+}
+
 TEST_F(Verbs, button_level_is_in_the_register_file)
 {
     EXPECT_EQ(button_word(board), released);

@@ -128,6 +128,31 @@ TEST_F(Description, port_given_twice_names_the_entry)
                 EndsWith("records[0].pon1[1].port: given twice"));
 }
 
+TEST_F(Description, mistakes_in_devices_and_phys_name_their_entry)
+{
+    const auto changed = [&](const char *from, const char *to) {
+        return complaint(replaced(default_text(), from, to));
+    };
+    EXPECT_THAT(changed("\"address\": \"0x51\"", "\"address\": \"0x50\""),
+                EndsWith("i2c_devices[1].address: given twice on bus 1"));
+    EXPECT_THAT(changed("\"bus\": 3", "\"bus\": 4"), EndsWith("i2c_devices[4].bus: 4 is not in 0..3"));
+    EXPECT_THAT(changed("\"kind\": \"lm75\"", "\"kind\": \"lm57\""),
+                EndsWith("i2c_devices[4].kind: neither \"eeprom\" nor \"lm75\""));
+    EXPECT_THAT(changed("2026-02-11", "2026-02-30"),
+                EndsWith("made: \"2026-02-30\" is no date from 1996-01-01 to 2027-11-24"));
+    EXPECT_THAT(changed("2026-02-11", "2027-11-25"), HasSubstr("is no date"));
+    EXPECT_THAT(changed("110-0801-02", "1"), EndsWith("part_number: a single character"));
+    EXPECT_THAT(changed("\"0x0c31\"", "\"0x10c31\""),
+                EndsWith("phys[0].indirect[0].value: 68657 is not in 0..65535"));
+}
+
+TEST_F(Description, devices_may_be_on_the_addresses_of_other_buses_only)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "{\"bus\": 3, \"address\": \"0x49\"",
+                                   "{\"bus\": 2, \"address\": \"0x48\"")),
+                EndsWith("given twice on bus 2"));
+}
+
 TEST_F(Description, port_record_has_exactly_sixteen_bytes)
 {
     EXPECT_THAT(complaint(replaced(default_text(), "[2, 8, ", "[8, ")),

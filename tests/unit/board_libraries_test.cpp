@@ -415,12 +415,14 @@ TEST_F(Libraries, phy_reset_brings_the_defaults_back)
 
 TEST_F(Libraries, phy_clause_45_registers_are_apart)
 {
-    EXPECT_EQ(misc_phy_write("aux", 1, 0x40010005, 0x77), 0);
+    EXPECT_EQ(misc_phy_write("aux", 1, 0x40018005, 0x77), 0);
     std::uint32_t value = 0;
-    EXPECT_EQ(misc_phy_read("aux", 1, 0x40010005, &value), 0);
+    EXPECT_EQ(misc_phy_read("aux", 1, 0x40018005, &value), 0);
     EXPECT_EQ(value, 0x77U);
-    EXPECT_EQ(misc_phy_read("aux", 1, 0x40020005, &value), 0);
+    EXPECT_EQ(misc_phy_read("aux", 1, 0x40038005, &value), 0);
     EXPECT_EQ(value, 0U);
+    EXPECT_EQ(misc_phy_read("aux", 1, 0x40020005, &value), 0);
+    EXPECT_EQ(value, 0xffffU) << "the chip has no such device";
 }
 
 TEST_F(Libraries, debug_switches_are_kept_and_print_one_line_per_access)
