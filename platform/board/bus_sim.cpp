@@ -21,6 +21,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 #include "descriptor.hpp"
 
@@ -68,6 +69,14 @@ bool opened_for(int fd, int &bus, HandleKind &kind)
         return false;
     kind = static_cast<HandleKind>(kind_number);
     return true;
+}
+
+// As the kernel does for a bus, one transaction at a time for each handle: of two threads on one connection,
+// each would take the other's reply.
+std::mutex &lock_of(int handle)
+{
+    static std::array<std::mutex, 64> locks; // handles that share one wait for each other, no more
+    return locks[static_cast<std::size_t>(handle) % locks.size()];
 }
 
 bool broken(int error)
@@ -186,6 +195,7 @@ int SimBus::reconnect(int handle) const
 int SimBus::transact(int handle, SimRequest &request, std::span<const std::uint8_t> out, SimReply &reply,
                      std::span<std::uint8_t> in) const
 {
+    const std::lock_guard lock(lock_of(handle));
     int result = exchange_packets(handle, request, out, reply, in);
     if (broken(result)) {
         result = reconnect(handle);

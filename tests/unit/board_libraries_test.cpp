@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <thread>
 
 #include "running_board.hpp"
 #include "util_cpld.h"
@@ -159,6 +161,26 @@ TEST_F(Libraries, sensor_fails_as_often_as_asked)
     EXPECT_EQ(read_byte(handle, 0x48, 0), -1);
     EXPECT_EQ(read_byte(handle, 0x48, 0), -1);
     EXPECT_EQ(read_byte(handle, 0x48, 0), 0x19);
+}
+
+TEST_F(Libraries, threads_share_a_handle)
+{
+    const Handle sensor(misc_i2c_device_init(2));
+    board_->ask({"temp", "raw", "0x1940"});
+    std::atomic<int> wrong = 0;
+    const auto read = [&] {
+        for (int i = 0; i < 2000 && wrong == 0; ++i) { // one that goes wrong may have waited for its reply
+            std::array<std::uint8_t, 2> word{};
+            if (misc_i2c_read(sensor, 0x48, 0, word.data(), 2, 0) != 0 ||
+                word != std::array<std::uint8_t, 2>{0x19, 0x40})
+                ++wrong;
+        }
+    };
+    {
+        const std::array<std::jthread, 3> others{std::jthread(read), std::jthread(read), std::jthread(read)};
+        read();
+    }
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST_F(Libraries, module_is_reached_through_its_channel_only)
