@@ -37,13 +37,15 @@ def _unescape(match):
     return _CONTROL.get(text, text)
 
 
-def read_trace(path, start=0, end=None):
-    """The calls of a trace file behind its first `start` bytes, up to byte `end`, in the order they returned."""
+def read_trace(path, start=0, end=None, only=""):
+    """The calls of a trace file behind its first `start` bytes, up to byte `end`, in the order they returned.
+    `only` is a pattern of the lines that matter, for a trace that is long."""
+    matters = re.compile(only)
     calls = []
     with open(path, encoding="latin-1") as file:
         file.seek(start)
         for line in file.read(-1 if end is None else end - start).splitlines():
-            match = _LINE.fullmatch(line)
+            match = matters.search(line) and _LINE.fullmatch(line)
             if match:  # the last line may be half written
                 _, time_ms, thread, op, arguments, result = match.groups()
                 calls.append(Call(int(time_ms), thread, op, arguments or "", result))

@@ -16,6 +16,7 @@ from calls import of, read_trace
 from module_memory import path, plug
 from monitors import calls_of
 from olt import wait_until
+from uevents import send
 
 PAUSES = ("sleep", "usleep", "nanosleep")
 WORKERS = ["fan_monitor", "power_monitor", "reset_monitor", "usb_monitor"]
@@ -24,12 +25,10 @@ THRESHOLD_TIMER = "alarm_log_threshold_monitor"
 
 # --- who holds the board
 
-# An hour is 720 passes of the fan monitor, 1800 polls of the power monitor, 18000 samples of the button and 1200
-# passes of the threshold monitor.  They are done as fast as the machine can, for so long at most; on a busy
-# machine the least is what proves something.
+# An hour's passes of the fan monitor, polls of the power monitor, samples of the button and passes of the threshold
+# monitor.  All are done, as fast as the machine can.
 HOUR = {"fan_monitor": 720, "power_monitor": 1800, "reset_monitor": 18000, "threshold": 1200}
-LEAST_SHARE_OF_AN_HOUR = 0.1
-LONGEST_HOUR_S = 20
+LONGEST_HOUR_S = 600
 # Pauses of a thread in one pass: the fan monitor looks at its switch every second of its five.
 PAUSES_OF_A_PASS = {"fan_monitor": 5, "power_monitor": 1, "reset_monitor": 1}
 LOAD = [
@@ -67,11 +66,24 @@ def load(olt):
     assert not errors, errors
 
 
-def passes(calls):
-    counts = {thread: len([call for call in calls if call.thread == thread and call.op == "nanosleep"]) // pauses
-              for thread, pauses in PAUSES_OF_A_PASS.items()}
-    counts["threshold"] = len([call for call in calls if call.op == "thread_add_timer" and THRESHOLD_TIMER in call.arguments])
-    return counts
+class Passes:
+    """Counts the passes of each thread in a trace that grows."""
+
+    def __init__(self, path):
+        self.trace = open(path, "rb")
+        self.rest = b""
+        self.pauses = dict.fromkeys(HOUR, 0)
+
+    def done(self):
+        """How many each thread has made by now."""
+        *lines, self.rest = (self.rest + self.trace.read()).split(b"\n")
+        for line in lines:
+            _, _, thread, op, *arguments = line.split(b" ")
+            if op == b"nanosleep" and thread.decode() in self.pauses:
+                self.pauses[thread.decode()] += 1
+            elif op == b"thread_add_timer" and THRESHOLD_TIMER.encode() in b" ".join(arguments):
+                self.pauses["threshold"] += 1
+        return {thread: count // PAUSES_OF_A_PASS.get(thread, 1) for thread, count in self.pauses.items()}
 
 
 def check_discipline(calls):
@@ -102,25 +114,26 @@ def test_over_an_hour_of_mixed_load_the_board_is_taken_and_given_in_pairs_and_ne
     plug(olt, "gpon", 3, *path())
     olt.start(trace=True, env={"CALL_SHIM_TIMER": f"{THRESHOLD_TIMER}=5"})
     olt.run("alarm-log alarm temp-high enable print")
-    begin = time.monotonic()
+    begin, passes = time.monotonic(), Passes(olt.trace_path)
     with load(olt) as rounds:
-        for temperature, status in itertools.cycle([(250, "0x03"), (650, "0x01"), (400, "0x07"), (750, "0x02")]):
+        for temperature, status, action in itertools.cycle([(250, "0x03", "add"), (650, "0x01", "change"),
+                                                            (400, "0x07", "add"), (750, "0x02", "remove")]):
             olt.boardctl("temp", "set", temperature)
             olt.boardctl("power", status)
-            time.sleep(0.25)  # the rhythm in which the board changes
-            if time.monotonic() > begin + LONGEST_HOUR_S:
+            send(olt, f"{action}@/devices/usb1/1-2")
+            done = passes.done()
+            if all(done[thread] >= hour for thread, hour in HOUR.items()):
                 break
+            assert time.monotonic() < begin + LONGEST_HOUR_S, f"{done} of an hour's {HOUR}"
+            time.sleep(0.25)  # the rhythm in which the board changes
+    took = time.monotonic() - begin
     assert olt.stop() == 0
     assert olt.sem_value("board") == 1
-    calls = read_trace(olt.trace_path)
-    done = passes(calls)
-    print(f"passes {done}, of an hour's {HOUR}; rounds of the operators {rounds}")
-    for thread, hour in HOUR.items():
-        assert done[thread] >= LEAST_SHARE_OF_AN_HOUR * hour, (thread, done)
+    print(f"{done} in {took:.0f} s, of an hour's {HOUR}; rounds of the operators {rounds}")
     assert min(rounds) >= 3, rounds
-    takes = check_discipline(calls)
+    takes = check_discipline(read_trace(olt.trace_path, only=f" (semaphore_.|{'|'.join(PAUSES)}) "))
     print(f"the board was taken {takes}")
-    assert {"main", "fan_monitor", "power_monitor"} <= set(takes)
+    assert set(takes) == {"main", "fan_monitor", "power_monitor", "usb_monitor"}
 
 
 # --- processes that die with the board

@@ -1,16 +1,14 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The USB monitor: the front panel's LED after the mount table and the kernel's hot-plug events."""
 import os
-import socket
 from pathlib import Path
 
 import pytest
 from calls import in_order, of
 from monitors import calls_of, start_calls, steps, wait_call
 from olt import wait_until
-from vty import in_namespace
+from uevents import port_of, send
 
-KOBJECT_UEVENT = 15
 ON, OFF = "0x01\n", "0x00\n"
 LIGHT, DARKEN = ["take", "write 6 1", "give"], ["take", "write 6 0", "give"]
 
@@ -26,23 +24,6 @@ def set_led(olt, value):
 def wait_socket(olt):
     wait_call(olt, "usb_monitor", "bind")
     wait_until(lambda: "USB Monitor         : Enable" in olt.run("show diag monitor", "diagnose")[0], "the switch is on")
-
-
-def port_of(olt):
-    """The port the daemon is bound to: its process id as the box counts."""
-    return int(of(calls_of(olt, "usb_monitor"), "bind")[0].values["port"])
-
-
-def send(olt, *messages):
-    """Sends to the daemon's port, one datagram each, as the kernel does."""
-    port = port_of(olt)
-
-    def deliver():
-        with socket.socket(socket.AF_NETLINK, socket.SOCK_DGRAM, KOBJECT_UEVENT) as sender:
-            for message in messages:
-                sender.sendto(message if isinstance(message, bytes) else message.encode() + b"\0", (port, 0))
-
-    in_namespace(f"/proc/{olt.holder.pid}/ns/net", deliver)
 
 
 def handled(olt, *messages):
@@ -82,10 +63,9 @@ def test_it_starts_with_the_led_dark_and_a_detached_thread(shared):
 
 
 def test_the_socket_is_the_kernels_event_socket_set_up_with_privileges(shared):
-    pid_in_box = Path(f"/proc/{shared.pid}/status").read_text().split("NSpid:")[1].split("\n")[0].split()[-1]
     in_order(calls_of(shared, "usb_monitor"), r'setmntent path="/proc/mounts" mode="r"', r'raise reason="usb_monitor_thread"',
              r"socket domain=16 type=2 protocol=15 ", r"setsockopt level=1 option=33 value=1024 -> 0",
-             rf"bind port={pid_in_box} groups=1 -> 0", r"lower ")
+             rf"bind port={port_of(shared)} groups=1 -> 0", r"lower ")
     assert "USB Monitor         : Enable" in shared.run("show diag monitor", "diagnose")[0]
 
 
