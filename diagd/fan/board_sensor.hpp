@@ -7,6 +7,10 @@
 
 namespace diagd {
 
+// Stands for the temperature until the sensor has answered once.  Warmer than any that an LM75 measures (125
+// degrees), so that a board without a sensor is cooled as much as it can be.
+inline constexpr int lm75_never_read_tenths_c = 1270;
+
 // Opens the sensor's bus, for the life of the process.  False when it cannot be opened; every reading then
 // fails.
 bool open_board_sensor() noexcept;

@@ -20,7 +20,8 @@ constexpr int attempts = 3;
 
 int sensor_handle = -1; // set once, before any thread reads
 
-std::atomic<int> last_good = 0; // tenths of a degree; read and written from several threads
+// Tenths of a degree; read and written from several threads.
+std::atomic<int> last_good = diagd::lm75_never_read_tenths_c;
 
 } // namespace
 

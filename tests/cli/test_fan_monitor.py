@@ -230,6 +230,19 @@ def test_a_sensor_that_breaks_leaves_the_fans_as_the_last_reading_wants_them(olt
     wait_until(lambda: not is_open(olt), "the sensor is heard again")
 
 
+def test_a_sensor_that_is_dead_from_the_start_opens_the_fans_until_it_answers(olt):
+    olt.boardctl("temp", "fail", "always")
+    olt.configure("fan temperature 80")
+    olt.start(trace=True)
+    wait_call(olt, "fan_monitor", "cli_log")
+    assert records(olt, "fan_monitor") == [ALARM_OPEN]
+    assert (olt.boardctl("reg", "get", 4), olt.boardctl("reg", "get", 5)) == ("0x01\n", "0x02\n")
+    assert olt.run("show temperature") == (" Current temperature: 127.0 .C\r\n", 0)
+    olt.boardctl("temp", "set", 200)
+    olt.boardctl("temp", "fail", "off")
+    wait_until(lambda: not is_open(olt), "the sensor is heard")
+
+
 def test_a_silent_board_leaves_the_daemon_usable_and_the_thread_alive(olt):
     olt.start(trace=True)
     wait_call(olt, "fan_monitor", "cli_log")

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <cstdlib>
 #include <ctime>
 #include <string>
 #include <vector>
@@ -87,6 +88,17 @@ static_assert(tenths_of(0x7F, 0xFF) == 1279);
 static_assert(tenths_of(0x80, 0x00) == -1280);
 static_assert(tenths_of(0x00, 0x19) == 0); // 0.0977 degrees, cut towards zero from above
 static_assert(tenths_of(0xFF, 0xE7) == 0); // and from below
+
+TEST_F(Lm75, a_sensor_that_never_answered_reads_warmer_than_it_can_measure)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // in a process in which no other test has read
+    EXPECT_EXIT(
+        {
+            failures = 3;
+            std::exit(lm75_temperature_get() == 1270 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
 
 TEST_F(Lm75, one_read_gives_tenths_of_a_degree)
 {
