@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The reset push-button: its line and register, short and long presses, and what cannot be had."""
+import contextlib
+import signal
 import time
+from pathlib import Path
 
 import pytest
 from calls import in_order, of
@@ -11,6 +14,7 @@ REBOOT = (29, 2, "reset by push-button")
 ERASE = (31, 2, "erase partial config by push-button")
 RESTARTING = "Restarting system by push-button...\r\n"
 SAVE = "export LD_LIBRARY_PATH=/usr/local/lib:/usr/lib:/lib;/usr/local/bin/vtysh -c write"
+SHELL = "/usr/local/bin/vtysh"
 GPIO, UIO, SIZE = "/dev/tq_gpio_cfg", "/dev/uio0", "/sys/class/uio/uio0/maps/map0/size"
 HURRIED = "nanosleep thread=reset_monitor ret=0 delay_ms=50"
 WORK = "sclient_send_message|system|cli_log|pal_system|sync|raise|lower|semaphore_[pv]|misc_.*"
@@ -26,6 +30,10 @@ def olt(cold_olt):
 def ended(olt, timeout=20):
     """Until the thread has done all that a press asks of it."""
     wait_until(lambda: "reset_monitor" not in olt.threads(), "the thread ends", timeout)
+
+
+def pauses(olt):
+    return of(calls_of(olt, "reset_monitor"), "nanosleep")
 
 
 def work(olt):
@@ -98,11 +106,22 @@ def test_one_sample_is_enough(olt):
     assert records(olt, "reset_monitor") == [REBOOT]
 
 
-def test_a_press_of_well_over_half_that_time_is_short(olt):
+def test_24_samples_are_a_short_press(olt):
     olt.start(trace=True)
-    press_samples(olt, 16)
+    # Two long pauses, in which the button is pressed and let go: the samples between them are 24.
+    pause = "nanosleep thread=reset_monitor ret=0"
+    begin = len(pauses(olt))
+    olt.faults(f"{pause} nth=1 count=1 delay_ms=3000", f"{pause} nth=2 count=23 delay_ms=5",
+               f"{pause} nth=25 count=1 delay_ms=3000", f"{pause} nth=26 delay_ms=5")
+    with contextlib.suppress(AssertionError):  # a pause that was under way; there may be none
+        wait_until(lambda: len(pauses(olt)) > begin, "the first long pause", 1)
+    olt.boardctl("button", "press")
+    wait_until(lambda: len(pauses(olt)) >= begin + 24, "the second long pause")
+    assert work(olt) == []
+    olt.boardctl("button", "release")
     ended(olt)
     assert records(olt, "reset_monitor") == [REBOOT]
+    assert olt.stdout() == RESTARTING
 
 
 def test_a_long_press_acts_while_the_button_is_held_in_its_order(olt):
@@ -153,10 +172,33 @@ def test_a_shell_that_was_interrupted_is_told_and_nothing_else(olt, status, said
     assert records(olt, "reset_monitor") == [ERASE, REBOOT]
 
 
+def install_shell(olt, script):
+    """Puts a script in the place of the box's shell."""
+    olt.exec("sh", "-c", f"rm -f {SHELL} && cat >{SHELL} && chmod +x {SHELL}", input=f"#!/bin/sh\n{script}\n", check=True)
+
+
+def ignores_children(olt):
+    """Whether the daemon ignores the end of its child processes."""
+    status = Path(f"/proc/{olt.pid}/status").read_text()
+    return bool(int(status.split("SigIgn:")[1].split()[0], 16) & 1 << (signal.SIGCHLD - 1))
+
+
+def test_the_end_of_a_child_is_heard_of_while_the_shell_runs_only(olt):
+    install_shell(olt, "touch /media/begun; until [ -e /media/go ]; do sleep 0.05; done; exit 7")
+    olt.start(trace=True, env={"CALL_SHIM_IGNORE": str(int(signal.SIGCHLD))})
+    assert ignores_children(olt)
+    olt.boardctl("button", "press")
+    wait_until((olt.state / "flash" / "begun").exists, "the shell")
+    assert not ignores_children(olt)
+    olt.exec("touch", "/media/go", check=True)
+    ended(olt)
+    assert ignores_children(olt)
+    assert int(of(calls_of(olt, "reset_monitor"), "system")[0].result) == 7 << 8
+
+
 def test_the_shell_can_be_interrupted(olt):
     """What the shell runs sees no signal blocked or ignored that a program expects to end it."""
-    olt.exec("sh", "-c", "rm -f /usr/local/bin/vtysh; printf '#!/bin/sh\\ngrep -E \"^Sig(Blk|Ign)\" /proc/self/status"
-             " >/media/signals\\n' >/usr/local/bin/vtysh; chmod +x /usr/local/bin/vtysh", check=True)
+    install_shell(olt, 'grep -E "^Sig(Blk|Ign)" /proc/self/status >/media/signals')
     olt.start(trace=True)
     long_press(olt)
     masks = dict(line.split(":\t") for line in (olt.state / "flash" / "signals").read_text().splitlines())
@@ -222,6 +264,14 @@ def test_a_thread_that_is_refused_is_told(cold_olt):
     text = "wtd_app_init create tq_reset_app_thread failed!\r"
     assert cold_olt.stdout() in (text, text + "\n")
     assert "reset_monitor" not in cold_olt.threads()
+
+
+def test_a_positive_result_of_the_threads_creation_is_no_failure(cold_olt):
+    cold_olt.faults("pthread_create nth=4 ret=11")
+    cold_olt.start(trace=True)
+    assert cold_olt.stdout() == ""
+    assert "reset_monitor" not in cold_olt.threads()
+    assert cold_olt.run("show version")[1] == 0
 
 
 def test_a_larger_region_is_mapped_whole(cold_olt):

@@ -49,7 +49,9 @@ def test_zebra_and_the_bus_hear_of_a_long_press_once_each(cold_olt, zebra):
     assert zebra.messages()[len(hello) :] == [RESET]
     assert zebra.received.endswith(RESET)
     assert len(bus_resets(cold_olt)) == 1
-    in_order(cold_olt.trace(), r"sclient_create_header command=45", r"sclient_send_message .*-> 0")
+    in_order(cold_olt.trace(), r"sclient_create_header command=45", r"sclient_send_message .*-> 0",
+             r"zclient_send_message command=136 ", r"system .*vtysh -c write", r"cli_log id=31 ", r"cli_log id=29 ",
+             r"pal_system .*laststart", r"pal_system .*watchfrr")
 
 
 @pytest.mark.slow

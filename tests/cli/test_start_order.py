@@ -7,7 +7,7 @@ from pathlib import Path
 
 import pytest
 from olt import PASSWORD, wait_until
-from calls import in_order
+from calls import in_order, of
 from vty import TELNET_PORT, Telnet, in_namespace
 
 START = [
@@ -195,6 +195,13 @@ def test_without_the_port_record_the_daemon_runs_with_no_ports(cold_olt):
     ops = [call.op for call in calls]
     assert "port_init" not in ops
     assert ops.index("database_dev_get_port_info") < ops.index("misc_cpld_i2c_init") < ops.index("frr_preinit")
+
+
+def test_without_the_second_port_record_the_port_map_is_told_missing_and_the_start_goes_on(cold_olt):
+    calls = starts_although(cold_olt, "database_dev_get_port_info nth=2 ret=-1")
+    assert [call.result for call in of(calls, "database_dev_get_port_info")] == ["0", "-1"]
+    assert cold_olt.stdout() in ("diagd port init failed\r\n", "diagd port init failed\r")
+    in_order(calls, *START)
 
 
 @pytest.mark.parametrize("step", ["db_database_init", "port_init", "misc_cpld_i2c_init", "pon_mode_get",

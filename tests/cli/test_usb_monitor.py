@@ -205,6 +205,15 @@ def test_a_thread_that_is_refused_is_told(cold_olt):
     assert "USB Monitor         : Disable" in cold_olt.run("show diag monitor", "diagnose")[0]
 
 
+def test_a_positive_result_of_the_threads_creation_is_no_failure(cold_olt):
+    cold_olt.faults("pthread_create nth=2 ret=11")
+    cold_olt.start(trace=True)
+    assert cold_olt.stdout() == ""
+    assert steps(start_calls(cold_olt, "usb_monitor"))[-1] == "pthread_create", "nothing to detach"
+    assert "usb_monitor" not in cold_olt.threads()
+    assert "USB Monitor         : Disable" in cold_olt.run("show diag monitor", "diagnose")[0], "the thread switches it on"
+
+
 @pytest.mark.parametrize("step, errno, said, calls", [
     ("socket", 93, "error create hotplug socket: Protocol not supported", ["socket"]),
     ("setsockopt", 1, "error set hotplug socket receive buffer size: Operation not permitted", ["socket", "setsockopt"]),

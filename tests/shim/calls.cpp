@@ -12,6 +12,8 @@
 #include <sys/mman.h>
 #include <sys/socket.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -63,6 +65,15 @@ bool is_of_the_daemon(const void *return_address)
 
 constexpr bool leaf = false;
 constexpr bool nested = true;
+
+// CALL_SHIM_IGNORE is the number of a signal that the daemon is started with ignored, as whoever starts it
+// may leave it.
+[[gnu::constructor]] void ignore_signal()
+{
+    const char *const number = std::getenv("CALL_SHIM_IGNORE");
+    if (number && std::strcmp(program_invocation_short_name, "diagd") == 0)
+        std::signal(std::atoi(number), SIG_IGN);
+}
 
 } // namespace
 
@@ -159,6 +170,19 @@ void zclient_init(struct zclient *client, int route_type, unsigned short instanc
     recorded<leaf>(
         "zclient_init", [&] { real(client, route_type, instance, privs); }, tq::arg("route_type", route_type),
         tq::arg("instance", static_cast<int>(instance)));
+}
+
+// A message's command is the last word of its header of ten bytes.
+enum zclient_send_status zclient_send_message(struct zclient *client)
+{
+    NEXT(zclient_send_message);
+    constexpr std::size_t command_at = 8;
+    const struct stream *const message = client->obuf;
+    const int command = stream_get_endp(message) < command_at + 2
+                            ? -1
+                            : message->data[command_at] << 8 | message->data[command_at + 1];
+    return recorded<leaf>(
+        "zclient_send_message", [&] { return real(client); }, tq::arg("command", command));
 }
 
 // --- libfrr: timers.  CALL_SHIM_TIMER names a timer's function and the milliseconds that it is to wait
