@@ -42,6 +42,11 @@ constexpr diagd::InstallRow commands[] = {
     {diagnose_node, &show_device_type_cmd},
     {config_node, &show_system_power_cmd},
     {diagnose_node, &show_system_power_cmd},
+    {diagnose_node, &cpld_upgrade_tftp_cmd},
+    {diagnose_node, &cpld_upgrade_ftp_cmd},
+    {diagnose_node, &cpld_upgrade_by_usb_cmd},
+    {diagnose_node, &cpld_restore_cmd},
+    {diagnose_node, &cpld_erase_cmd},
     {diagnose_node, &debug_cpld_cmd},
 };
 

@@ -35,6 +35,13 @@ extern const struct cmd_element show_device_type_cmd;
 extern const struct cmd_element show_system_power_cmd;
 extern const struct cmd_element debug_cpld_cmd;
 
+// upgrade_cmd.cpp
+extern const struct cmd_element cpld_upgrade_tftp_cmd;
+extern const struct cmd_element cpld_upgrade_ftp_cmd;
+extern const struct cmd_element cpld_upgrade_by_usb_cmd;
+extern const struct cmd_element cpld_restore_cmd;
+extern const struct cmd_element cpld_erase_cmd;
+
 namespace diagd {
 
 // Switches the system LED on; a return code of a command.

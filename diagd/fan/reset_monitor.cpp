@@ -5,6 +5,7 @@
 // the reboot goes ahead.
 #include "alarm_record.hpp"
 #include "button_policy.hpp"
+#include "child_signals.hpp"
 #include "privileges.hpp"
 #include "reset_clients.hpp"
 #include "unique_fd.hpp"
@@ -91,32 +92,9 @@ bool button_is_pressed() noexcept
     return (uio_registers[button_word] & button_released) == 0;
 }
 
-// Default handling of SIGCHLD, and no signal blocked, for as long as it lives: what is run meanwhile can be
-// waited for and interrupted like any program.
-class ChildSignals {
-public:
-    ChildSignals() noexcept : handler_(std::signal(SIGCHLD, SIG_DFL))
-    {
-        sigset_t none;
-        sigemptyset(&none);
-        pthread_sigmask(SIG_SETMASK, &none, &mask_);
-    }
-    ~ChildSignals()
-    {
-        pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
-        std::signal(SIGCHLD, handler_);
-    }
-    ChildSignals(const ChildSignals &) = delete;
-    ChildSignals &operator=(const ChildSignals &) = delete;
-
-private:
-    void (*handler_)(int);
-    sigset_t mask_;
-};
-
 void save_configurations() noexcept
 {
-    const ChildSignals signals;
+    const diagd::ChildSignals signals;
     const int status = std::system(save_configuration);
     if (status != -1 && WIFSIGNALED(status) && (WTERMSIG(status) == SIGINT || WTERMSIG(status) == SIGQUIT))
         std::printf("system: exit status of the child WTERMSIG[%d]\n", WTERMSIG(status));

@@ -30,8 +30,13 @@ void system_backup()
     sync();
 }
 
+void stop_watchdog(const char *reason)
+{
+    run_as_root(reason, stop_watchdog_line);
+}
+
 void system_reboot()
 {
-    run_as_root("system_reboot", stop_watchdog_line);
+    stop_watchdog("system_reboot");
     sync();
 }

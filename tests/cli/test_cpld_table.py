@@ -32,6 +32,11 @@ def interface_optics(node):
                "Show optical information.", "Show optical transceiver information.")
 
 
+def upgrade(source, name, arguments, *help_lines):
+    return row(DIAGNOSE, name, f"cpld upgrade {source} {arguments}", "CPLD configuration.", "CPLD upgrade.",
+               f"CPLD upgrade by {source}.", "CPLD upgrade filename.", *help_lines)
+
+
 GIGABIT_OR_GPON = ("GigabitEthernet IEEE 802.3z", "GPON information")
 COMMANDS = [
     row(CONFIG, "reboot_device", "reboot", "reboot device"),
@@ -63,6 +68,13 @@ COMMANDS = [
         "system device type information."),
     power_status(CONFIG),
     power_status(DIAGNOSE),
+    upgrade("tftp", "cpld_upgrade_tftp", "FILENAME <A.B.C.D|X:X::X:X>", "tftp server ip address.",
+            "tftp server ipv6 address."),
+    upgrade("ftp", "cpld_upgrade_ftp", "FILENAME <A.B.C.D|X:X::X:X> USERNAME PASSWORD", "ftp server ip address.",
+            "ftp server ipv6 address.", "ftp username.", "ftp password."),
+    upgrade("usb", "cpld_upgrade_by_usb", "FILENAME"),
+    row(DIAGNOSE, "cpld_restore", "cpld restore", "CPLD configuration.", "CPLD restore from backup file."),
+    row(DIAGNOSE, "cpld_erase", "cpld erase", "CPLD configuration.", "CPLD erase.", hidden="1"),
     row(DIAGNOSE, "debug_cpld", "[no] debug cpld", "Negate a command or set its defaults", "Debugging functions",
         "CPLD DEBUG"),
 ]
@@ -89,6 +101,11 @@ def test_the_commands_come_in_their_order(installed):
     assert [entry[:2] for entry in installed if entry[:2] in names] == [entry[:2] for entry in COMMANDS]
 
 
+def test_erasing_is_not_offered(olt):
+    listed = [" ".join(line.split()) for line in olt.run("list", "diagnose")[0].splitlines()]
+    assert "cpld restore" in listed and "cpld erase" not in listed
+
+
 def test_reload_is_not_offered_but_works(olt):
     listed = [" ".join(line.split()) for line in olt.run("list")[0].splitlines()]
     assert "reboot" in listed and "reload" not in listed
@@ -102,7 +119,11 @@ def test_reload_is_not_offered_but_works(olt):
     ("diagnose", "show sys power xml"), ("config", "show optical transceiver"), ("config", "show pon optical transceiver"),
     ("diagnose", "show pon optical transceiver"), ("gpon 0/1", "show optical transceiver"),
     ("config", "show optical transceiver interface gpon 1"), ("config", "show optical transceiver interface ge 0/1"),
-    ("enable", "show optical transceiver interface gpon 0/1")])
+    ("enable", "show optical transceiver interface gpon 0/1"),
+    ("config", "cpld restore"), ("diagnose", "cpld upgrade tftp f.jed"),
+    ("diagnose", "cpld upgrade tftp f.jed host"), ("diagnose", "cpld upgrade tftp f.jed 10.0.0.256"),
+    ("diagnose", "cpld upgrade tftp f.jed 1::2::3"), ("diagnose", "cpld upgrade ftp f.jed 10.0.0.1 joe"),
+    ("diagnose", "cpld upgrade usb"), ("config", "cpld erase")])
 def test_what_is_no_command_there_is_rejected(olt, node, command):
     before = len(olt.trace())
     assert olt.run(command, node)[1] != 0

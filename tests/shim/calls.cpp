@@ -329,6 +329,19 @@ int system(const char *line)
         "system", [&] { return real(line); }, tq::arg("line", line));
 }
 
+FILE *popen(const char *line, const char *mode)
+{
+    NEXT(popen);
+    return recorded<leaf>(
+        "popen", [&] { return real(line, mode); }, tq::arg("line", line));
+}
+
+int pclose(FILE *stream)
+{
+    NEXT(pclose);
+    return recorded<leaf>("pclose", [&] { return real(stream); });
+}
+
 FILE *setmntent(const char *path, const char *mode) noexcept
 {
     NEXT(setmntent);

@@ -14,6 +14,8 @@ void diag_zclient_stop();
 // Copies the current logs to flash.  What cannot be copied is lost: a reset goes ahead.
 void system_backup();
 
-// Stops the watchdog that would restart daemons, and writes out the file systems.  The board itself is not
-// reset.
+// Stops the watchdog that would restart daemons.  `reason` names the operation and must be a literal.
+void stop_watchdog(const char *reason);
+
+// Stops the watchdog and writes out the file systems.  The board itself is not reset.
 void system_reboot();

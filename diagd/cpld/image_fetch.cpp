@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Fetching a CPLD image; the failure policy stands in image_fetch.hpp.
+#include "image_fetch.hpp"
+
+#include "alarm_record.hpp"
+#include "frr.hpp"
+#include "image_lines.hpp"
+#include "shell_runner.hpp"
+#include "text.hpp"
+#include "unique_fd.hpp"
+#include "vty_flush.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <optional>
+
+using diagd::line_end;
+
+namespace {
+
+constexpr int failed = -1;
+
+// Of the alarm catalogue.
+constexpr std::uint16_t download_failed = 1;
+constexpr std::uint16_t download_succeeded = 32;
+
+void file_outcome(const std::string &file, bool good) noexcept
+{
+    const std::string message = "download " + file + (good ? " success" : " fail");
+    diagd::file_alarm(good ? download_succeeded : download_failed, diagd::AlarmState::event, message.c_str());
+}
+
+int fetch_from_server(struct vty *vty, const std::string &file, const char *server,
+                      const std::string &line) noexcept
+{
+    vty_out(vty, "%sTrying to download %s from server %s, please wait...%s", line_end, file.c_str(), server,
+            line_end);
+    diagd::flush_vty(vty);
+    const int status = diagd::run_dropping_output(line);
+    file_outcome(file, status == 0);
+    return status;
+}
+
+int missing_argument(struct vty *vty) noexcept
+{
+    vty_out(vty, "tftp_server or file is NULL%s", line_end);
+    return failed;
+}
+
+// Bytes of a file, nothing when there is none.
+std::optional<off_t> size_of(const std::string &path) noexcept
+{
+    struct stat status;
+    if (::stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return status.st_size;
+}
+
+// Whether the programmer will get an image; says what is wrong with one that was copied.
+bool is_usable(struct vty *vty, const std::string &path) noexcept
+{
+    const std::optional<off_t> size = size_of(path);
+    if (!size)
+        return false;
+    const char *const name = path.c_str();
+    if (*size == 0)
+        vty_out(vty, "\r\nError: wrong file size !%s", line_end);
+    else if (!diagd::UniqueFd{::open(name, O_RDONLY | O_CLOEXEC)})
+        vty_out(vty, "\r\nError: Open %s fail !%s", name, line_end);
+    else
+        return true;
+    diagd::run_dropping_output("rm " + path);
+    return false;
+}
+
+} // namespace
+
+int diagd::fetch_by_tftp(struct vty *vty, const char *server, const char *file) noexcept
+{
+    if (server == nullptr || file == nullptr)
+        return missing_argument(vty);
+    return fetch_from_server(vty, file, server, tftp_line(file, server));
+}
+
+int diagd::fetch_by_ftp(struct vty *vty, const char *server, const char *file, const char *user,
+                        const char *password) noexcept
+{
+    if (server == nullptr || file == nullptr || user == nullptr || password == nullptr)
+        return missing_argument(vty);
+    return fetch_from_server(vty, file, server, ftp_line(file, server, user, password));
+}
+
+int diagd::fetch_by_usb(struct vty *vty, const char *file) noexcept
+{
+    if (file == nullptr) {
+        vty_out(vty, "Error: file is NULL%s", line_end);
+        return failed;
+    }
+    const std::string path = image_path(file);
+    if (size_of(path)) {
+        vty_out(vty, "File %s is already exist%s", path.c_str(), line_end);
+        return 0;
+    }
+    vty_out(vty, "Trying to download %s from usb, please wait...%s", file, line_end);
+    flush_vty(vty);
+    const bool copied = run_dropping_output(usb_line(file)) == 0;
+    if (!copied)
+        run_dropping_output("rm " + path);
+    const bool good = copied && is_usable(vty, path);
+    file_outcome(file, good);
+    return good ? 0 : failed;
+}

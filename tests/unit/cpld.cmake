@@ -1,0 +1,16 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+# The CPLD: register commands and the upgrade of its logic.
+set(cpld_dir ${CMAKE_SOURCE_DIR}/diagd/cpld)
+
+diagd_unit_test(shell_word_test shell_word_test.cpp)
+target_include_directories(shell_word_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core)
+
+diagd_unit_test(image_lines_test image_lines_test.cpp)
+target_include_directories(image_lines_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${cpld_dir})
+
+diagd_unit_test(shell_runner_test shell_runner_test.cpp ${cpld_dir}/shell_runner.cpp)
+target_include_directories(shell_runner_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${cpld_dir})
+
+diagd_unit_test(image_fetch_test image_fetch_test.cpp ${cpld_dir}/image_fetch.cpp LIBS platform_headers deps::frr
+                deps::jsonc)
+target_include_directories(image_fetch_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${cpld_dir})
