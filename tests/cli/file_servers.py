@@ -18,6 +18,7 @@ background=NO
 local_enable=YES
 anonymous_enable=NO
 check_shell=NO
+delay_failed_login=0
 secure_chroot_dir=/run/vsftpd
 pam_service_name=vsftpd
 seccomp_sandbox=NO
@@ -47,15 +48,15 @@ class FileServer(Receiver):
 
     def suspend(self):
         """Lets requests wait without an answer until resume()."""
-        self._signal(signal.SIGSTOP)
+        for child in self._children():
+            os.kill(child, signal.SIGSTOP)
 
     def resume(self):
-        self._signal(signal.SIGCONT)
+        for process in [*self._children(), self._process.pid]:  # nsenter stops with its child
+            os.kill(process, signal.SIGCONT)
 
-    def _signal(self, number):
-        children = Path(f"/proc/{self._process.pid}/task/{self._process.pid}/children").read_text().split()
-        for child in children:
-            os.kill(int(child), number)
+    def _children(self):
+        return map(int, Path(f"/proc/{self._process.pid}/task/{self._process.pid}/children").read_text().split())
 
     def stop(self):
         super().stop()
