@@ -55,6 +55,7 @@ SLOW = [
 
 # Lines that are right and refused: pattern, why.
 REFUSED = [
+    (r"cpld restore", "the box has no backup of the CPLD's logic"),
     (r"no service (cputime|walltime)-warning", "libfrr refuses the short form of its own"),
     (r"unique-id", "there is no log record of that id"),
     (r"yang|translate", "the daemon has no YANG modules and no translators"),
