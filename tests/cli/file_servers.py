@@ -1,6 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Real servers to fetch files from, in the box of an OLT: in.tftpd and vsftpd."""
-import crypt
 import os
 import re
 import shutil
@@ -78,11 +77,9 @@ class Vsftpd(FileServer):
         log = olt.state / "log"
         (log / "vsftpd.conf").write_text(FTP_CONFIGURATION)
         (log / "vsftpd.pam").write_text("auth required pam_unix.so\naccount required pam_unix.so\n")
-        hashed = {user: crypt.crypt(password, crypt.METHOD_SHA256) for user, password in users.items()}
         (log / "vsftpd.passwd").write_text("".join(f"{user}:x:60001:1::/var/log/vsftpd:/bin/sh\n" for user in users))
-        (log / "vsftpd.shadow").write_text("".join(f"{user}:{word}:20000::::::\n" for user, word in hashed.items()))
         prepare = ("install -m 0644 /var/log/vsftpd.pam /etc/pam.d/vsftpd && mkdir -p /run/vsftpd && "
-                   "chown root:root /var/log/vsftpd.conf && "
-                   "cat /var/log/vsftpd.passwd >> /etc/passwd && cat /var/log/vsftpd.shadow >> /etc/shadow")
-        olt.exec("sh", "-c", prepare, check=True)
+                   "chown root:root /var/log/vsftpd.conf && cat /var/log/vsftpd.passwd >> /etc/passwd && "
+                   "sed 's/:.*/:*:20000::::::/' /var/log/vsftpd.passwd >> /etc/shadow && chpasswd -c SHA256")
+        olt.exec("sh", "-c", prepare, input="".join(f"{user}:{word}\n" for user, word in users.items()), check=True)
         super().__init__(olt, "vsftpd", [f"{SERVERS}/vsftpd", "/var/log/vsftpd.conf"], FTP_PORT)
