@@ -172,8 +172,8 @@ def test_other_groups_are_refused(olt, words):
     assert olt.run(f"show alarm-log {words}")[1] != 0
 
 
-def test_showing_leaks_nothing(olt, configured):
-    olt.restart(env=NO_QUARANTINE)
+def test_showing_leaks_nothing(cold_olt):
+    olt = cold_olt.start(env=NO_QUARANTINE)
     descriptors = len(olt.fds())
     with olt.vty() as session:
         for _ in range(200):

@@ -73,12 +73,13 @@ def test_a_start_puts_every_level_and_action_back(olt):
         "alarm-log flash level warning\r\n", 0)
 
 
-def test_servers_and_thresholds_survive_a_start(olt):
+def test_servers_and_thresholds_survive_a_start(fresh_olt):
+    olt = fresh_olt
     assert olt.run("alarm-log remote server ipv4 10.0.0.1 port 514") == ("", 0)
     edit_database(olt, '<alarm-log xmlns="urn:norvale:yang:olt-alarm-log"><threshold><temp-low>'
                           "<alarm-threshold>5</alarm-threshold><clear-threshold>10</clear-threshold>"
                           "</temp-low></threshold></alarm-log>")
-    olt.restart(trace=True)
+    olt.restart()
     olt.run("alarm-log alarm temp-low enable print")
     text = olt.run("show running-config alarm-log")[0]
     assert "alarm-log remote server ipv4 10.0.0.1 port 514\r\n" in text

@@ -195,13 +195,18 @@ def test_the_lock_is_traced_when_the_database_is_debugged(olt):  # noqa: F811
 
 @pytest.fixture
 def port(olt):  # noqa: F811
-    """An interface node whose alarms are all disabled with thresholds of 0."""
+    """An interface node whose alarms are all disabled with thresholds of 0, and are left so."""
     node = "gpon 0/3"
-    with olt.vty(node) as session:
-        for name in PON_ALARMS:
-            session.run(f"alarm-log threshold {name} enable 0 0")
-            session.run(f"alarm-log threshold {name} disable")
-    return node
+
+    def disable_all():
+        with olt.vty(node) as session:
+            for name in PON_ALARMS:
+                session.run(f"alarm-log threshold {name} enable 0 0")
+                session.run(f"alarm-log threshold {name} disable")
+
+    disable_all()
+    yield node
+    disable_all()
 
 
 def table(**enabled):
