@@ -14,15 +14,17 @@ import pytest
 from footprint import Footprint
 from module_memory import plug_image
 from olt import BUILD
+from sff_texts import QSFP, SFP, idprom
 from transceiver_rows import INTERFACES, json_objects, show_detail, text_name, text_rows
+from vty import SUCCESS
 
 SEED = 8472
 COUNT = int(os.environ.get("DIAGD_RANDOM_MODULES", 10000 if BUILD.name == "asan" else 500))
 
-SFP, QSFP = (0x00, 0x03), (0x02, 0x0C, 0x0D, 0x11)
 PLAIN_NM, DOUBLE_NM, PON_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791), (1490, 1535)
 MONITORING = (0x20, 0x10, 0x30, 0x68, 0x58, 0x00)
 A0, A2, B0, B2 = 0x50, 0x51, 0x58, 0x59
+BLOCKS = (None, "vendor", "manufacture")
 
 
 def half(rng):
@@ -124,14 +126,33 @@ class RandomMemory:
         assert detail.count(f"{name:<14}\r\n") == (5 if self.family else 0)
 
 
+    def addressed(self, address, register):
+        """A byte as a reader gets it who has selected page 0 of a QSFP, and no page of others."""
+        if address not in self.devices:
+            return 0
+        lower, pages = self.devices[address]
+        if register < 128:
+            return lower[register]
+        page = 0 if self.family == "qsfp" or len(pages) == 1 else lower[127]
+        return pages.get(page, pages[0])[register - 128]
+
+    def check_idprom(self, session, kind, port):
+        """One of the blocks, or the whole display; which one comes by turns."""
+        block = BLOCKS[self.number % len(BLOCKS)]
+        word = "gigabitEthernet" if kind == "ge" else ("gpon", "xgpon")[self.number % 2]
+        shown = session.run(f"show idprom interface {word} 0/{port}" + (f" {block}" if block else ""))
+        assert shown == (idprom(self.addressed, block), SUCCESS)
+
+
 def display(session, memories):
-    """Runs the three displays and compares each cage with the memory in it."""
+    """Runs all displays and compares each cage with the memory in it."""
     rows, objects, detail = text_rows(session), json_objects(session), show_detail(session)
     for interface, memory in zip(INTERFACES, memories):
         name = text_name(*interface)
         memory.check_rows(rows[name])
         memory.check_json(objects[name])
         memory.check_detail(detail, name)
+        memory.check_idprom(session, *interface)
 
 
 @pytest.mark.slow

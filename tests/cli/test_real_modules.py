@@ -1,46 +1,23 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Memories of real modules, as their owners published them, agree with an independent decode.
 
-They lie outside the project, in the folder that DIAGD_MODULE_DUMPS names: `index.json` with a list "dumps" of
-objects {"id", "files": {part: file name}, "standard_decode": {field: value}}.  A part is "a0" or "a2" of an SFP,
-"lower" or "pageNN" of a QSFP; the decode is what SFF-8472 and SFF-8636 make of the bytes.
-
 Compared is what the displays decode as the standards do: texts, the wavelengths they know, and the values of
 modules that calibrate internally, are not below zero degrees and count in single units.
 """
 
-import json
-import os
-from pathlib import Path
-
 import pytest
 from footprint import Footprint
-from module_memory import path as sfp_path
-from olt import PROJECT
+from real_modules import DUMPS, family, need_dumps, plug
 from transceiver_rows import json_objects, show_detail, text_rows
 
-FOLDER = Path(os.environ.get("DIAGD_MODULE_DUMPS", PROJECT.parent / "shared" / "modules"))
-if not (FOLDER / "index.json").exists():
-    pytest.skip(f"no memories of real modules in {FOLDER}; DIAGD_MODULE_DUMPS names a folder", allow_module_level=True)
-DUMPS = json.loads((FOLDER / "index.json").read_text())["dumps"]
+need_dumps()
 
 # One cage of each kind; GPON and XG-PON interfaces share theirs and are listed as GPON.
 CAGES = {("gpon", 1): "GPON 0/1", ("xgpon", 5): "GPON 0/5", ("ge", 3): "GE 0/3"}
 LAST_DIGIT = 0.001
-SFP_IDENTIFIERS, QSFP_IDENTIFIERS = (0x00, 0x03), (0x02, 0x0C, 0x0D, 0x11)
 PLAIN_NM, XG_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791)  # under the plain keys, under the xg keys
 TEXTS = {"vendorName": "vendor_name", "vendorRevision": "vendor_rev", "vendorSerialNumber": "vendor_sn"}
 LANES = range(4)
-
-
-def is_sfp(dump):
-    return "a0" in dump["files"] or "a2" in dump["files"]
-
-
-def family(dump):
-    """Which memory the displays take it for: sfp, qsfp or None."""
-    identifier = dump["standard_decode"].get("identifier", 0x03)
-    return "sfp" if identifier in SFP_IDENTIFIERS else "qsfp" if identifier in QSFP_IDENTIFIERS else None
 
 
 def readings(dump):
@@ -135,22 +112,6 @@ def session(olt):
 @pytest.fixture(scope="module")
 def footprint(olt, session):
     return Footprint(olt)
-
-
-def plug(olt, dump, kind, port):
-    """Plugs the files as they are; where the dump ends early, only the operator's --pad fills it up."""
-    files = [FOLDER / name for name in dump["files"].values()]
-    before = olt.boardctl("show")
-    if "a2" in dump["files"] and "a0" not in dump["files"]:
-        assert "give the dump of its identification first" in olt.boardctl_refused("plug", kind, port, *files)
-        identity = olt.state / "identity.a0.bin"
-        identity.write_bytes(sfp_path(850)[0])
-        files = [identity, *files]
-    if any(file.stat().st_size not in ((128, 256) if is_sfp(dump) else (128,)) for file in files):
-        assert "truncated at offset" in olt.boardctl_refused("plug", kind, port, *files)
-        assert olt.boardctl("show") == before, "a refused dump leaves the cage as it was"
-        files.append("--pad")
-    olt.boardctl("plug", kind, port, *files)
 
 
 @pytest.mark.parametrize("dump", DUMPS, ids=lambda dump: dump["id"])
