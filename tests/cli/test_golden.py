@@ -53,3 +53,8 @@ def test_modules_that_a_new_board_comes_with(olt):
     # Of the externally calibrated module, byte 95 is the check code (0xCC) and the low half of an offset of 0.8125.
     olt.populate()
     replay(olt, "transceiver.txt")
+
+
+def test_identification_of_those_modules_and_the_choice_of_their_pin(olt):
+    olt.populate()
+    replay(olt, "identification.txt")
