@@ -65,7 +65,7 @@ REFUSED = [
 # Lines of libfrr at which a sanitizer stops; they are left out where one looks on: pattern, why.
 NOT_SANITIZED = [
     (r"clear thread cpu.*", "the counts of threads are forgotten, not freed"),
-    (r"banner motd (default|line .*)", "the text is not freed"),
+    (r"no banner motd", "the text is forgotten, not freed"),
     (r"(no )?destination fd envvar .*", "the descriptor of a variable that is not set, -1, is shifted by"),
 ]
 
