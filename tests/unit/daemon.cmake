@@ -12,7 +12,7 @@ target_compile_definitions(start_order_test PRIVATE main=diagd_main)
 target_include_directories(start_order_test PRIVATE ${diagd_dir} ${diagd_dir}/core)
 
 diagd_unit_test(board_bracket_test board_bracket_test.cpp ${diagd_dir}/core/board_bracket.cpp
-                ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
+                ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/semaphore.cpp ${diagd_dir}/core/state.cpp
                 LIBS platform_headers deps::frr deps::jsonc)
 target_include_directories(board_bracket_test PRIVATE ${diagd_dir}/core)
 
