@@ -5,7 +5,7 @@ Nothing here names a command that is merely to be tested: `find` tells them.  Th
 know, and why."""
 import re
 
-from grammar import examples
+from grammar import examples, typed
 
 # As `find` names a node: where a session starts, the command that leads there, and the one that undoes it.
 NODES = {
@@ -47,6 +47,13 @@ WORDS = {
     "REGEX": ["show"],
 }
 
+# Words that do not fit a placeholder; those of ranges are found by counting.
+WRONG_WORDS = {
+    "A.B.C.D": ["192.0.2.256", "192.0.2"],
+    "X:X::X:X": ["2001:db8::g", "2001:db8::1::2"],
+    "S/P": ["0", "0/", "0/x", "/1", "0/1/1"],
+}
+
 # Lines that take their time: pattern, seconds, why.
 SLOW = [
     (r"show sys cpu-usage", 3, "mpstat looks at the processor for three seconds"),
@@ -76,6 +83,11 @@ LEAVES_OPEN = [
 ]
 
 
+def bounds(placeholder):
+    """The numbers of a range such as (1-8)."""
+    return [int(number) for number in re.fullmatch(r"\((-?\d+) ?- ?(-?\d+)\)", placeholder).groups()]
+
+
 def words_for(grammar, placeholder):
     for pattern, name, words in SPECIAL_WORDS:
         if name == placeholder and re.search(pattern, grammar):
@@ -83,8 +95,8 @@ def words_for(grammar, placeholder):
     if placeholder in WORDS:
         return WORDS[placeholder]
     if placeholder.startswith("("):
-        lowest, highest = re.fullmatch(r"\((-?\d+) ?- ?(-?\d+)\)", placeholder).groups()
-        return [lowest] if lowest == highest else [lowest, highest]
+        lowest, highest = bounds(placeholder)
+        return [str(number) for number in sorted({lowest, highest})]
     if re.search(r"_HEX$|^DEVAD$", placeholder):
         return ["0x1"]
     if placeholder.endswith("_DEC"):
@@ -106,3 +118,15 @@ def commands(olt):
 def lines_of(grammar):
     """Lines to type for a command, as lists of words."""
     return examples(grammar, lambda placeholder: words_for(grammar, placeholder))
+
+
+def wrong_lines_of(grammar):
+    """Lines in which one word does not fit its placeholder."""
+    for words in lines_of(grammar):
+        for place, word in enumerate(words):
+            wrong = WRONG_WORDS.get(word.shown, [])
+            if word.shown.startswith("("):
+                lowest, highest = bounds(word.shown)
+                wrong = [str(lowest - 1), str(highest + 1), f"{lowest}x"]
+            for text in wrong:
+                yield " ".join([typed(words[:place]), text, typed(words[place + 1 :])]).strip()

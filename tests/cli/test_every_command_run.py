@@ -6,7 +6,7 @@ import re
 from collections import Counter
 
 import pytest
-from every_command import LEAVES_OPEN, NODES, NOT_SANITIZED, REFUSED, SLOW, commands, lines_of
+from every_command import LEAVES_OPEN, NODES, NOT_SANITIZED, REFUSED, SLOW, commands, lines_of, wrong_lines_of
 from grammar import typed
 from olt import BUILD, SANITIZER_REPORTS, wait_until
 from vty import AMBIGUOUS, DEADLINE_S, INCOMPLETE, NO_MATCH, SUCCESS, SessionClosed
@@ -86,6 +86,17 @@ def test_every_command_is_understood_and_leaves_the_daemon_in_order(populated_ol
 def test_every_command_leaves_the_daemon_in_order_when_no_part_of_the_board_answers(populated_olt, node):
     populated_olt.boardctl("fault", "add", "any", "errno=5")
     run_every_command(populated_olt, node, refusals=False)
+
+
+@pytest.mark.parametrize("node", NODES)
+def test_a_number_an_address_or_a_port_that_does_not_fit_is_rejected_everywhere(olt, node):
+    lines = {line for grammar in commands(olt)[node] for line in wrong_lines_of(grammar)}
+    with olt.vty(NODES[node][0]) as session:
+        way = NODES[node][1]
+        if way:
+            assert session.run(way)[1] == SUCCESS
+        taken = [line for line in sorted(lines) if session.run(line)[1] not in NOT_UNDERSTOOD]
+    assert not taken
 
 
 @pytest.mark.parametrize("node", ["view", "enable"])
