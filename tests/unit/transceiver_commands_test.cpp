@@ -9,8 +9,14 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
+
+int transceiver_cmd_init(void);
 
 namespace {
+
+std::vector<std::pair<int, const struct cmd_element *>> installed;
 
 struct Reserved {
     const struct cmd_element *command;
@@ -65,6 +71,29 @@ protected:
 };
 
 } // namespace
+
+extern "C" void _install_element(enum node_type node, const struct cmd_element *command)
+{
+    installed.emplace_back(static_cast<int>(node), command);
+}
+
+TEST_F(TransceiverCommands, are_installed_in_their_order)
+{
+    installed.clear();
+    EXPECT_EQ(transceiver_cmd_init(), 0);
+    const std::vector<std::pair<int, const struct cmd_element *>> expected{
+        {4, &interface_idprom_show_cmd},
+        {4, &interface_xgpon_idprom_show_cmd},
+        {4, &transceiver_show_cmd},
+        {4, &transceiver_detail_show_cmd},
+        {124, &transceiver_rssi_txdis_cmd},
+        {125, &transceiver_rssi_txdis_cmd},
+        {124, &show_transceiver_rssi_txdis_cmd},
+        {125, &show_transceiver_rssi_txdis_cmd},
+        {133, &debug_transceiver_cmd},
+    };
+    EXPECT_EQ(installed, expected);
+}
 
 TEST_F(TransceiverCommands, in_no_table_have_their_words_and_help)
 {
