@@ -18,6 +18,8 @@ from sff_texts import QSFP, SFP
 FOLDER = Path(os.environ.get("DIAGD_MODULE_DUMPS", PROJECT.parent / "shared" / "modules"))
 PRESENT = (FOLDER / "index.json").exists()
 DUMPS = json.loads((FOLDER / "index.json").read_text())["dumps"] if PRESENT else []
+LAST_DIGIT = 0.001
+PLAIN_NM, XG_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791)  # under the plain keys, under the xg keys
 
 
 def need_dumps():
@@ -48,6 +50,35 @@ def pages(dump):
         return {0x50: part(dump, "lower")[:128] + part(dump, "page00")[:128]}
     identity = part(dump, "a0") if "a0" in dump["files"] else sfp_path(850)[0]
     return {0x50: identity, 0x51: part(dump, "a2")}
+
+
+def readings(dump):
+    """The five values of an SFP, the two and three times four of a QSFP; None where the formulas differ."""
+    decode = dump["standard_decode"]
+    kind = family(dump)
+    if kind is None or decode.get("temp_c") is None or decode["temp_c"] < 0:
+        return None
+    if kind == "sfp" and (decode.get("calibration", "internal") != "internal" or decode.get("wavelength_nm") in XG_NM):
+        return None
+    fields = [decode[field] for field in ("temp_c", "vcc_v", "bias_ma", "tx_dbm", "rx_dbm")]
+    return fields if kind == "sfp" else fields[:2] + sum(fields[2:], [])
+
+
+class Comparison:
+    def __init__(self):
+        self.made = 0
+
+    def same(self, shown, expected, what):
+        assert shown == expected, what
+        self.made += 1
+
+    def close(self, shown, expected, what):
+        """expected: None is the power of a lane that gives no light."""
+        if expected is None:
+            assert shown == "-inf", what
+        else:
+            assert abs(float(shown) - expected) <= LAST_DIGIT, f"{what}: {shown} is not {expected}"
+        self.made += 1
 
 
 def plug(olt, dump, kind, port):

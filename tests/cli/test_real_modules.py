@@ -7,29 +7,15 @@ modules that calibrate internally, are not below zero degrees and count in singl
 
 import pytest
 from footprint import Footprint
-from real_modules import DUMPS, family, need_dumps, plug
+from real_modules import DUMPS, PLAIN_NM, XG_NM, Comparison, family, need_dumps, plug, readings
 from transceiver_rows import json_objects, show_detail, text_rows
 
 need_dumps()
 
 # One cage of each kind; GPON and XG-PON interfaces share theirs and are listed as GPON.
 CAGES = {("gpon", 1): "GPON 0/1", ("xgpon", 5): "GPON 0/5", ("ge", 3): "GE 0/3"}
-LAST_DIGIT = 0.001
-PLAIN_NM, XG_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791)  # under the plain keys, under the xg keys
 TEXTS = {"vendorName": "vendor_name", "vendorRevision": "vendor_rev", "vendorSerialNumber": "vendor_sn"}
 LANES = range(4)
-
-
-def readings(dump):
-    """The five values of an SFP, the two and three times four of a QSFP; None where the formulas differ."""
-    decode = dump["standard_decode"]
-    kind = family(dump)
-    if kind is None or decode.get("temp_c") is None or decode["temp_c"] < 0:
-        return None
-    if kind == "sfp" and (decode.get("calibration", "internal") != "internal" or decode.get("wavelength_nm") in XG_NM):
-        return None
-    fields = [decode[field] for field in ("temp_c", "vcc_v", "bias_ma", "tx_dbm", "rx_dbm")]
-    return fields if kind == "sfp" else fields[:2] + sum(fields[2:], [])
 
 
 def comparisons_due(dump):
@@ -49,23 +35,6 @@ def comparisons_due(dump):
 def plain(text):
     """A text of a memory as JSON has it, without padding."""
     return text.encode("latin-1").decode("utf-8", "replace").strip(" \0")
-
-
-class Comparison:
-    def __init__(self):
-        self.made = 0
-
-    def same(self, shown, expected, what):
-        assert shown == expected, what
-        self.made += 1
-
-    def close(self, shown, expected, what):
-        """expected: None is the power of a lane that gives no light."""
-        if expected is None:
-            assert shown == "-inf", what
-        else:
-            assert abs(float(shown) - expected) <= LAST_DIGIT, f"{what}: {shown} is not {expected}"
-        self.made += 1
 
 
 def json_readings(shown, dump):
