@@ -352,6 +352,22 @@ def test_debugging_tells_of_a_channel_that_cannot_be_selected(olt):
         assert output.lines("choose") == ["choose channel 2"]
 
 
+def test_debugging_of_modules_tells_of_each_byte_that_cannot_be_read(olt):
+    plug(olt, "gpon", 3, *path())
+    olt.boardctl("fault", "add", "i2c_read", "addr=0x51")
+    assert olt.run("debug transceiver", "diagnose")[1] == SUCCESS
+    try:
+        output = Output(olt)
+        olt.run(INTERFACE, "gpon 0/3")
+        starts = [f"i2c access slave addr 0x51 register {register:#x} failed, ret -" for register in range(96, 106)]
+        starts.append("i2c access slave addr 0x58 register 0x3c failed, ret -")  # there is no second path
+        wait_until(lambda: len(output.lines("i2c access")) >= len(starts), "a line for each")
+        lines = output.lines("i2c access")
+        assert len(lines) == len(starts) and all(map(str.startswith, lines, starts)), lines
+    finally:
+        olt.run("no debug transceiver", "diagnose")
+
+
 def test_without_debugging_nothing_is_told(olt):
     plug(olt, "gpon", 3, *path())
     olt.boardctl("module", "die", "gpon", 3)

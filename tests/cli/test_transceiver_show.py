@@ -338,7 +338,8 @@ def test_a_channel_that_cannot_be_selected_is_an_absent_module(make_olt):
 
 
 @pytest.mark.parametrize("command", ["show transceiver", "show transceiver json", "show idprom interface gpon 0/1",
-                                     "show idprom interface gigabitEthernet 0/1"])
+                                     "show idprom interface gigabitEthernet 0/1",
+                                     "show optical transceiver interface gpon 0/1"])
 def test_hundreds_of_displays_leave_no_memory_behind(make_olt, command):
     olt = make_olt().start(env=NO_QUARANTINE)
     plug(olt, "gpon", 1, *path(), *path(1577))
