@@ -27,9 +27,11 @@ int semaphore_v(int id);
 const char *tq_strerror(int code);
 
 /* Runs a shell line with no input and writes what it prints (standard output and error) to the vty, line by
- * line. Returns the wait status, or -1 when it cannot be started. */
+ * line.  While it waits for more, the operator sees what there is.  For tools that show something: one that
+ * takes more than a minute, or prints more than 16 MiB, is killed with all it started.  Returns the wait status, or
+ * -1 when it cannot be started. */
 int system_cmd(struct vty *vty, const char *line);
-/* Runs a shell line and waits for it.  Returns the wait status, or -1 when it cannot be started. */
+/* Runs a shell line and waits for it, as long as it takes.  Returns the wait status, or -1 when it cannot be started. */
 int pal_system(const char *line);
 
 /* Builds the interface table from the port record: PON ports 1 to the larger of the two numbers.  0, or

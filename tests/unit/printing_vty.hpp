@@ -15,6 +15,7 @@ public:
     PrintingVty()
     {
         session.type = vty::VTY_SHELL_SERV;
+        session.wfd = -1; // nobody to send it to
         session.obuf = buffer_new(0);
         session.lbuf = buffer_new(0);
     }

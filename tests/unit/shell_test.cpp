@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Shell lines, run for a vty and by themselves.
+#include "log_target.hpp"
 #include "printing_vty.hpp"
 #include "temporary_folder.hpp"
 #include "tq_api.h"
 
 #include <chrono>
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -28,6 +33,34 @@ protected:
     TemporaryFolder folder;
 };
 
+// While it lives and the file is there, time passes twenty seconds at each look at the clock.
+class Haste {
+public:
+    explicit Haste(const std::string &file)
+    {
+        ahead_s = 0;
+        begin = file;
+    }
+    ~Haste() { begin.clear(); }
+    Haste(const Haste &) = delete;
+    Haste &operator=(const Haste &) = delete;
+
+    static long passed_s() { return begin.empty() || access(begin.c_str(), F_OK) != 0 ? 0 : ahead_s += 20; }
+
+private:
+    static inline std::string begin;
+    static inline long ahead_s;
+};
+
+// One that has ended may still wait for its new parent to take note.
+bool is_running(pid_t pid)
+{
+    std::string text;
+    std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/stat"), text);
+    const std::size_t name_end = text.rfind(')');
+    return name_end != text.npos && text.find_first_of("ZX", name_end) != name_end + 2;
+}
+
 int open_descriptors()
 {
     int count = 0;
@@ -37,6 +70,14 @@ int open_descriptors()
 }
 
 } // namespace
+
+// What the C++ library's clocks read.
+extern "C" int clock_gettime(clockid_t clock, struct timespec *time) noexcept
+{
+    const auto result = static_cast<int>(syscall(SYS_clock_gettime, clock, time));
+    time->tv_sec += Haste::passed_s();
+    return result;
+}
 
 TEST_F(Shell, both_outputs_go_to_the_vty)
 {
@@ -77,6 +118,75 @@ TEST_F(Shell, bytes_of_zero_are_left_out_and_percent_signs_are_not_a_format)
 TEST_F(Shell, a_program_that_reads_finds_the_end_at_once)
 {
     EXPECT_EQ(run("cat; echo done"), "done\n");
+}
+
+TEST_F(Shell, a_program_has_a_plain_terminal_for_its_input_and_none_for_its_output)
+{
+    setenv("TERM", "xterm", 1);
+    EXPECT_EQ(run("test -t 0 && test ! -t 1 && test ! -t 2 && echo $TERM"), "dumb\n");
+}
+
+TEST_F(Shell, a_program_that_asks_for_a_key_goes_on_without)
+{
+    EXPECT_EQ(run("stty -icanon -echo min 0; head -c 1 | wc -c"), "0\n");
+}
+
+TEST_F(Shell, what_was_printed_reaches_the_operator_while_the_program_waits)
+{
+    int ends[2];
+    ASSERT_EQ(pipe2(ends, O_CLOEXEC | O_NONBLOCK), 0);
+    printed.session.wfd = ends[1];
+    vty_out(&printed.session, "due before\n");
+    // The program ends when the other side has told that it read all there is.
+    const std::string seen = folder.file("seen");
+    std::thread operator_([&] {
+        std::string text;
+        char buffer[100];
+        while (text != "due before\nfirst\n")
+            if (const ssize_t size = read(ends[0], buffer, sizeof buffer); size > 0)
+                text.append(buffer, static_cast<std::size_t>(size));
+        std::ofstream(seen).put('x');
+    });
+    const int result = system_cmd(
+        &printed.session, ("echo first; until [ -e " + seen + " ]; do sleep 0.01; done; echo last").c_str());
+    operator_.join();
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(printed.text(), "last\n");
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST_F(Shell, what_hangs_is_killed_with_all_it_started)
+{
+    const LogTarget log;
+    LogTarget::lines.clear();
+    const std::string file = folder.file("pid");
+    for (const std::string hold : {"", "exec >&- 2>&-; "}) {
+        std::filesystem::remove(file);
+        const Haste haste{file};
+        EXPECT_EQ(run("echo begun; " + hold + "sleep 1000 & echo $! >" + file + "; wait"), "begun\n");
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+        pid_t child = 0;
+        std::ifstream(file) >> child;
+        ASSERT_GT(child, 0);
+        while (is_running(child))
+            std::this_thread::yield();
+    }
+    ASSERT_EQ(LogTarget::lines.size(), 2u);
+    for (const auto &[priority, text] : LogTarget::lines) {
+        EXPECT_EQ(priority, LOG_WARNING);
+        EXPECT_TRUE(text.ends_with("' takes too long: killed")) << text;
+    }
+}
+
+TEST_F(Shell, what_prints_without_end_is_killed)
+{
+    const LogTarget log;
+    LogTarget::lines.clear();
+    run("yes");
+    ASSERT_EQ(LogTarget::lines.size(), 1u);
+    EXPECT_TRUE(LogTarget::lines[0].second.ends_with("'yes' prints too much: killed"));
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
 }
 
 TEST_F(Shell, what_stays_in_the_background_does_not_hold_the_command)
