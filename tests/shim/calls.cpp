@@ -5,6 +5,7 @@
 #include "frr.hpp"
 #include "tq_trace.hpp"
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <linux/netlink.h>
 #include <mntent.h>
@@ -254,6 +255,37 @@ FILE *fopen(const char *path, const char *mode)
     NEXT(fopen);
     return recorded<leaf>(
         "fopen", [&] { return real(path, mode); }, tq::arg("path", path), tq::arg("mode", mode));
+}
+
+DIR *opendir(const char *path)
+{
+    NEXT(opendir);
+    if (!OF_THE_DAEMON())
+        return real(path);
+    return recorded<leaf>(
+        "opendir", [&] { return real(path); }, tq::arg("path", path));
+}
+
+// CALL_SHIM_CLOCK names a file with the seconds that the daemon's clock is ahead of the machine's, so that a
+// test can set a clock without touching that of the machine.
+time_t time(time_t *result) noexcept
+{
+    NEXT(time);
+    if (!OF_THE_DAEMON())
+        return real(result);
+    static const char *const clock = std::getenv("CALL_SHIM_CLOCK");
+    return recorded<leaf>("time", [&] {
+        long ahead = 0;
+        if (FILE *file = clock ? std::fopen(clock, "re") : nullptr) {
+            if (std::fscanf(file, "%ld", &ahead) != 1)
+                ahead = 0;
+            std::fclose(file);
+        }
+        const time_t now = real(nullptr) + ahead;
+        if (result)
+            *result = now;
+        return now;
+    });
 }
 
 int fflush(FILE *stream)
