@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The sections of the operators' documents are about commands of the daemon, and can be reached."""
+"""The operators' documents have a section for every command of the daemon, and lead to it."""
 import re
 
 import pytest
@@ -20,6 +20,13 @@ def own_commands(make_olt):
 def documented():
     return [grammar for document in DOCUMENTS for level, text in headings(document) if level >= SECTION
             for grammar in grammars_of(text)]
+
+
+def test_every_command_has_a_section(own_commands):
+    named = documented()
+    missing = sorted(command for command in own_commands
+                     if not any(stands_for(grammar, command) for grammar in named))
+    assert not missing, "no section of docs/operator.md or docs/alarms.md is about\n" + "\n".join(missing)
 
 
 def test_every_section_is_about_a_command_that_exists(own_commands):
