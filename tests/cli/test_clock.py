@@ -178,7 +178,7 @@ def test_nobody_in_a_box_sets_the_clock_of_the_machine(olt):
     # Nothing is asked of the machine's clock that it has not already.
     script = "import time; time.clock_settime(time.CLOCK_REALTIME, time.clock_gettime(time.CLOCK_REALTIME))"
     for way in (olt.inside(), olt.inside("nsenter", f"--target={olt.exec('pidof', 'diagd').stdout.strip()}", "--all")):
-        done = olt.exec(*way[len(olt.inside()):], "python3", "-c", script)
+        done = olt.exec(*way[len(olt.inside()):], "/usr/bin/python3", "-c", script)
         assert done.returncode != 0 and "PermissionError" in done.stderr
     capabilities = re.search(r"^CapBnd:\s*([0-9a-f]+)$", open(f"/proc/{olt.pid}/status").read(), re.MULTILINE)
     assert int(capabilities[1], 16) >> 25 & 1 == 0  # CAP_SYS_TIME
