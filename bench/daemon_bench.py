@@ -4,26 +4,22 @@
 
 Exit status 1 when the listing reaches less than 80 percent of the lines a second of a handler that prints
 constant lines, or a pass takes more than 2 ms of CPU."""
-import shutil
 import subprocess
 import sys
 import time
 from pathlib import Path
 
-PROJECT = Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(PROJECT / "tests" / "cli"))
-sys.dont_write_bytecode = True
+from bench_olt import BUILD, PORTS, running_olt  # first: it leads to the others
 
-from alarm_store import AlarmStore, CAPACITY, Record  # noqa: E402
-from olt import BOX, BUILD, OLT, Olt, wait_until  # noqa: E402
-from vty import Vty  # noqa: E402
+from alarm_store import AlarmStore, CAPACITY, Record
+from olt import wait_until
+from vty import Vty
 
 ROUNDS = 15
 LEAST_SHARE = 0.8
 LONGEST_PASS_MS = 2.0
 PASSES = 5
 PERIOD_S = 3
-PORTS = range(1, 9)
 KINDS = ("gpon", "xgpon")
 # The optical alarms of a port with thresholds that no module reaches.
 ALARMS = {"pon-txpower-high": "90 80", "pon-txpower-low": "-90 -80", "pon-txbias-high": "900 800",
@@ -104,20 +100,8 @@ def monitor(olt):
 
 
 def main():
-    states = PROJECT / "build" / "bench-state"
-    shutil.rmtree(states, ignore_errors=True)
-    try:
-        subprocess.run([BOX, "--state", states / "template", "--build", BUILD, "--net", "--", OLT, "files"], check=True)
-        olt = Olt(states / "olt", template=states / "template" / "database")
-        try:
-            for port in PORTS:
-                olt.boardctl("plug", "gpon", port, PROJECT / "sim" / "modules" / "combo-1490-1577.json")
-            olt.start(preload=["/run/olt/build/lib/libbus_cost.so"], env={"BUS_COST_FILE": "/var/log/bus"})
-            return 0 if listing(olt) & monitor(olt) else 1
-        finally:
-            olt.close()
-    finally:
-        shutil.rmtree(states, ignore_errors=True)
+    with running_olt("daemon-bench", preload=["/run/olt/build/lib/libbus_cost.so"], env={"BUS_COST_FILE": "/var/log/bus"}) as olt:
+        return 0 if listing(olt) & monitor(olt) else 1
 
 
 if __name__ == "__main__":

@@ -6,23 +6,19 @@ resident memory beside that of a bare libfrr daemon and of one that has a sessio
 Exit status 1 when the processor time is more than 0.3 percent of a core, or the memory more than 1.6 times that of
 the bare daemon with a session."""
 import re
-import shutil
 import subprocess
 import sys
 import time
 from pathlib import Path
 
-PROJECT = Path(__file__).resolve().parents[1]
-sys.path.insert(0, str(PROJECT / "tests" / "cli"))
-sys.dont_write_bytecode = True
+from bench_olt import running_olt  # first: it leads to the others
 
-from olt import BOX, BUILD, OLT, Olt, wait_until  # noqa: E402
+from olt import wait_until
 
 WINDOW_S = 60
 SETTLED_S = 5  # the fan monitor's first pass
 MOST_PERCENT = 0.3
 MOST_MEMORY = 1.6
-PORTS = range(1, 9)
 DATABASE = ["SYSREPO_REPOSITORY_PATH=/var/lib/olt/sysrepo",
             *(f"LIBYANG_{kind.upper()}_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/{kind}"
               for kind in ("extensions", "user_types"))]
@@ -72,20 +68,8 @@ def memory(olt):
 
 
 def main():
-    states = PROJECT / "build" / "idle-bench-state"
-    shutil.rmtree(states, ignore_errors=True)
-    try:
-        subprocess.run([BOX, "--state", states / "template", "--build", BUILD, "--net", "--", OLT, "files"], check=True)
-        olt = Olt(states / "olt", template=states / "template" / "database")
-        try:
-            for port in PORTS:
-                olt.boardctl("plug", "gpon", port, PROJECT / "sim" / "modules" / "combo-1490-1577.json")
-            olt.start()
-            return 0 if idle(olt) & memory(olt) else 1
-        finally:
-            olt.close()
-    finally:
-        shutil.rmtree(states, ignore_errors=True)
+    with running_olt("idle-bench") as olt:
+        return 0 if idle(olt) & memory(olt) else 1
 
 
 if __name__ == "__main__":

@@ -94,3 +94,8 @@ def watch(olt, name, *actions):
     """Switches actions of an alarm on, without touching its thresholds."""
     for action in actions or ["record"]:
         assert olt.run(f"alarm-log alarm {name} enable {action}") == ("", 0)
+
+
+def enable(olt, node, name, alarm, clear):
+    """Enables an optical alarm of the interface whose node it is."""
+    assert olt.run(f"alarm-log threshold {name} enable {alarm} {clear}", node) == ("", 0)
