@@ -395,3 +395,29 @@ def test_the_daemon_is_root_around_the_open_of_the_cpld_only(cold_olt):
         assert user_ids(olt)[1] == daemon, "reading it needs no more than the handle"
         assert session.receive()[1] == 0
     assert user_ids(olt)[1] == daemon
+
+
+# A program that says as whom it runs, and waits until it may go on.
+SAY_AND_WAIT = """#!/bin/sh
+echo $(id -ru) $(id -u) >/media/ids.new && mv /media/ids.new /media/ids
+until [ -e /media/go ]; do sleep 0.05; done
+"""
+
+
+@pytest.mark.parametrize("program, raised", [("vtysh", False), ("cp", True)])
+def test_a_shell_line_runs_as_root_whether_or_not_the_daemon_raises_itself_for_it(cold_olt, program, raised):
+    """Of the long press: the line that saves the configuration, and the backup."""
+    olt, daemon = cold_olt, 1
+    olt.faults("nanosleep thread=reset_monitor ret=0 delay_ms=10")
+    path = f"/usr/local/bin/{program}"
+    olt.exec("sh", "-c", f"rm -f {path} && cat >{path} && chmod +x {path}", input=SAY_AND_WAIT, check=True)
+    olt.start(trace=True)
+    assert user_ids(olt) == (0, daemon)
+    olt.boardctl("button", "press")
+    ids = olt.state / "flash" / "ids"
+    wait_until(ids.exists, f"{program} runs", 20)
+    assert ids.read_text() == "0 0\n"
+    assert user_ids(olt) == (0, 0 if raised else daemon)
+    olt.exec("touch", "/media/go", check=True)
+    wait_until(lambda: "reset_monitor" not in olt.threads(), "the long press is done", 20)
+    assert user_ids(olt) == (0, daemon)
