@@ -148,7 +148,9 @@ def test_a_temperature_command_is_obeyed_at_the_next_pass(olt):
 
 def test_fixed_mode_and_speed_need_no_sensor(olt):
     olt.configure("fan mode open", "fan speed high")
+    olt.faults()  # the configuration is read before the first pass
     olt.start(trace=True)
+    olt.faults(*hurried("fan_monitor"))
     wait_call(olt, "fan_monitor", "cli_log")
     wait_passes(olt, "fan_monitor", 4)
     assert steps(calls_of(olt, "fan_monitor")) == ["take", "write 4 1", "give", "Open!"]

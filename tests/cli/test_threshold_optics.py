@@ -176,8 +176,9 @@ def test_receive_power_is_never_compared(olt, cages):
     for name in PON_ALARMS:
         enable(olt, "gpon 0/8", name, *((100, 99) if name.endswith("high") else (-100, -99)))
     assert not any("-inf" in text for _, text in reported(olt))
-    olt.boardctl("unplug", "gpon", 8)
-    plug(olt, "gpon", 8, *path(rx=65535))
+    with paused(olt):  # a module that goes while it is read has no values
+        olt.boardctl("unplug", "gpon", 8)
+        plug(olt, "gpon", 8, *path(rx=65535))
     assert reported(olt) == []
 
 

@@ -173,6 +173,21 @@ void zclient_init(struct zclient *client, int route_type, unsigned short instanc
         tq::arg("instance", static_cast<int>(instance)));
 }
 
+// libfrr stops a client itself when its connection fails.
+void zclient_stop(struct zclient *client)
+{
+    NEXT(zclient_stop);
+    if (!OF_THE_DAEMON())
+        return real(client);
+    recorded<leaf>("zclient_stop", [&] { real(client); });
+}
+
+void zclient_free(struct zclient *client)
+{
+    NEXT(zclient_free);
+    recorded<leaf>("zclient_free", [&] { real(client); });
+}
+
 // A message's command is the last word of its header of ten bytes.
 enum zclient_send_status zclient_send_message(struct zclient *client)
 {
