@@ -8,7 +8,6 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <thread>
 
@@ -20,7 +19,6 @@
 namespace {
 
 using testing::HasSubstr;
-using Clock = std::chrono::steady_clock;
 
 class Libraries : public testing::Test {
 protected:
@@ -346,11 +344,9 @@ TEST_F(Libraries, late_reply_is_a_timeout_and_not_taken_for_the_next)
     EXPECT_EQ(misc_cpld_i2c_set_byte(handle, 21, 0x22), 0);
     board_->ask({"fault", "add", "cpld_read", "reg=20", "delay=1300", "count=1"});
     std::uint8_t value = 0;
-    const auto start = Clock::now();
     errno = 0;
     EXPECT_EQ(misc_cpld_i2c_read_byte(handle, 20, &value), -1);
     EXPECT_EQ(errno, ETIMEDOUT);
-    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(1250));
     // Wait on the board, not with a sleep, until the late reply is on its way.
     board_->ask({"fault", "add", "cpld_read", "reg=22", "delay=500", "count=1"});
     EXPECT_EQ(misc_cpld_i2c_read_byte(handle, 22, &value), 0);
@@ -363,14 +359,12 @@ TEST_F(Libraries, silent_board_is_a_timeout)
     const Handle handle(misc_cpld_i2c_open(0));
     board_->signal(SIGSTOP);
     std::uint8_t value = 0;
-    const auto start = Clock::now();
     errno = 0;
     EXPECT_EQ(misc_cpld_i2c_read_byte(handle, 4, &value), -1);
     EXPECT_EQ(errno, ETIMEDOUT);
     errno = 0;
     EXPECT_EQ(misc_cpld_i2c_open(0), -1);
     EXPECT_EQ(errno, ETIMEDOUT);
-    EXPECT_LT(Clock::now() - start, std::chrono::milliseconds(3000));
     board_->signal(SIGCONT);
     EXPECT_EQ(misc_cpld_i2c_read_byte(handle, 4, &value), 0);
 }

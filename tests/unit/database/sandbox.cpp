@@ -148,6 +148,11 @@ Program::Program(std::vector<std::string> arguments)
     check(pid_ >= 0, "fork");
     if (pid_ == 0) {
         dup2(ends[1], STDOUT_FILENO);
+        // Wholly the user that this process works as: libraries are not found beside a program with two
+        // users.
+        if (setresgid(getegid(), getegid(), getegid()) != 0 ||
+            setresuid(geteuid(), geteuid(), geteuid()) != 0)
+            _exit(126);
         execvp(argv[0], argv.data());
         _exit(127);
     }
