@@ -40,7 +40,7 @@ class Footprint:
         return files if files == self.olt.fds() else None
 
     def board_free(self):
-        wait_until(lambda: self.olt.sem_value("board") == 1, "the board is given back")
+        self.olt.wait_board_free()
 
     def check(self):
         assert self.olt.daemon.poll() is None and self.olt.daemon_pid() == self.pid, "the daemon has ended"

@@ -108,4 +108,4 @@ def test_a_start_without_cpld_is_a_start(cold_olt):
     begin = words.index("raise cpld_system_led_on") - 1
     assert words[begin:] == ["take", "raise cpld_system_led_on", "open", "give", "lower", "raise cpld_init", "open", "lower"]
     assert cold_olt.run("show sys power")[1] == 1
-    assert cold_olt.sem_value("board") == 1
+    cold_olt.wait_board_free()

@@ -99,7 +99,7 @@ def as_found(olt):
     for kind, ports in (("gpon", (1, 2, 8)), ("ge", (1, 4))):
         for port in ports:
             olt.boardctl("unplug", kind, port)
-    assert olt.sem_value("board") == 1, "the board is given back"
+    olt.wait_board_free()
 
 
 def command(kind, port, block=None):
@@ -184,6 +184,8 @@ def test_words_may_be_abbreviated(olt):
     plug(olt, "gpon", 1, SFP_PAGE, A2_PAGE)
     assert olt.run("sh idp int gp 0/1 v") == (SFP_VENDOR, SUCCESS)
     assert olt.run("show idprom interface gig 0/9") == ("GE 0/9 not exist\r\n", SUCCESS)
+    for kind, word in (("gig", "gigabitEthernet"), ("gp", "gpon"), ("x", "xgpon")):
+        assert olt.run(f"show idprom interface {kind} 0/2") == (f"Interface {word} 0/2 transceiver is absent.\r\n", SUCCESS)
 
 
 def test_each_kind_has_a_port_table_of_its_own(make_olt):

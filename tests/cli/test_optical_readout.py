@@ -65,7 +65,7 @@ def as_found(olt):
     for kind, ports in (("gpon", 8), ("ge", 4)):
         for port in range(1, ports + 1):
             olt.boardctl("unplug", kind, port)
-    wait_until(lambda: olt.sem_value("board") == 1, "the board is given back")  # its monitors take it, too
+    olt.wait_board_free()
 
 
 # --- in an interface's node
@@ -124,6 +124,14 @@ def test_of_two_paths_of_one_generation_the_second_stands(olt):
     plug(olt, "gpon", 1, *path(), *path(1490, temperature=0x2000))
     # the GPON optics of a second path count double
     assert run(olt, INTERFACE, "gpon 0/1")[0] == interface_lines(("32.000", *XG_VALUES[1:]))
+
+
+@pytest.mark.parametrize("wavelength, is_xg", [(1490, False), (1577, True)])
+def test_a_second_path_has_its_own_units_when_it_is_externally_calibrated(olt, wavelength, is_xg):
+    plug(olt, "gpon", 1, *path(850), *path(wavelength, monitoring=0x10, constants=CONSTANTS))
+    double = (*EXTERNAL_VALUES[:2], "40.040", "3.010", "0.000")
+    expected = interface_lines(VALUES, double) if is_xg else interface_lines(double)
+    assert run(olt, INTERFACE, "gpon 0/1")[0] == expected
 
 
 def test_temperatures_below_zero_lose_their_sign(olt):
@@ -248,6 +256,11 @@ def test_the_table_has_a_row_for_each_module_and_a_second_one_for_xgpon(olt):
         TABLE + row("GPON 0/1", VALUES) + row("GPON 0/2", VALUES) + row("", XG_VALUES) + row("GPON 0/4", ZEROES)
         + row("", XG_VALUES) + row("GPON 0/5", EXTERNAL_VALUES) + row("GPON 0/8", QSFP_VALUES) + row("GE 0/1", VALUES)
         + row("GE 0/4", QSFP_VALUES), SUCCESS)
+
+
+def test_an_xgpon_path_without_light_or_power_has_its_row_all_the_same(olt):
+    plug(olt, "gpon", 1, *path(), *path(1577, temperature=0, voltage=0, bias=0, tx=0, rx=0))
+    assert olt.run("show optical transceiver", "diagnose") == (TABLE + row("GPON 0/1", VALUES) + row("", DEAD), SUCCESS)
 
 
 @pytest.mark.parametrize("kind, cage, name", [("gigabitEthernet", "ge", "GE"), ("gpon", "gpon", "GPON"),

@@ -24,7 +24,7 @@ def as_found(olt):
     ask_board(olt, "fault", "clear")
     for port in (1, 8):
         olt.boardctl("unplug", "gpon", port)
-    assert olt.sem_value("board") == 1, "the board is given back"
+    olt.wait_board_free()
 
 
 def plug_with(olt, control, port=1):

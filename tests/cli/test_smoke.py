@@ -59,7 +59,7 @@ def test_daemon_runs_as_root_only_where_it_must(olt):
 
 
 def test_both_semaphores_are_free_when_nothing_runs(olt):
-    assert olt.sem_value("board") == 1
+    olt.wait_board_free()
     assert olt.sem_value("alarm") == 1
 
 

@@ -95,6 +95,15 @@ TEST_F(OpticalReadoutTest, an_externally_calibrated_path_is_read_with_its_consta
     EXPECT_EQ(board_double.record, opening_a0 + byte_reads(0x51, 76, 105));
 }
 
+TEST_F(OpticalReadoutTest, an_externally_calibrated_second_path_counts_double)
+{
+    make_path(module(), 0x58, 0x59, {.monitoring = 0x10});
+    for (int at = 76; at < 96; at += 4)
+        set_word(module()[0x59], at, 0x0100); // slopes of 1
+    expect_values(read(second_path).plain, 25.0F, 3.3F, 20.0F, 3.0103F, -3.0103F);
+    EXPECT_EQ(board_double.record, opening_b0 + byte_reads(0x59, 76, 105));
+}
+
 TEST_F(OpticalReadoutTest, a_module_without_calibration_is_read_from_lower_memory_whatever_it_is)
 {
     for (const int identifier : {0x03, 0x0D, 0x11, 0x0E, 0xFF}) {

@@ -5,6 +5,7 @@
 
 #include "module_board_double.hpp"
 #include "printing_vty.hpp"
+#include "transceiver.hpp"
 
 #include <gtest/gtest.h>
 
@@ -110,6 +111,24 @@ TEST_F(TransceiverCommands, in_no_table_succeed_without_touching_the_board)
         EXPECT_EQ(run(*expected.command, "default"), CMD_SUCCESS) << expected.words;
         EXPECT_EQ(vty.text(), expected.printed) << expected.words;
     }
+    EXPECT_TRUE(board_double.record.empty());
+}
+
+TEST_F(TransceiverCommands, debugging_is_switched_by_the_first_word)
+{
+    cmd_token no{}, debug{};
+    no.text = const_cast<char *>("no");
+    debug.text = const_cast<char *>("debug");
+    cmd_token *on[] = {&debug, &debug}, *off[] = {&no, &debug, &debug};
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(debug_transceiver_cmd.func(&debug_transceiver_cmd, &vty.session, 2, on), CMD_SUCCESS);
+        EXPECT_EQ(transceiver_debug_get(), 1);
+    }
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(debug_transceiver_cmd.func(&debug_transceiver_cmd, &vty.session, 3, off), CMD_SUCCESS);
+        EXPECT_EQ(transceiver_debug_get(), 0);
+    }
+    EXPECT_EQ(vty.text(), "");
     EXPECT_TRUE(board_double.record.empty());
 }
 
