@@ -178,6 +178,24 @@ def test_a_byte_that_cannot_be_read_is_zero_and_costs_no_other(olt):
                                *socket("gpon", 1, *readout(*FIRST, "internal"), *word(0x58, 60))), "no retry"
 
 
+def test_a_module_pulled_in_the_middle_shows_what_was_read_before(olt):
+    def pull_in_the_middle():
+        plug(olt, "gpon", 3, *path())
+        mark = olt.boardctl("log", "next").strip()
+        olt.boardctl("fault", "add", "i2c_read", "addr=0x51", "reg=99", "delay=800")
+        with olt.vty("gpon 0/3") as session:
+            session.send(INTERFACE)
+            olt.boardctl("log", "wait", "i2c_read.*addr=0x51 reg=99", 10, mark)
+            olt.boardctl("unplug", "gpon", 3)
+            text, rc = session.receive()
+        olt.boardctl("fault", "clear")
+        assert rc == SUCCESS
+        return text == interface_lines((*VALUES[:2], *DEAD[2:]))
+
+    wait_until(pull_in_the_middle, "a module is pulled before its bias is read")
+    assert run(olt, INTERFACE, "gpon 0/3")[0] == interface_lines(ZEROES)
+
+
 def test_powers_below_zero_are_no_numbers(olt):
     minus_one = 0xFF00
     plug(olt, "gpon", 1, *path(monitoring=0x10, constants=(0x0100, 0, minus_one, 0, 0x0100, 0, 0x0100, 0, minus_one, 0)))
