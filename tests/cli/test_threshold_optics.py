@@ -5,7 +5,6 @@ import contextlib
 import pytest
 from calls import of
 from module_memory import path, plug, qsfp
-from olt import wait_until
 from threshold_fixtures import FETCH, PON_ALARMS, a_pass, at_rest, enable, olt, reported, start_hurried, watch  # noqa: F401
 
 LM75_READ = "misc_i2c_read"
@@ -123,7 +122,7 @@ def test_an_empty_cage_is_tried_for_each_of_its_alarms_and_changes_nothing(olt, 
     calls = a_pass(olt)
     assert on_board(calls) == [("misc_cpld_i2c_open", None), ("misc_cpld_i2c_read_byte", "11")] * 8
     assert reported(olt) == []
-    wait_until(lambda: olt.sem_value("board") == 1, "the board is given back")
+    olt.wait_board_free()
 
 
 def test_a_read_that_fails_is_tried_again_at_the_next_alarm(olt, cages):
