@@ -20,7 +20,8 @@ namespace {
 // The library stays for the life of the process.
 decltype(tq_trap_encode) *load()
 {
-    void *const library = ::dlopen("libtqtrap.so", RTLD_NOW);
+    // Not by dlopen: sanitizers wrap that, and a wrapped one does not search this library's folder.
+    void *const library = ::dlmopen(LM_ID_BASE, "libtqtrap.so", RTLD_NOW);
     void *const function = library ? ::dlsym(library, "tq_trap_encode") : nullptr;
     if (!function)
         zlog_warn("traps cannot be made: %s", ::dlerror());
