@@ -1,8 +1,14 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Watching the daemon's monitor threads: their calls, with their pauses cut short."""
 
+import contextlib
+import os
+import signal
+from pathlib import Path
+
 from calls import of
 from olt import wait_until
+from vty import DEADLINE_S
 
 HURRY_MS = 20
 
@@ -16,11 +22,35 @@ def calls_of(olt, thread, since=0):
     return [call for call in olt.trace()[since:] if call.thread == thread]
 
 
-def wait_call(olt, thread, pattern, since=0, count=1, timeout=10):
+@contextlib.contextmanager
+def stopped(olt):
+    """The daemon stands still meanwhile, and with it nsenter, which waits for it."""
+    pids = [olt.daemon.pid, olt.pid]
+
+    def stand_still():
+        tasks = [task for pid in pids for task in Path(f"/proc/{pid}/task").glob("*/stat")]
+        return all(task.read_text().rsplit(")", 1)[1].split()[0] == "T" for task in tasks)
+
+    olt.send_signal(signal.SIGSTOP)
+    try:
+        wait_until(stand_still, "the daemon stands still")
+        yield
+    finally:
+        for pid in pids:
+            os.kill(pid, signal.SIGCONT)
+
+
+def wait_call(olt, thread, pattern, since=0, count=1, timeout=DEADLINE_S):
     """The calls of the thread that match, once there are `count` of them."""
     return wait_until(
         lambda: (found := of(calls_of(olt, thread, since), pattern)) and len(found) >= count and found,
         f"{count} {pattern} of {thread}", timeout)
+
+
+def paused_ms(calls):
+    """How long the pauses among the calls were to be; one that a signal interrupts goes on with what is left of it."""
+    parts = of(calls, "nanosleep")
+    return sum(int(part.values["ms"]) for before, part in zip([None, *parts], parts) if not before or before.result == "0")
 
 
 def wait_passes(olt, thread, count=2):

@@ -1,16 +1,15 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The configuration database going away and coming back under the running daemon."""
-import time
 
 import pytest
 from alarm_fixtures import edit_database
 from calls import of
 from olt import wait_until
+from stopwatch import Stopwatch
 
 REPOSITORY = "/var/lib/olt/sysrepo"
 GONE = "Database not reachable"
-LONGEST_ANSWER_S = 5  # 2.5 s of the database and a busy machine
-MONITOR_PERIOD_S = 3
+LONGEST_ANSWER_S = 5  # 2.5 s of the database, and the work
 
 
 @pytest.fixture
@@ -31,9 +30,9 @@ def in_box(olt, script):
 
 
 def run_in_time(olt, command):
-    begin = time.monotonic()
+    watch = Stopwatch()
     result = olt.run(command)
-    assert time.monotonic() - begin < LONGEST_ANSWER_S, command
+    assert watch.spent_s() < LONGEST_ANSWER_S, command
     return result
 
 
@@ -52,7 +51,7 @@ def passes(olt):
 
 def let_the_monitor_pass(olt):
     before = passes(olt)
-    wait_until(lambda: passes(olt) >= before + 2, "two passes of the threshold monitor", 8 * MONITOR_PERIOD_S)
+    wait_until(lambda: passes(olt) >= before + 2, "two passes of the threshold monitor")
 
 
 def expect_settings_work(olt):
@@ -90,12 +89,14 @@ def test_shared_memory_that_is_removed_is_made_anew_with_the_values_it_had(olt):
 
 
 def test_files_and_descriptors_do_not_grow_with_every_time_it_was_away(olt):
-    in_box(olt, "rm -f /dev/shm/sr_*")
-    assert olt.run("alarm-log flash level notice") == ("", 0)
+    def away_and_back(level):
+        in_box(olt, "rm -f /dev/shm/sr_*")
+        wait_until(lambda: olt.run(f"alarm-log flash level {level}") == ("", 0), "settings work again")
+
+    away_and_back("notice")
     count = wait_until(lambda: len(olt.fds()), "descriptors")
     for level in ("debug", "info", "notice", "warning"):
-        in_box(olt, "rm -f /dev/shm/sr_*")
-        assert olt.run(f"alarm-log flash level {level}") == ("", 0)
+        away_and_back(level)
     wait_until(lambda: len(olt.fds()) <= count, "as many descriptors as before")
 
 

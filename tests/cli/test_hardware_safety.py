@@ -16,7 +16,9 @@ from calls import of, read_trace
 from module_memory import path, plug
 from monitors import calls_of
 from olt import SEMAPHORE_KEYS, wait_until
+from stopwatch import Stopwatch
 from uevents import send
+from vty import DEADLINE_S
 
 PAUSES = ("sleep", "usleep", "nanosleep")
 WORKERS = ["fan_monitor", "power_monitor", "reset_monitor", "usb_monitor"]
@@ -180,8 +182,10 @@ def test_a_process_killed_with_the_board_leaves_the_daemon_running(cold_olt, cha
     olt = cold_olt
     olt.faults("nanosleep thread=power_monitor ret=0 delay_ms=20")
     olt.start(trace=True)
-    kills_with_the_board = 0
-    for _ in range(KILLS):
+    kills = kills_with_the_board = 0
+    while kills < KILLS or not kills_with_the_board:
+        kills += 1
+        assert kills < 10 * KILLS, "no kill came while the board was taken"
         peer = start_peer(olt)
         time.sleep(chance.uniform(0, 0.05))  # the random point
         victim = pid_inside(peer)
@@ -191,7 +195,6 @@ def test_a_process_killed_with_the_board_leaves_the_daemon_running(cold_olt, cha
         wait_until(lambda: ended(peer), "the killed process is gone")
         is_alive(olt)
     wait_until(lambda: olt.sem_value("board") == 1, "the board is free")
-    assert kills_with_the_board > 0, "no kill came while the board was taken"
     assert olt.stop() == 0
     assert olt.sem_value("board") == 1
 
@@ -214,7 +217,7 @@ def test_the_daemon_killed_at_any_point_leaves_the_board_to_the_others(cold_olt,
         count = rounds_of(peer)
         assert rounds_of(peer) > count, "the other process goes on"
     peer.stdin.close()
-    assert peer.wait(10) == 0
+    assert peer.wait(DEADLINE_S) == 0
     peer.stdout.close()
     assert olt.sem_value("board") == 1
 
@@ -246,7 +249,6 @@ def test_a_board_semaphore_that_is_removed_is_said_once_and_made_anew_with_the_n
 
 BUSY_PERCENT = 2
 WINDOW_S = 8
-SLOWEST_COMMAND_S = 20
 
 
 def cpu_s(olt):
@@ -310,7 +312,7 @@ def test_a_bad_board_costs_no_processor_and_leaves_commands_and_threads(fresh_ol
     olt = fresh_olt
     threads = olt.threads()
     assert set(WORKERS) <= set(threads)
-    with olt.vty(timeout=SLOWEST_COMMAND_S) as session, olt.vty("diagnose", timeout=SLOWEST_COMMAND_S) as diagnose:
+    with olt.vty() as session, olt.vty("diagnose") as diagnose:
         with state(olt):
             begin, spent = time.monotonic(), cpu_s(olt)
             for operator, command in ((session, "show version"), (session, "show fan json"), (diagnose, "show logic version"),
@@ -336,7 +338,7 @@ def test_the_end_comes_within_a_second_of_the_command_that_runs_and_leaves_the_f
     olt.run("fan mode open")
     olt.run("fan speed high")
     wait_until(lambda: olt.boardctl("reg", "get", 4) == "0x01\n" and olt.boardctl("reg", "get", 5) == "0x02\n",
-               "the fans turn as ordered", 15)
+               "the fans turn as ordered")
     olt.faults("misc_cpld_i2c_open thread=main delay_ms=2000")
     with olt.vty("diagnose") as session:
         before = len(olt.trace())
@@ -344,10 +346,10 @@ def test_the_end_comes_within_a_second_of_the_command_that_runs_and_leaves_the_f
         wait_until(lambda: of(calls_of(olt, "main", before), "semaphore_p"), "the command has the board")
         olt.send_signal(signal.SIGTERM)
         _, rc = session.receive()
-        answered = time.monotonic()
+        watch = Stopwatch()
         assert rc == 0, "the command is finished"
     assert olt.wait_end() == 0
-    took = time.monotonic() - answered
+    took = watch.spent_s()
     print(f"the end came {took * 1000:.0f} ms after the command")
     assert took < 1
     assert olt.sem_value("board") == 1

@@ -2,7 +2,7 @@
 """The power supply monitor: what it reports of the supplies and of a board that is too hot."""
 import pytest
 from calls import in_order, of
-from monitors import calls_of, hurried, records, start_calls, steps, wait_call
+from monitors import calls_of, hurried, paused_ms, records, start_calls, steps, wait_call
 from olt import wait_until
 
 UP1, DOWN1 = (77, 2, "Power1 Up"), (77, 2, "Power1 Down")
@@ -79,9 +79,13 @@ def test_a_positive_result_of_the_threads_creation_is_no_failure(cold_olt):
 def test_a_look_every_two_seconds_the_first_after_two(cold_olt):
     cold_olt.start(trace=True)
     created = of(start_calls(cold_olt, "power_monitor"), "pthread_create")[0].time_ms
-    reads = [call.time_ms for call in wait_call(cold_olt, "power_monitor", "misc_cpld_i2c_power_state_get", count=3, timeout=15)]
-    assert 2000 <= reads[0] - created < 2500
-    assert all(2000 <= later - earlier < 2500 for earlier, later in zip(reads, reads[1:]))
+    wait_call(cold_olt, "power_monitor", "misc_cpld_i2c_power_state_get", count=3)
+    calls = calls_of(cold_olt, "power_monitor")
+    reads = [index for index, call in enumerate(calls) if call.op == "misc_cpld_i2c_power_state_get"][:3]
+    for begin, end in zip([0, *reads], reads):
+        assert paused_ms(calls[begin:end]) == 2000
+    times = [created, *(calls[index].time_ms for index in reads)]
+    assert all(later - earlier >= 2000 for earlier, later in zip(times, times[1:]))
 
 
 @pytest.mark.parametrize("status, expected", [

@@ -1,12 +1,11 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The reset push-button: its line and register, short and long presses, and what cannot be had."""
 import signal
-import time
 from pathlib import Path
 
 import pytest
 from calls import in_order, of
-from monitors import calls_of, records, start_calls, steps, wait_call
+from monitors import calls_of, records, start_calls, steps, stopped, wait_call
 from olt import wait_until
 
 REBOOT = (29, 2, "reset by push-button")
@@ -26,9 +25,9 @@ def olt(cold_olt):
     return cold_olt
 
 
-def ended(olt, timeout=20):
+def ended(olt):
     """Until the thread has done all that a press asks of it."""
-    wait_until(lambda: "reset_monitor" not in olt.threads(), "the thread ends", timeout)
+    wait_until(lambda: "reset_monitor" not in olt.threads(), "the thread ends")
 
 
 def pauses(olt):
@@ -39,12 +38,19 @@ def work(olt):
     return of(calls_of(olt, "reset_monitor"), WORK)
 
 
+def press(olt):
+    """Presses the button between two calls of the daemon; returns the number of its calls before."""
+    with stopped(olt):
+        olt.boardctl("button", "press")
+        return len(olt.trace())
+
+
 def press_samples(olt, count):
-    """Holds the button for so many samples or a few more."""
-    olt.boardctl("button", "press")
-    before = len(olt.trace())
-    wait_call(olt, "reset_monitor", "nanosleep", since=before, count=count)
-    olt.boardctl("button", "release")
+    """Holds the button for so many samples or a few more; returns the number of calls before the release."""
+    wait_call(olt, "reset_monitor", "nanosleep", since=press(olt), count=count)
+    with stopped(olt):
+        olt.boardctl("button", "release")
+        return len(olt.trace())
 
 
 def short_press(olt):
@@ -53,8 +59,10 @@ def short_press(olt):
 
 
 def long_press(olt):
-    olt.boardctl("button", "press")
+    """Returns the number of calls before it."""
+    before = press(olt)
     ended(olt)
+    return before
 
 
 def test_it_sets_up_the_line_maps_the_register_and_starts_a_joinable_thread(cold_olt):
@@ -76,8 +84,7 @@ def test_a_sample_is_taken_every_200_ms(cold_olt):
     pauses = wait_call(cold_olt, "reset_monitor", "nanosleep", count=12)
     whole = [call for call in pauses if call.result == "0"]
     assert {call.values["ms"] for call in whole} >= {"200"}
-    gaps = sorted(later.time_ms - earlier.time_ms for earlier, later in zip(whole[1:], whole[2:]))
-    assert gaps[0] >= 199 and gaps[len(gaps) // 2] < 260, "whole milliseconds, on a machine that may be busy"
+    assert all(later.time_ms - earlier.time_ms >= 199 for earlier, later in zip(whole[1:], whole[2:])), "whole milliseconds"
 
 
 def test_a_button_that_is_not_pressed_does_nothing(olt):
@@ -127,8 +134,7 @@ def test_24_samples_are_a_short_press(cold_olt):
 
 def test_a_long_press_acts_while_the_button_is_held_in_its_order(olt):
     olt.start(trace=True)
-    begin = len(olt.trace())
-    long_press(olt)
+    begin = long_press(olt)
     assert records(olt, "reset_monitor") == [ERASE, REBOOT]
     assert olt.stdout().endswith(RESTARTING)
     found = in_order(work(olt), r"sclient_send_message ", r"system ", r"cli_log id=31 ", r"cli_log id=29 ",
@@ -222,13 +228,13 @@ def test_the_daemon_works_on_until_the_board_is_gone(olt):
     assert olt.stop() == 0
 
 
-def test_the_record_comes_within_250_ms_of_the_release(cold_olt):
+def test_the_record_comes_with_the_first_sample_after_the_release(cold_olt):
     cold_olt.start(trace=True)
-    olt = cold_olt
-    press_samples(olt, 2)
-    released = time.monotonic()
-    record = wait_call(olt, "reset_monitor", "cli_log")[0]
-    assert record.time_ms - released * 1000 <= 250
+    released = press_samples(cold_olt, 2)
+    wait_call(cold_olt, "reset_monitor", "cli_log")
+    ops = [call.op for call in calls_of(cold_olt, "reset_monitor", released)]
+    # The pause that was under way, and one that had ended without being written down yet.
+    assert ops[: ops.index("cli_log")].count("nanosleep") <= 2
 
 
 @pytest.mark.parametrize("make, said, opened", [

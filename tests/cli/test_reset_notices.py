@@ -9,7 +9,6 @@ from vty import Vty
 from zebra_recorder import ZebraRecorder
 
 RESET = bytes.fromhex("000AFE06000000000088")
-HELD_S = 20  # five seconds of holding, on a busy machine
 
 
 @pytest.fixture
@@ -27,7 +26,7 @@ def start(olt):
 
 def hold_button(olt):
     olt.boardctl("button", "press")
-    wait_until(lambda: len(of(olt.trace(), "pal_system")) == 2, "the long press, to its last line", HELD_S)
+    wait_until(lambda: len(of(olt.trace(), "pal_system")) == 2, "the long press")
 
 
 def bus_resets(olt):
@@ -81,7 +80,7 @@ def test_zebra_is_found_again_after_it_went_away(cold_olt, zebra):
     wait_until(zebra.messages, "the daemon's hello")
     hello = zebra.messages()
     zebra.hang_up()
-    wait_until(zebra.messages, "a new hello", 25)
+    wait_until(zebra.messages, "a new hello")
     assert zebra.messages()[0] == hello[0]
 
 
@@ -98,9 +97,9 @@ def test_the_distributions_zebra_survives_the_notice_and_keeps_the_client(fresh_
 
     try:
         wait_until(socket.exists, "zebra's vty")
-        wait_until(lambda: "system" in clients(), "the daemon among zebra's clients", 25)
+        wait_until(lambda: "system" in clients(), "the daemon among zebra's clients")
         fresh_olt.boardctl("button", "press")
-        wait_until(lambda: "Restarting system by push-button" in fresh_olt.stdout(), "the long press", HELD_S)
+        wait_until(lambda: "Restarting system by push-button" in fresh_olt.stdout(), "the long press")
         assert bus_resets(fresh_olt)
         assert peer.poll() is None
         assert "system" in clients()

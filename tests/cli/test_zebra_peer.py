@@ -22,7 +22,7 @@ def test_the_distributions_zebra_takes_the_daemon_as_a_client_and_both_live_on(f
                 return session.run("show zebra client summary")[0]
 
         # libfrr's client looks for zebra again after up to ten seconds
-        wait_until(lambda: "system" in clients(), "the daemon among zebra's clients", timeout=20)
+        wait_until(lambda: "system" in clients(), "the daemon among zebra's clients")
         assert zebra.poll() is None
         assert fresh_olt.run("show diag monitor", "diagnose")[1] == 0
     finally:

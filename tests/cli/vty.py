@@ -8,7 +8,7 @@ import socket
 import threading
 import time
 
-DEADLINE_S = 60 if os.environ.get("DIAGD_PRESET") in ("asan", "tsan") else 10  # sanitized code is slow
+DEADLINE_S = 60  # only a failed test waits for so long; sanitized code on a busy machine is slow
 TELNET_PORT = 2709
 
 # Return codes of a vty command.
