@@ -273,6 +273,7 @@ def test_an_encoder_that_cannot_be_loaded_is_said_once_and_keeps_no_record_back(
 
 
 def snmptranslate(olt, *words):
+    olt.exec("mkdir", "-p", "/run/snmp/cert_indexes", check=True)  # the first program says that it makes them
     return olt.exec(*SNMP, "snmptranslate", "-Pewu", *words)
 
 

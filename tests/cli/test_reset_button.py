@@ -127,7 +127,7 @@ def test_24_samples_are_a_short_press(cold_olt):
         olt.stop()
     else:
         pytest.fail("the hand was never fast enough")
-    ended(olt, patience_s + 20)
+    ended(olt)
     assert records(olt, "reset_monitor") == [REBOOT]
     assert olt.stdout().endswith(RESTARTING)
 
