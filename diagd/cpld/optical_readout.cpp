@@ -18,20 +18,8 @@ namespace diagd {
 
 namespace {
 
-constexpr std::uint8_t wavelength_register = 60; // A0h, 16 bits
 constexpr std::uint8_t monitoring_register = 92; // A0h, diagnostic monitoring type
-constexpr std::uint8_t internally_calibrated = 0x20;
-constexpr std::uint8_t externally_calibrated = 0x10;
-constexpr int channel_register = 119; // of the CPLD: the module channel
-
-template <std::size_t N>
-std::array<std::uint8_t, N> read_block(std::uint32_t handle, std::uint8_t address,
-                                       std::uint8_t first) noexcept
-{
-    std::array<std::uint8_t, N> bytes{};
-    transceiver_read_block(handle, address, first, bytes.data(), N);
-    return bytes;
-}
+constexpr int channel_register = 119;            // of the CPLD: the module channel
 
 void debug_block(const char *calibration, std::uint8_t address, std::uint8_t first,
                  std::span<const std::uint8_t> bytes) noexcept
@@ -100,8 +88,7 @@ OpticalValues read_values(std::uint32_t handle, PathAddress path, std::uint16_t 
 void read_optical_path(std::uint32_t handle, PathAddress path, OpticalReadout &readout) noexcept
 {
     transceiver_read_byte(handle, path.id, 0); // the identifier, which decides nothing here
-    const std::uint16_t word = transceiver_read_word(handle, path.id, wavelength_register);
-    const auto wavelength_nm = static_cast<std::uint16_t>(word << 8 | word >> 8);
+    const std::uint16_t wavelength_nm = read_wavelength_nm(handle, path.id);
     const bool is_xg = transceiver_type_by_wavelength(wavelength_nm) == ModuleClass::xgpon;
     (is_xg ? readout.xg : readout.plain) = read_values(handle, path, wavelength_nm);
 }
@@ -128,7 +115,7 @@ std::optional<OpticalReadout> read_optics(const BoardBracket &board, PortKind ki
     OpticalReadout readout{};
     const auto handle = static_cast<std::uint32_t>(board.handle());
     read_optical_path(handle, first_path, readout);
-    if (transceiver_read_word(handle, second_path.id, wavelength_register) != 0)
+    if (read_wavelength_nm(handle, second_path.id) != 0)
         read_optical_path(handle, second_path, readout);
     return readout;
 }

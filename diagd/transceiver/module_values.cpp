@@ -9,18 +9,6 @@ namespace diagd {
 
 namespace {
 
-constexpr std::uint8_t internally_calibrated = 0x20; // A0h byte 92
-constexpr std::uint8_t externally_calibrated = 0x10;
-
-template <std::size_t N>
-std::array<std::uint8_t, N> read_block(std::uint32_t handle, std::uint8_t address,
-                                       std::uint8_t first) noexcept
-{
-    std::array<std::uint8_t, N> bytes{};
-    transceiver_read_block(handle, address, first, bytes.data(), N);
-    return bytes;
-}
-
 std::uint16_t read_sff8636_field(std::uint32_t handle, std::uint8_t reg) noexcept
 {
     return be16(read_block<2>(handle, first_path.id, reg));

@@ -12,9 +12,6 @@
 
 namespace diagd {
 
-// Laser wavelength in nm, A0h bytes 60-61: one word read.
-[[nodiscard]] std::uint16_t read_wavelength_nm(std::uint32_t handle, std::uint8_t id_address) noexcept;
-
 // Values of an SFP path.  A0h byte 92, then, byte by byte, A2h 96-105 of an internally calibrated module
 // (bit 5) or A2h 76-151 of an externally calibrated one (bit 4).  Empty when the module is neither.
 [[nodiscard]] std::optional<OpticalValues> read_path_values(std::uint32_t handle, PathAddress path,

@@ -10,6 +10,7 @@
 
 #include "optical_values.hpp"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -51,7 +52,8 @@ int sff_8636_page_select(std::uint32_t handle, std::uint8_t page) noexcept;
 // identifier is of no family decoded here.
 int transceiver_type_get(std::uint32_t handle, char *text, std::size_t size) noexcept;
 
-// Switches what the module's RSSI/TXDIS pin carries: A2h byte 118 bit 7.  Always 0.
+// Chooses whose received signal strength the module reports: A2h byte 118 bit 7, set for the GPON receiver's,
+// else the XG-PON one's.  Always 0.
 int transceiver_rssi_select_set(std::uint32_t handle, std::uint8_t select) noexcept;
 
 std::uint8_t transceiver_debug_get(void) noexcept;
@@ -69,3 +71,24 @@ const char *sff_8472_ethernet_compliance_str(const std::uint8_t *codes, std::uin
 const char *ethernet_compliance_str(std::uint32_t code, std::int32_t extended) noexcept;
 
 } // extern "C"
+
+namespace diagd {
+
+// A0h byte 92, diagnostic monitoring type.  A module that claims both is internally calibrated.
+inline constexpr std::uint8_t internally_calibrated = 0x20;
+inline constexpr std::uint8_t externally_calibrated = 0x10;
+
+// Laser wavelength in nm, A0h bytes 60-61: one word read.
+[[nodiscard]] std::uint16_t read_wavelength_nm(std::uint32_t handle, std::uint8_t id_address) noexcept;
+
+// transceiver_read_block into an array.
+template <std::size_t N>
+[[nodiscard]] std::array<std::uint8_t, N> read_block(std::uint32_t handle, std::uint8_t address,
+                                                     std::uint8_t first) noexcept
+{
+    std::array<std::uint8_t, N> bytes{};
+    transceiver_read_block(handle, address, first, bytes.data(), N);
+    return bytes;
+}
+
+} // namespace diagd
