@@ -131,7 +131,13 @@ class Olt:
             except (FileNotFoundError, ConnectionRefusedError):
                 return False
 
-        wait_until(answers, "the daemon answers")
+        try:
+            wait_until(answers, "the daemon answers")
+        except AssertionError as error:
+            if self.daemon.poll() is not None:
+                raise
+            waits = [Path(task, "wchan").read_text() for task in Path(f"/proc/{self.daemon_pid()}/task").iterdir()]
+            raise AssertionError(f"{error}; its threads wait in {waits}; {self.stderr()}{self.log()}") from None
         self.pid = self.daemon_pid()
 
     def daemon_pid(self):
@@ -141,7 +147,7 @@ class Olt:
         return int(children[0])
 
     def send_signal(self, number):
-        os.kill(self.pid, number)
+        os.kill(self.pid or self.daemon_pid(), number)  # the former comes with its first answer
 
     def kill(self, number=signal.SIGKILL):
         """Ends the daemon and returns its exit status, negative when a signal ended it."""
