@@ -14,3 +14,9 @@ target_include_directories(shell_runner_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/c
 diagd_unit_test(image_fetch_test image_fetch_test.cpp ${cpld_dir}/image_fetch.cpp LIBS platform_headers deps::frr
                 deps::jsonc)
 target_include_directories(image_fetch_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${cpld_dir})
+
+set(core_dir ${CMAKE_SOURCE_DIR}/diagd/core)
+diagd_unit_test(image_program_test image_program_test.cpp ${cpld_dir}/image_program.cpp ${core_dir}/board_bracket.cpp
+                ${core_dir}/privileges.cpp ${core_dir}/semaphore.cpp ${core_dir}/state.cpp
+                LIBS platform_headers deps::frr deps::jsonc)
+target_include_directories(image_program_test PRIVATE ${core_dir} ${cpld_dir} ${CMAKE_SOURCE_DIR}/diagd/peer/export)
