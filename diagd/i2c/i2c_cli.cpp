@@ -17,16 +17,17 @@
 #include <cstdint>
 #include <cstring>
 
-using diagd::find_number;
+using diagd::find_decimal;
+using diagd::find_hex;
 using diagd::line_end;
 
 namespace {
 
-constexpr std::size_t buffer_size = 1024;
-constexpr std::size_t bytes_per_line = 16;
+constexpr long buffer_size = 1024;
+constexpr long bytes_per_line = 16;
 
 // `reason` names the operation for the privilege raise; it must be a literal.
-diagd::UniqueFd open_bus(const char *reason, unsigned long bus) noexcept
+diagd::UniqueFd open_bus(const char *reason, long bus) noexcept
 {
     const diagd::Privileges raised{reason};
     return diagd::UniqueFd{misc_i2c_device_init(static_cast<int>(bus))};
@@ -42,15 +43,15 @@ DEFUN(debug_i2c_read, debug_i2c_read_cmd, "i2c (0-3) read SLAVE_ADDR_HEX REG_ADD
       "Register address.\n"
       "Length.\n")
 {
-    const auto bus = find_number(argc, argv, "(0-3)", 10);
-    const auto slave = find_number(argc, argv, "SLAVE_ADDR_HEX", 16);
-    const auto reg = find_number(argc, argv, "REG_ADDR_HEX", 16);
+    const auto bus = find_decimal(argc, argv, "(0-3)");
+    const auto slave = find_hex(argc, argv, "SLAVE_ADDR_HEX");
+    const auto reg = find_hex(argc, argv, "REG_ADDR_HEX");
     if (!bus || !slave || !reg)
         return CMD_SUCCESS;
-    const unsigned long asked = find_number(argc, argv, "LENGTH_DEC", 10).value_or(1);
-    const std::size_t length = std::min<std::size_t>(asked, buffer_size);
+    const long asked = find_decimal(argc, argv, "LENGTH_DEC").value_or(1);
+    const long length = std::clamp(asked, 0L, buffer_size);
     if (length < asked)
-        zlog_warn("i2c read: length %lu is capped at %zu", asked, length);
+        zlog_warn("i2c read: length %ld is capped at %ld", asked, length);
 
     const diagd::UniqueFd handle = open_bus("debug_i2c_read", *bus);
     if (!handle)
@@ -60,10 +61,10 @@ DEFUN(debug_i2c_read, debug_i2c_read_cmd, "i2c (0-3) read SLAVE_ADDR_HEX REG_ADD
                   data.data(), static_cast<int>(length), 0);
 
     vty_out(vty, "%s", line_end);
-    for (std::size_t k = 0; k < length; ++k) {
+    for (long k = 0; k < length; ++k) {
         if (k % bytes_per_line == 0)
             vty_out(vty, "%s", line_end);
-        vty_out(vty, "0x%.4x ", data[k]);
+        vty_out(vty, "0x%.4x ", data[static_cast<std::size_t>(k)]);
     }
     vty_out(vty, "%s", line_end);
     return CMD_SUCCESS;
@@ -77,10 +78,10 @@ DEFUN(debug_i2c_write, debug_i2c_write_cmd, "i2c (0-3) write SLAVE_ADDR_HEX REG_
       "Register address.\n"
       "Register value.\n")
 {
-    const auto bus = find_number(argc, argv, "(0-3)", 10);
-    const auto slave = find_number(argc, argv, "SLAVE_ADDR_HEX", 16);
-    const auto reg = find_number(argc, argv, "REG_ADDR_HEX", 16);
-    const auto value = find_number(argc, argv, "VALUE_HEX", 16);
+    const auto bus = find_decimal(argc, argv, "(0-3)");
+    const auto slave = find_hex(argc, argv, "SLAVE_ADDR_HEX");
+    const auto reg = find_hex(argc, argv, "REG_ADDR_HEX");
+    const auto value = find_hex(argc, argv, "VALUE_HEX");
     if (!bus || !slave || !reg || !value)
         return CMD_SUCCESS;
 

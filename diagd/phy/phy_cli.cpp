@@ -24,7 +24,7 @@ constexpr const char *access_interface = "aux"; // the name by which the PHY lib
 
 std::optional<std::uint32_t> find_hex(int argc, struct cmd_token *argv[], const char *name) noexcept
 {
-    const auto number = diagd::find_number(argc, argv, name, 16);
+    const auto number = diagd::find_hex(argc, argv, name);
     return number ? std::optional{static_cast<std::uint32_t>(*number)} : std::nullopt;
 }
 

@@ -86,8 +86,11 @@ def test_a_read_of_seventeen_is_a_line_of_sixteen_and_a_line_of_one(olt):
     assert [len(line.split()) for line in lines[2:4]] == [16, 1]
 
 
-def test_a_length_of_0_shows_two_line_ends(olt):
-    assert run(olt, f"i2c 0 read {CPLD} 80 0")[:2] == ("\r\n\r\n", 0)
+@pytest.mark.parametrize("length", ["0", "-1", "-1025", "x"])
+def test_a_length_of_0_or_none_at_all_shows_two_line_ends(olt, length):
+    text, rc, steps = run(olt, f"i2c 0 read {CPLD} 80 {length}")
+    assert (text, rc) == ("\r\n\r\n", 0)
+    assert steps[3] == "read 0x60 0x80 0 0"
 
 
 def test_the_length_is_decimal(olt):
@@ -100,7 +103,7 @@ def test_a_length_above_the_buffer_is_capped_and_the_log_says_so(olt, length):
     assert (rc, len(text.split())) == (0, 1024)
     assert text == shown([int(byte, 16) for byte in text.split()])
     assert steps[3].startswith("read 0x60 0x0 1024 0")
-    olt.wait_log(f"i2c read: length {min(length, 2**64 - 1)} is capped at 1024\n")
+    olt.wait_log(f"i2c read: length {min(length, 2**63 - 1)} is capped at 1024\n")
 
 
 def test_a_length_of_the_whole_buffer_is_not_capped(olt):

@@ -195,19 +195,28 @@ TEST(PhyRegister, of_clause_45_has_bit_30_the_device_and_16_bits_of_register)
 
 TEST(Arguments, are_numbers_of_their_base)
 {
-    const auto number = [](std::string typed, int base) {
-        std::string name = "NUMBER";
-        struct cmd_token token {};
-        token.text = name.data();
+    std::string name = "NUMBER";
+    struct cmd_token token {};
+    token.text = name.data();
+    struct cmd_token *argv[] = {&token};
+    const auto hex = [&](std::string typed) {
         token.arg = typed.data();
-        struct cmd_token *argv[] = {&token};
-        EXPECT_FALSE(diagd::find_number(1, argv, "OTHER", base));
-        return diagd::find_number(1, argv, "NUMBER", base);
+        return diagd::find_hex(1, argv, "NUMBER");
     };
-    EXPECT_EQ(number("1F", 16), 31u);
-    EXPECT_EQ(number("0x1f", 16), 31u);
-    EXPECT_EQ(number("10", 16), 16u);
-    EXPECT_EQ(number("10", 10), 10u);
-    EXPECT_EQ(number("xyz", 16), 0u);
-    EXPECT_EQ(number("99999999999999999999", 10), ULONG_MAX);
+    const auto decimal = [&](std::string typed) {
+        token.arg = typed.data();
+        return diagd::find_decimal(1, argv, "NUMBER");
+    };
+    EXPECT_EQ(hex("1F"), 31u);
+    EXPECT_EQ(hex("0x1f"), 31u);
+    EXPECT_EQ(hex("10"), 16u);
+    EXPECT_EQ(hex("xyz"), 0u);
+    EXPECT_EQ(hex("fffffffffffffffff"), ULONG_MAX);
+    EXPECT_EQ(decimal("10"), 10);
+    EXPECT_EQ(decimal("010"), 10);
+    EXPECT_EQ(decimal("-1"), -1);
+    EXPECT_EQ(decimal("xyz"), 0);
+    EXPECT_EQ(decimal("99999999999999999999"), LONG_MAX);
+    EXPECT_FALSE(diagd::find_hex(1, argv, "OTHER"));
+    EXPECT_FALSE(diagd::find_decimal(1, argv, "OTHER"));
 }
