@@ -148,6 +148,14 @@ def edit_database(olt, xml):
     assert done.returncode == 0, done.stdout + done.stderr
 
 
+def let_changes_be_heard(olt):
+    """Until the daemon has heard what other programs have changed; not for the level of alarm 78.
+
+    It hears in a thread of its own, but before its answer to a change that it makes itself, here to what is there."""
+    level = olt.run("show alarm-log configuration id 78")[0].split()[-7]
+    assert olt.run(f"alarm-log alarm power2-updown level {level}") == ("", 0)
+
+
 def calls_of(olt, command, pattern):
     """What the command shows, its return code, and the platform calls it makes whose name matches."""
     start = os.path.getsize(olt.trace_path)

@@ -3,7 +3,7 @@
 import os
 
 import pytest
-from alarm_fixtures import edit_database
+from alarm_fixtures import edit_database, let_changes_be_heard
 from calls import of, read_trace
 from olt import wait_until
 
@@ -88,6 +88,8 @@ def store_thresholds(olt, **thresholds):
     edit_database(olt, '<alarm-log xmlns="urn:norvale:yang:olt-alarm-log"'
                        ' xmlns:nc="urn:ietf:params:xml:ns:netconf:base:1.0">'
                        f"<threshold>{content}</threshold></alarm-log>")
+    if olt.daemon:
+        let_changes_be_heard(olt)
 
 
 def watch(olt, name, *actions):
