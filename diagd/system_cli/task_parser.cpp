@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "task_parser.hpp"
 
+#include "utf8.hpp"
+
 #include <algorithm>
 #include <charconv>
 
@@ -8,13 +10,29 @@ namespace diagd {
 
 namespace {
 
+// Size of the control character that begins `text`, which is not empty; 0 when it begins with none.  Those of
+// C1 (U+0080 to U+009F) count in UTF-8 and as single bytes, since terminals obey either.
+std::size_t control_size(std::string_view text) noexcept
+{
+    const auto c1 = [](char c) { return (static_cast<unsigned char>(c) & 0xE0) == 0x80; };
+    const std::size_t length = utf8_length(text);
+    if (length == 2)
+        return text[0] == '\xc2' && c1(text[1]) ? 2 : 0;
+    const bool is_control = length == 0 ? c1(text[0]) : text[0] == '\x7f' || (length == 1 && text[0] < ' ');
+    return is_control ? 1 : 0;
+}
+
 // Programs name themselves and their threads as they like; what they put in must not reach the operator's
 // terminal as a control sequence, nor break a row.
 std::string shown(std::string_view text)
 {
-    std::string result{text};
-    std::ranges::replace_if(
-        result, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, '?');
+    std::string result;
+    while (!text.empty()) {
+        const std::size_t control = control_size(text);
+        const std::size_t size = control != 0 ? control : std::max<std::size_t>(utf8_length(text), 1);
+        result += control != 0 ? "?" : text.substr(0, size);
+        text.remove_prefix(size);
+    }
     return result;
 }
 

@@ -20,4 +20,4 @@ target_include_directories(threshold_alarms_test PRIVATE ${diagd_dir}/core ${dia
 diagd_unit_test(clock_parser_test clock_parser_test.cpp ${diagd_dir}/system_cli/clock_parser.cpp)
 target_include_directories(clock_parser_test PRIVATE ${diagd_dir}/system_cli)
 diagd_unit_test(task_parser_test task_parser_test.cpp ${diagd_dir}/system_cli/task_parser.cpp)
-target_include_directories(task_parser_test PRIVATE ${diagd_dir}/system_cli)
+target_include_directories(task_parser_test PRIVATE ${diagd_dir}/system_cli ${diagd_dir}/core)
