@@ -10,8 +10,11 @@
 #include "fan_settings.hpp"
 #include "lm75.hpp"
 #include "monitor_registers.hpp"
+#include "semaphore.hpp"
 #include "state.hpp"
 #include "worker_thread.hpp"
+
+#include "util_cpld.h"
 
 #include <chrono>
 #include <thread>
@@ -26,17 +29,22 @@ constexpr int last_tick = 4; // ticks of a second; a pass comes after the one be
 
 int cpld_handle = -1; // set before the thread starts
 
+bool speed_is_automatic() noexcept
+{
+    return fan_master.speed.load(memory_order_relaxed) == diagd::speed_auto;
+}
+
 // Writes every time, changed or not: the operator's command may have written something else.
 void set_automatic_speed(int temperature) noexcept
 {
     const int level = diagd::automatic_fan_speed(temperature);
-    diagd::write_register(cpld_handle, diagd::MonitorRegister::fan_speed, static_cast<std::uint8_t>(level));
+    const diagd::Semaphore board{diagm.sem_id};
+    // The command stores its speed with the board in hand, and this may have waited for it.
+    if (!speed_is_automatic())
+        return;
+    misc_cpld_i2c_set_byte(cpld_handle, static_cast<std::uint8_t>(diagd::MonitorRegister::fan_speed),
+                           static_cast<std::uint8_t>(level));
     fan_master.current_speed.store(level, memory_order_relaxed);
-}
-
-bool speed_is_automatic() noexcept
-{
-    return fan_master.speed.load(memory_order_relaxed) == diagd::speed_auto;
 }
 
 void switch_fans(bool open) noexcept

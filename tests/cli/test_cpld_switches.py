@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Switching the board by hand: what is written, under which brackets, and what a failing CPLD leaves."""
 import re
-import subprocess
 import threading
 from pathlib import Path
 
 import pytest
+from board_holder import board_held
 from calls import of
 from cpld import bracket, refused, run
 from olt import wait_until
@@ -133,26 +133,12 @@ def test_switching_the_fans_by_hand_does_not_touch_their_settings(olt):
 def test_a_command_waits_for_whoever_holds_the_board(olt):
     """Another user of the box's board holds the semaphore; the register is left alone until it is free."""
     before = len(olt.trace())
-    holder = subprocess.Popen(
-        olt.inside("python3", "-c", "import ctypes,sys\n"
-                   "libc = ctypes.CDLL(None)\n"
-                   "class Op(ctypes.Structure): _fields_ = [('n', ctypes.c_ushort), ('o', ctypes.c_short), ('f', ctypes.c_short)]\n"
-                   "sem = libc.semget(0x102410, 1, 0)\n"
-                   "assert libc.semop(sem, ctypes.byref(Op(0, -1, 0x1000)), 1) == 0\n"
-                   "print('held', flush=True)\n"
-                   "sys.stdin.read()\n"),
-        stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-    try:
-        assert holder.stdout.readline() == "held\n"
-        with olt.vty("diagnose") as session:
-            session.send("usb led on")
-            wait_until(lambda: olt.sem_waiters("board") == 1, "the daemon waits")
-            assert not of(olt.trace()[before:], "misc_cpld_i2c_set_byte")
-            holder.stdin.close()  # it ends, and the kernel gives back what it held
-            assert session.receive() == ("", 0)
-    finally:
-        holder.stdin.close()
-        holder.wait()
+    with board_held(olt) as give_back, olt.vty("diagnose") as session:
+        session.send("usb led on")
+        wait_until(lambda: olt.sem_waiters("board") == 1, "the daemon waits")
+        assert not of(olt.trace()[before:], "misc_cpld_i2c_set_byte")
+        give_back()
+        assert session.receive() == ("", 0)
     assert of(olt.trace()[before:], "misc_cpld_i2c_set_byte")
 
 

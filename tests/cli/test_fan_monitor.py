@@ -3,6 +3,7 @@
 import json
 
 import pytest
+from board_holder import board_held
 from calls import in_order, of
 from monitors import calls_of, hurried, paused_ms, records, start_calls, steps, wait_call, wait_passes
 from olt import wait_until
@@ -311,6 +312,21 @@ def test_a_speed_chosen_while_the_sensor_is_read_stands(cold_olt):
     wait_call(cold_olt, "fan_monitor", "nanosleep", since=mark, count=4)  # the next reading is about to begin
     assert cold_olt.run("fan speed high") == ("", 0)
     wait_call(cold_olt, "fan_monitor", "misc_i2c_read", since=mark)
+    wait_passes(cold_olt, "fan_monitor", count=1)
+    assert cold_olt.boardctl("reg", "get", 5) == "0x02\n"
+    assert fans(cold_olt)["currentFanSpeed"] == "high"
+
+
+def test_a_speed_chosen_while_a_pass_waits_for_the_board_stands(cold_olt):
+    cold_olt.faults("nanosleep thread=fan_monitor ret=0 delay_ms=300")  # time to have the command wait first
+    cold_olt.start(trace=True)
+    assert cold_olt.run("no power monitor", "diagnose") == ("", 0)  # it would wait as well
+    wait_call(cold_olt, "fan_monitor", "misc_cpld_i2c_set_byte", since=len(cold_olt.trace()))
+    with board_held(cold_olt) as give_back, cold_olt.vty() as session:
+        session.send("fan speed high")
+        wait_until(lambda: cold_olt.sem_waiters("board") == 2, "the command and then the pass wait")
+        give_back()
+        assert session.receive() == ("", 0)
     wait_passes(cold_olt, "fan_monitor", count=1)
     assert cold_olt.boardctl("reg", "get", 5) == "0x02\n"
     assert fans(cold_olt)["currentFanSpeed"] == "high"
