@@ -5,6 +5,7 @@ import fcntl
 import itertools
 import os
 import shutil
+import signal
 import subprocess
 
 import pytest
@@ -12,6 +13,11 @@ import pytest
 from olt import BOX, BUILD, OLT, PROJECT, Olt
 
 _numbers = itertools.count()
+
+# Shells start what runs in the background with these ignored, and what the tests start would inherit that.
+for _number in (signal.SIGINT, signal.SIGQUIT):
+    if signal.getsignal(_number) == signal.SIG_IGN:
+        signal.signal(_number, signal.SIG_DFL)
 
 
 @pytest.fixture(scope="session")
