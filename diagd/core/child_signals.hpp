@@ -4,8 +4,16 @@
 
 #include <csignal>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace diagd {
+
+// Keeps what the daemon has open from the programs it starts from now on.  Libraries leave locks and pipes
+// open to them: one that outlived a killed daemon would keep them from the next.
+inline void keep_descriptors() noexcept
+{
+    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+}
 
 // Default handling of SIGCHLD, and no signal blocked, for as long as it lives: what is run meanwhile can be
 // waited for and interrupted like any program.

@@ -4,23 +4,10 @@
 
 #include "child_signals.hpp"
 
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-
-namespace {
-
-// Libraries leave locks and pipes open to programs that are started.  One that outlived a killed daemon would
-// keep them from the next.
-void keep_descriptors() noexcept
-{
-    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-}
-
-} // namespace
 
 int diagd::run_dropping_output(const std::string &line) noexcept
 {

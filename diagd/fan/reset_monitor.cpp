@@ -95,6 +95,7 @@ bool button_is_pressed() noexcept
 void save_configurations() noexcept
 {
     const diagd::ChildSignals signals;
+    diagd::keep_descriptors();
     const int status = std::system(save_configuration);
     if (status != -1 && WIFSIGNALED(status) && (WTERMSIG(status) == SIGINT || WTERMSIG(status) == SIGQUIT))
         std::printf("system: exit status of the child WTERMSIG[%d]\n", WTERMSIG(status));

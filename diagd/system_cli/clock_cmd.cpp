@@ -4,6 +4,7 @@
 // the difference is stored and the time shown whatever they did.
 #include "system_commands.hpp"
 
+#include "child_signals.hpp"
 #include "clock_parser.hpp"
 #include "json_owner.hpp"
 #include "running_time.hpp"
@@ -37,6 +38,7 @@ static std::string running_time() noexcept
 
 static void run_line(const char *line) noexcept
 {
+    diagd::keep_descriptors();
     if (const int status = std::system(line); status != 0)
         zlog_warn("'%s' failed (status %d)", line, status);
 }

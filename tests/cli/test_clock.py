@@ -80,6 +80,16 @@ def test_the_clock_is_set_and_then_the_hardware_clock(olt, programs):
     assert shown and 0 <= seconds(shown[1]) - seconds("Tue Mar  5 07:08:09 2024") <= DEADLINE_S
 
 
+def test_the_programs_have_none_of_the_daemons_descriptors(olt):
+    listing = "#!/bin/bash\nfor fd in /proc/$$/fd/*; do readlink $fd; done >>/var/log/open\n"
+    with bound(olt, "/usr/bin/date", listing, mode=0o755), bound(olt, "/usr/sbin/hwclock", listing, mode=0o755), \
+            olt.telnet():
+        assert olt.run(SET)[1] == 0
+    opened = (olt.state / "log" / "open").read_text()
+    assert opened.count("/dev/null") >= 2
+    assert not re.search("sr_|socket:|pipe:|diagd", opened), opened
+
+
 def test_how_far_the_clock_was_moved_is_stored_behind_both_programs(olt, programs):
     text, calls = calls_during(olt, SET)
     order = [call for call in calls if re.fullmatch("time|system|raise|lower|seteuid|db_olt.*", call.op)]
