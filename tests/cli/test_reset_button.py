@@ -7,6 +7,7 @@ import pytest
 from calls import in_order, of
 from monitors import calls_of, records, start_calls, steps, stopped, wait_call
 from olt import wait_until
+from proc_files import bound
 
 REBOOT = (29, 2, "reset by push-button")
 ERASE = (31, 2, "erase partial config by push-button")
@@ -103,6 +104,16 @@ def test_a_short_press_saves_the_logs_and_reboots(olt):
              r'raise reason="system_reboot"', r"pal_system .*killall -9 watchfrr", r"lower ", r"sync ")
     assert of(work(olt), "sclient_send_message|system|semaphore_p|misc_.*") == [], "no peer, no shell, no board"
     assert "reset by push-button" in olt.run("show alarm-log")[0]
+
+
+def test_a_press_is_told_before_its_work_is_done(olt):
+    olt.start(trace=True)
+    go = olt.state / "log" / "go"
+    with bound(olt, "/usr/bin/cp", "#!/bin/sh\nuntil [ -e /var/log/go ]; do sleep 0.01; done\n", mode=0o755):
+        press_samples(olt, 2)
+        wait_until(lambda: olt.stdout() == RESTARTING, "the press is told")
+        go.touch()
+        ended(olt)
 
 
 def test_one_sample_is_enough(olt):

@@ -2,6 +2,7 @@
 """The daemon on the service bus: it says who it is, is told to stop and start monitoring, and finds the bus again."""
 import pytest
 from calls import in_order, of
+from monitors import hurried, wait_call
 from olt import wait_until
 
 ALL_ON = ("FAN Monitor         : Enable\r\nUSB Monitor         : Enable\r\n"
@@ -69,12 +70,16 @@ def test_0_switches_all_monitors_on_whatever_was_switched_off_by_hand(olt):
 
 
 def test_the_switches_come_before_the_board_is_told(olt):
-    """While the board is being told, the event loop is busy; its answer to a display must be the new state."""
-    olt.faults("misc_cpld_oper_set delay_ms=300")
-    before = len(olt.trace())
+    """The event loop waits while the board is told; the power monitor is at work meanwhile."""
+    olt.faults(*hurried("power_monitor"), "misc_cpld_oper_set nth=2 delay_ms=3000")
+    mark = len(olt.trace())
     olt.boardctl("bus", "send", 7)
-    assert wait_until(lambda: switches(olt) == ALL_OFF, "the switches")
-    assert oper_calls(olt, before) == [0]
+    wait_until(lambda: oper_calls(olt, mark) == [0], "the board is told to rest")
+    wait_call(olt, "power_monitor", "nanosleep", since=len(olt.trace()), count=2)
+    before = len(olt.trace())
+    olt.boardctl("bus", "send", 0)
+    wait_until(lambda: oper_calls(olt, before) == [1], "the board is told")
+    in_order(olt.trace()[before:], "misc_cpld_i2c_power_state_get ", "misc_cpld_oper_set on=1")
 
 
 def test_switches_change_although_the_board_cannot_be_told(olt):
