@@ -12,6 +12,7 @@ import time
 from pathlib import Path
 
 import pytest
+from alarm_fixtures import SANITIZED
 from calls import of, read_trace
 from module_memory import path, plug
 from monitors import calls_of
@@ -153,7 +154,7 @@ def chance():
 def start_peer(olt):
     """Another process of the box that takes and gives the board without end."""
     peer = subprocess.Popen(
-        olt.inside("/usr/bin/python3", Path(__file__).with_name("board_peer.py"), "/run/olt/build/lib"),
+        olt.inside("env", *SANITIZED, "/usr/bin/python3", Path(__file__).with_name("board_peer.py"), "/run/olt/build/lib"),
         stdin=subprocess.PIPE, stdout=subprocess.PIPE)
     assert peer.stdout.readline() == b"ready\n"
     return peer
