@@ -274,6 +274,21 @@ class Olt:
                 pass
         return found
 
+    def settled_fds(self):
+        """fds() once the sessions that ended just now are closed: the same at several looks in a row."""
+        seen = [None] * 5
+
+        def settled():
+            time.sleep(0.02)
+            seen[:] = [*seen[1:], self.fds()]
+            return seen[0] is not None and all(found == seen[0] for found in seen) and seen[0]
+
+        return wait_until(settled, "the daemon's descriptors stand still")
+
+    def wait_no_more_fds(self, before):
+        """Until the daemon has no more descriptors than `before`; a monitor may have one for a moment."""
+        wait_until(lambda: len(self.fds()) <= len(before), "the daemon has no more descriptors than before")
+
     def threads(self):
         names = []
         for task in Path(f"/proc/{self.pid}/task").iterdir():

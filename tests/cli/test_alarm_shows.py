@@ -174,7 +174,7 @@ def test_other_groups_are_refused(olt, words):
 
 def test_showing_leaks_nothing(cold_olt):
     olt = cold_olt.start(env=NO_QUARANTINE)
-    descriptors = len(olt.fds())
+    descriptors = olt.settled_fds()
     with olt.vty() as session:
         for _ in range(200):
             session.run("show alarm-log all configuration")
@@ -188,4 +188,4 @@ def test_showing_leaks_nothing(cold_olt):
             session.run("show alarm-log all configuration")
         # A leaked text alone would be 45 MB.
         assert resident_kb() - before < 4000
-    wait_until(lambda: len(olt.fds()) <= descriptors, "the session's descriptors are closed")
+    olt.wait_no_more_fds(descriptors)

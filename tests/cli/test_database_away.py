@@ -94,10 +94,10 @@ def test_files_and_descriptors_do_not_grow_with_every_time_it_was_away(olt):
         wait_until(lambda: olt.run(f"alarm-log flash level {level}") == ("", 0), "settings work again")
 
     away_and_back("notice")
-    count = wait_until(lambda: len(olt.fds()), "descriptors")
+    before = olt.settled_fds()
     for level in ("debug", "info", "notice", "warning"):
         away_and_back(level)
-    wait_until(lambda: len(olt.fds()) <= count, "as many descriptors as before")
+    olt.wait_no_more_fds(before)
 
 
 def test_shared_memory_that_is_cut_to_nothing_does_not_end_the_daemon(olt):

@@ -55,12 +55,12 @@ def level_major(olt):
     olt.faults()
     assert olt.run("alarm-log flash level major") == ("", 0)
     olt.exec("sh", "-c", f"echo before > {PATH}; chmod 777 {PATH}", check=True)
-    descriptors = len(olt.fds())
+    descriptors = olt.settled_fds()
     yield
     olt.faults()
     assert olt.sem_value("alarm") == 1
     assert effective_user(olt) == DAEMON
-    wait_until(lambda: len(olt.fds()) <= descriptors, "what was opened is closed")
+    olt.wait_no_more_fds(descriptors)
 
 
 @pytest.fixture

@@ -55,11 +55,10 @@ def no_faults(olt):
 def balance(olt, node, command):
     """Runs it and returns its calls of the main thread, after a look at what it left."""
     with olt.vty(node) as session:
-        before, open_before = len(olt.trace()), olt.fds()
+        before, open_before = len(olt.trace()), olt.settled_fds()
         session.run(command)
         calls = [call for call in olt.trace()[before:] if call.thread == "main"]
-        assert set(olt.fds().values()) == set(open_before.values())
-        assert len(olt.fds()) == len(open_before)
+        olt.wait_no_more_fds(open_before)
     for semaphore in ("board", "alarm"):  # a monitor may have it for a moment
         wait_until(lambda: olt.sem_value(semaphore) == 1, f"the {semaphore} semaphore is free")
     assert len(of(calls, "raise")) == len(of(calls, "lower"))

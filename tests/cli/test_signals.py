@@ -70,12 +70,12 @@ def test_hangup_with_a_missing_or_broken_file_leaves_the_daemon_running(fresh_ol
 
 def test_many_hangups_in_a_row_are_survived(fresh_olt):
     olt = fresh_olt
-    before = len(olt.fds())
+    before = olt.settled_fds()
     for _ in range(50):
         olt.send_signal(signal.SIGHUP)
     olt.wait_log("SIGHUP received")
     assert olt.run("show version")[1] == 0
-    wait_until(lambda: len(olt.fds()) <= before, "the files are closed")
+    olt.wait_no_more_fds(before)
 
 
 def test_user_signal_1_makes_the_log_file_anew(fresh_olt):

@@ -268,11 +268,11 @@ def test_a_session_gets_a_database_connection_and_gives_it_back(olt, way):
 
 def test_sessions_that_come_and_go_leave_no_descriptor_behind(olt):
     olt.run("show version")
-    before = wait_until(lambda: olt.fds() if len(set(olt.fds())) else None, "descriptors")
+    before = olt.settled_fds()
     for _ in range(50):
         olt.run("show version")
         Telnet(f"/proc/{olt.holder.pid}/ns/net").close()
-    wait_until(lambda: len(olt.fds()) <= len(before), "the descriptors are closed")
+    olt.wait_no_more_fds(before)
 
 
 def test_a_session_without_a_database_connection_is_reported_and_stays_usable(cold_olt):

@@ -178,7 +178,7 @@ def test_what_a_slow_tool_has_printed_is_shown_while_it_works(olt, command, path
 
 
 def test_a_session_that_leaves_while_its_tool_works_leaves_nothing_behind(olt):
-    before = len(olt.fds())
+    before = olt.settled_fds()
     go = olt.state / "log" / "go"
     with tool(olt, NETSTAT, "touch /var/log/begun", "until [ -e /var/log/go ]; do sleep 0.01; done", "echo rest"):
         with olt.vty() as session:
@@ -187,7 +187,7 @@ def test_a_session_that_leaves_while_its_tool_works_leaves_nothing_behind(olt):
         go.touch()
         wait_until(lambda: answers(olt), "the daemon answers")
         go.unlink()
-    wait_until(lambda: len(olt.fds()) == before, "its descriptors are closed")
+    olt.wait_no_more_fds(before)
 
 
 def test_a_filter_works_on_the_lines_of_a_tool(olt):

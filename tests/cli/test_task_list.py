@@ -185,9 +185,9 @@ def test_a_command_line_that_cannot_be_read_by_the_daemon_ends_the_list(olt):
 
 
 def test_a_list_leaves_no_descriptor_open(olt, faults):
-    before = len(olt.fds())
+    before = olt.settled_fds()
     for fault in ((), ("opendir nth=2 ret=-1 errno=2 thread=main",), ("open nth=1 ret=-1 errno=2 thread=main",)):
         faults(*fault)
         assert olt.run("show task")[1] == 0
-    wait_until(lambda: len(olt.fds()) == before, "its descriptors are closed")
+    olt.wait_no_more_fds(before)
     assert not of(olt.trace()[-200:], "raise|seteuid")

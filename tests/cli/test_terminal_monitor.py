@@ -121,11 +121,11 @@ def test_every_monitor_sees_an_alarm(olt, monitor_of):
 
 
 def test_control_c_ends_the_monitor_and_the_daemon_lets_go_of_it(olt, monitor_of):
-    before = sorted(olt.fds())
+    before = olt.settled_fds()
     monitor = monitor_of(olt)
     monitor.process.send_signal(signal.SIGINT)
     assert monitor.end() == (-signal.SIGINT, "")
-    wait_until(lambda: sorted(olt.fds()) == before, "the daemon has its descriptors of before")
+    olt.wait_no_more_fds(before)
     file_alarm(olt, "after")
 
 
@@ -179,11 +179,11 @@ def test_monitor_runs_no_commands(olt):
 
 
 def test_descriptor_of_a_command_of_a_script_is_closed(olt):
-    before = sorted(olt.fds())
+    before = olt.settled_fds()
     done = subprocess.run([DIAGSH, "-s", str(olt.state), "-n", "enable", "-c", "terminal monitor"],
                           capture_output=True, timeout=DEADLINE_S)
     assert (done.returncode, done.stdout, done.stderr) == (0, b"", b"")
-    wait_until(lambda: sorted(olt.fds()) == before, "the daemon has its descriptors of before")
+    olt.wait_no_more_fds(before)
 
 
 def test_session_over_telnet_is_told_that_it_cannot(olt):
