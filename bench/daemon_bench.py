@@ -4,6 +4,7 @@
 
 Exit status 1 when the listing reaches less than 80 percent of the lines a second of a handler that prints
 constant lines, or a pass takes more than 2 ms of CPU."""
+import statistics
 import subprocess
 import sys
 import time
@@ -15,10 +16,10 @@ from alarm_store import AlarmStore, CAPACITY, Record
 from olt import wait_until
 from vty import Vty
 
-ROUNDS = 15
+ROUNDS = 30
 LEAST_SHARE = 0.8
 LONGEST_PASS_MS = 2.0
-PASSES = 5
+PASSES = 7
 PERIOD_S = 3
 KINDS = ("gpon", "xgpon")
 # The optical alarms of a port with thresholds that no module reaches.
@@ -27,14 +28,12 @@ ALARMS = {"pon-txpower-high": "90 80", "pon-txpower-low": "-90 -80", "pon-txbias
           "pon-temp-high": "900 800", "pon-temp-low": "-900 -800"}
 
 
-def best_s(session, command, lines):
-    times = []
-    for _ in range(ROUNDS):
-        begin = time.perf_counter()
-        text, rc = session.run(command)
-        times.append(time.perf_counter() - begin)
-        assert rc == 0 and text.count("\n") >= lines, (rc, text[:200])
-    return min(times)
+def seconds(session, command, lines):
+    begin = time.perf_counter()
+    text, rc = session.run(command)
+    took = time.perf_counter() - begin
+    assert rc == 0 and text.count("\n") >= lines, (rc, text[:200])
+    return took
 
 
 def listing(olt):
@@ -46,8 +45,10 @@ def listing(olt):
     try:
         wait_until(lambda: Path(path).exists(), "the floor's vty")
         with Vty(path, "view") as bare, olt.vty() as session:
-            floor_s = best_s(bare, "show floor", CAPACITY)
-            ours_s = best_s(session, "show alarm-log", CAPACITY)
+            # In turns, for a processor that changes its pace.
+            turns = [(seconds(bare, "show floor", CAPACITY), seconds(session, "show alarm-log", CAPACITY))
+                     for _ in range(ROUNDS)]
+            floor_s, ours_s = map(min, zip(*turns))
     finally:
         floor.kill()
         floor.wait()
@@ -80,19 +81,23 @@ def bus_ms(olt):
 
 
 def pass_ms(olt):
-    """CPU of one pass in all, and of its calls of the bus."""
+    """CPU of one pass in all, and without its calls of the bus: the median, for one that finds a cold processor takes
+    twice as much, and now and then a period has no pass."""
     time.sleep(PERIOD_S)  # for what the commands left to do
-    before, bus_before = cpu_ms(olt), bus_ms(olt)
-    time.sleep(PASSES * PERIOD_S)
-    return (cpu_ms(olt) - before) / PASSES, (bus_ms(olt) - bus_before) / PASSES
+    whole, own = [], []
+    for _ in range(PASSES):
+        before, bus_before = cpu_ms(olt), bus_ms(olt)
+        time.sleep(PERIOD_S)
+        whole.append(cpu_ms(olt) - before)
+        own.append(whole[-1] - (bus_ms(olt) - bus_before))
+    return statistics.median(whole), statistics.median(own)
 
 
 def monitor(olt):
     is_good = True
     for per_port in (0, 1, 8):
         switch(olt, per_port)
-        ms, of_bus_ms = pass_ms(olt)
-        own_ms = ms - of_bus_ms
+        ms, own_ms = pass_ms(olt)
         print(f"threshold pass, {per_port * len(PORTS) * len(KINDS):3} alarms  CPU {ms:6.3f} ms, without the bus "
               f"{own_ms:6.3f} ms (at most {LONGEST_PASS_MS})")
         is_good &= own_ms <= LONGEST_PASS_MS
