@@ -99,8 +99,8 @@ class Olt:
         variables = {"OLT_PRELOAD": ":".join(libraries)}
         variables["ASAN_OPTIONS"] = ASAN_OPTIONS
         variables["UBSAN_OPTIONS"] = "print_stacktrace=1"
-        # Its search for deadlocks gives up on sysrepo's many locks in shared memory.
-        variables["TSAN_OPTIONS"] = f"detect_deadlocks=0:suppressions={PROJECT}/tests/unit/database/tsan.supp"
+        # The search for deadlocks gives up on sysrepo's many locks in shared memory.
+        variables["TSAN_OPTIONS"] = f"detect_deadlocks=0:suppressions={PROJECT}/tests/tsan.supp"
         if trace:
             self.trace_path.unlink(missing_ok=True)
             variables["TQ_TRACE"] = "/var/log/trace"
