@@ -40,7 +40,7 @@ class Footprint:
         return files if files == self.olt.fds() else None
 
     def board_free(self):
-        self.olt.wait_board_free()
+        self.olt.wait_free("board")
 
     def check(self):
         assert self.olt.daemon.poll() is None and self.olt.daemon_pid() == self.pid, "the daemon has ended"

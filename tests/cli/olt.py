@@ -308,9 +308,9 @@ class Olt:
         """Value of the semaphore of the board or the alarm store: 1 is free, 0 held."""
         return self._semctl(name, 12)  # GETVAL
 
-    def wait_board_free(self):
-        """Until nobody holds the board: the monitors take it, too, each for a moment."""
-        wait_until(lambda: self.sem_value("board") == 1, "the board is given back")
+    def wait_free(self, name):
+        """Until nobody holds that semaphore: the monitors take it, too, each for a moment."""
+        wait_until(lambda: self.sem_value(name) == 1, f"the {name} semaphore is given back")
 
     def sem_waiters(self, name):
         """How many wait for that semaphore."""

@@ -55,7 +55,7 @@ def test_several_writers_at_once_lose_nothing_and_mix_nothing(olt, store, peer):
     for prefix, count in numbers.items():
         assert [text for text in messages if text[0] == prefix] == [f"{prefix}-{n}" for n in range(count)]
     assert sorted(store.messages()) == sorted(messages)
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
 
 
 def test_listing_while_others_write_shows_complete_records_in_order(olt, store, peer):
@@ -73,7 +73,7 @@ def test_clearing_while_others_write_leaves_a_sound_chain(olt, store, peer):
             shown(olt, "clear alarm-log")
             listed(olt)
         writer.finished()
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
     olt.run("alarm-log debug send id 77 message last")
     assert store.messages()[-1] == "last"
 
@@ -104,7 +104,7 @@ def test_two_sessions_and_two_processes_at_once_end_in_a_sound_store(olt, store,
     assert failures == []
     numbers = [int(message.split("-")[1]) for message in store.messages()]
     assert numbers == sorted(numbers)
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
 
 
 def test_a_command_waits_for_the_process_that_holds_the_semaphore(olt, store, peer):
@@ -126,7 +126,7 @@ def test_a_process_killed_while_it_holds_the_semaphore_frees_it(olt, store, peer
         assert olt.sem_value("alarm") == 0
         holder.kill()
         assert listed(olt) == ["record 0", "record 1", "record 2"]
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
 
 
 def test_writers_killed_at_any_moment_lose_nothing_that_was_filed(olt, store, peer):
@@ -146,7 +146,7 @@ def test_writers_killed_at_any_moment_lose_nothing_that_was_filed(olt, store, pe
             expected.append(messages[-1])
         assert messages == expected[-CAPACITY:]
         store.places()
-        assert olt.sem_value("alarm") == 1
+        olt.wait_free("alarm")
     olt.run("alarm-log debug send id 77 message alive")
     assert listed(olt)[-1] == "alive"
 
@@ -167,7 +167,7 @@ def test_erasers_killed_at_any_moment_leave_the_newest_records_whole(olt, store,
         whole = ["first", *(f"n-{n}" for n in range(300))]
         assert messages == whole[len(whole) - len(messages):]
         store.places()
-        assert olt.sem_value("alarm") == 1
+        olt.wait_free("alarm")
 
 
 def test_a_full_store_replaces_the_oldest_records(olt, store, peer):
@@ -235,7 +235,7 @@ def test_walks_over_a_scribbled_store_end_and_stay_inside(olt, store, wrong, com
     text = shown(olt, command)
     assert text.count("\n") <= CAPACITY + 1
     assert all(re.search(r"    record \d$", row) for row in text.splitlines() if not row.startswith("alarm log count"))
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
 
 
 @pytest.mark.parametrize("wrong", SCRIBBLES)
@@ -243,7 +243,7 @@ def test_filing_into_a_scribbled_store_ends_and_a_clear_makes_it_good(olt, store
     scribble(store, wrong)
     olt.run("alarm-log debug send id 77 message x")
     shown(olt, "clear alarm-log")
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
     store.empty()
     olt.run("alarm-log debug send id 77 message good")
     assert store.messages() == ["good"]
@@ -261,7 +261,7 @@ def test_a_store_full_of_noise_is_survived(olt, store):
         for command in [*WALKS, "clear alarm-log level notice"]:
             _, rc = olt.run(command)
             assert rc == 0
-        assert olt.sem_value("alarm") == 1
+        olt.wait_free("alarm")
 
 
 def test_a_store_deleted_under_the_daemon_is_replaced_by_the_one_that_others_use(fresh_olt):
@@ -302,7 +302,7 @@ def test_a_store_of_a_wrong_size_is_refused_with_a_reason(fresh_olt, size):
     olt.exec("truncate", "-s", str(size), "/dev/shm/tq_alarm_log", check=True)
     olt.start()
     assert olt.run("show alarm-log") == ("get share memory failed : Protocol error\n", 0)
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
 
 
 def test_records_outlive_the_daemon_however_it_ends(fresh_olt):
@@ -327,7 +327,7 @@ def test_a_daemon_killed_and_started_again_finds_what_others_filed_meanwhile(fre
             assert numbers[-1] > filed
             filed = numbers[-1]
         assert writer.running()
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("alarm")
 
 
 def test_a_daemon_killed_in_the_middle_of_a_listing_frees_the_store(fresh_olt):
@@ -340,7 +340,7 @@ def test_a_daemon_killed_in_the_middle_of_a_listing_frees_the_store(fresh_olt):
             olt.kill(signal.SIGKILL)
         olt.start()
         assert len(listed(olt)) == CAPACITY
-        assert olt.sem_value("alarm") == 1
+        olt.wait_free("alarm")
 
 
 @pytest.fixture(scope="module")
@@ -354,7 +354,7 @@ def unattached_olt(make_olt):
 @pytest.mark.parametrize("command", [*WALKS, "clear alarm-log", "clear syslog level info"])
 def test_a_store_that_cannot_be_attached_is_reported_once_and_the_semaphore_given_back(unattached_olt, command):
     assert unattached_olt.run(command) == ("get share memory failed : Permission denied\n", 0)
-    assert unattached_olt.sem_value("alarm") == 1
+    unattached_olt.wait_free("alarm")
 
 
 def test_the_store_is_attached_under_the_semaphore(unattached_olt):

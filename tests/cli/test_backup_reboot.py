@@ -6,23 +6,13 @@ import threading
 from pathlib import Path
 
 import pytest
+from traced_fixtures import no_faults, olt  # noqa: F401
 from calls import in_order, of
 from olt import OLT, wait_until
 
 BACKUP = "cp /var/log/* /media/config/var/log/laststart/ -rf"
 STOP = "killall -9 watchfrr &> /dev/null"
 VTYSH = "/usr/local/bin/vtysh"
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    yield
-    olt.faults()
 
 
 @pytest.fixture

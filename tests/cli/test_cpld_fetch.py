@@ -328,7 +328,7 @@ def test_a_daemon_that_is_killed_while_it_fetches_says_nothing_of_it(make_olt):
             session.send("cpld upgrade tftp f.jed 127.0.0.1")
             receive_until(session, "please wait...\r\n")
             own.kill(signal.SIGKILL)
-        assert own.sem_value("board") == 1
+        own.wait_free("board")
         own.start().quiet()
         assert own.run("show alarm-log") == ("", 0)
         assert own.run("fan speed high", "diagnose") == ("", 0)

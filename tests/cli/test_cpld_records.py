@@ -3,6 +3,7 @@
 import pytest
 from calls import in_order, of
 from cpld import PON, SFP, bracket, record, run, steps
+from traced_fixtures import no_faults  # noqa: F401
 
 
 @pytest.fixture(scope="module")
@@ -21,12 +22,6 @@ def olt(make_olt):
     board.boardctl("reg", "set", 12, 0)
     board.faults()
     return board.start(trace=True)
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    yield
-    olt.faults()
 
 
 def start_calls(olt):
@@ -108,4 +103,4 @@ def test_a_start_without_cpld_is_a_start(cold_olt):
     begin = words.index("raise cpld_system_led_on") - 1
     assert words[begin:] == ["take", "raise cpld_system_led_on", "open", "give", "lower", "raise cpld_init", "open", "lower"]
     assert cold_olt.run("show sys power")[1] == 1
-    cold_olt.wait_board_free()
+    cold_olt.wait_free("board")

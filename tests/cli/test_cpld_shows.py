@@ -5,6 +5,7 @@ import json
 import pytest
 from calls import of
 from cpld import bracket, run
+from traced_fixtures import no_faults  # noqa: F401
 
 REGISTERS = [("show pon led", "PON LED Status", "show_pon_led", 10), ("show pon power", "PON Power Status", "show_pon_power", 11),
              ("show pon tx", "PON TX Status", "show_pon_tx", 8), ("show sfp power", "SFP Power Status", "show_sfp_power", 12)]
@@ -14,12 +15,6 @@ REGISTERS = [("show pon led", "PON LED Status", "show_pon_led", 10), ("show pon 
 def olt(traced_olt):
     traced_olt.boardctl("reg", "plain", "on")
     return traced_olt
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    yield
-    olt.faults()
 
 
 @pytest.mark.parametrize("command, name, label, register", REGISTERS)

@@ -51,7 +51,7 @@ def olt(traced_olt):
 def no_faults(olt):
     yield
     olt.faults()
-    assert olt.sem_value("board") == 1
+    olt.wait_free("board")
 
 
 @pytest.mark.parametrize("command, label, register, value", SINGLE)

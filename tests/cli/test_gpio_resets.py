@@ -7,22 +7,12 @@ import pytest
 from calls import of
 from monitors import calls_of
 from olt import wait_until
+from traced_fixtures import no_faults, olt  # noqa: F401
 
 DEVICE = "/dev/tq_gpio_cfg"
 O_RDWR = 2
 NO_SLEEP = "nanosleep ret=0"
 SAID = "Restarting system by gpio...\r\n"
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    yield
-    olt.faults()
 
 
 class Run:

@@ -131,7 +131,7 @@ def test_over_an_hour_of_mixed_load_the_board_is_taken_and_given_in_pairs_and_ne
             time.sleep(0.25)  # the rhythm in which the board changes
     took = time.monotonic() - begin
     assert olt.stop() == 0
-    assert olt.sem_value("board") == 1
+    olt.wait_free("board")
     print(f"{done} in {took:.0f} s, of an hour's {HOUR}; rounds of the operators {rounds}")
     assert min(rounds) >= 3, rounds
     takes = check_discipline(read_trace(olt.trace_path, only=f" (semaphore_.|{'|'.join(PAUSES)}) "))
@@ -197,7 +197,7 @@ def test_a_process_killed_with_the_board_leaves_the_daemon_running(cold_olt, cha
         is_alive(olt)
     wait_until(lambda: olt.sem_value("board") == 1, "the board is free")
     assert olt.stop() == 0
-    assert olt.sem_value("board") == 1
+    olt.wait_free("board")
 
 
 @pytest.mark.slow
@@ -220,7 +220,7 @@ def test_the_daemon_killed_at_any_point_leaves_the_board_to_the_others(cold_olt,
     peer.stdin.close()
     assert peer.wait(DEADLINE_S) == 0
     peer.stdout.close()
-    assert olt.sem_value("board") == 1
+    olt.wait_free("board")
 
 
 def rounds_of(peer):
@@ -353,7 +353,7 @@ def test_the_end_comes_within_a_second_of_the_command_that_runs_and_leaves_the_f
     took = watch.spent_s()
     print(f"the end came {took * 1000:.0f} ms after the command")
     assert took < 1
-    assert olt.sem_value("board") == 1
+    olt.wait_free("board")
     assert (olt.boardctl("reg", "get", 4), olt.boardctl("reg", "get", 5)) == ("0x01\n", "0x02\n")
 
 
@@ -366,7 +366,7 @@ def test_the_daemon_ends_well_while_its_monitors_are_at_work(cold_olt):
         with load(olt):
             wait_until(lambda: of(calls_of(olt, "fan_monitor"), "misc_i2c_read"), "the fan monitor passes")
         assert olt.stop() == 0
-        assert olt.sem_value("board") == 1
+        olt.wait_free("board")
 
 
 # --- privileges

@@ -4,6 +4,7 @@ import pytest
 from calls import of
 from olt import PROJECT, wait_until
 from register_commands import board_semaphore_calls, install_row, installed_rows, run
+from traced_fixtures import no_faults  # noqa: F401
 
 COMMANDS = [
     install_row("debug_i2c_read", "i2c (0-3) read SLAVE_ADDR_HEX REG_ADDR_HEX [LENGTH_DEC]", "Misc I2C command", "I2C bus.",
@@ -25,12 +26,6 @@ def olt(traced_olt):
     for k in range(64):
         traced_olt.boardctl("reg", "set", FIRST + k, value(k))
     return traced_olt
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    yield
-    olt.faults()
 
 
 def shown(values):

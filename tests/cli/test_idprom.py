@@ -99,7 +99,7 @@ def as_found(olt):
     for kind, ports in (("gpon", (1, 2, 8)), ("ge", (1, 4))):
         for port in ports:
             olt.boardctl("unplug", kind, port)
-    olt.wait_board_free()
+    olt.wait_free("board")
 
 
 def command(kind, port, block=None):

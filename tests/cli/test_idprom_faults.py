@@ -29,7 +29,7 @@ def session(olt):
         yield session
     ask_board(olt, "fault", "clear")
     olt.boardctl("unplug", "gpon", 1)
-    olt.wait_board_free()
+    olt.wait_free("board")
 
 
 def without(pages, address, register):

@@ -3,6 +3,7 @@
 import pytest
 from calls import of
 from olt import wait_until
+from traced_fixtures import no_faults, olt  # noqa: F401
 
 COMMANDS = [
     ("config", "show alarm-log"),
@@ -39,17 +40,6 @@ COMMANDS = [
     ("config", "reload"),
 ]
 PAUSES = "sleep|usleep|nanosleep"
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    yield
-    olt.faults()
 
 
 def balance(olt, node, command):

@@ -65,7 +65,7 @@ def as_found(olt):
     for kind, ports in (("gpon", 8), ("ge", 4)):
         for port in range(1, ports + 1):
             olt.boardctl("unplug", kind, port)
-    olt.wait_board_free()
+    olt.wait_free("board")
 
 
 # --- in an interface's node

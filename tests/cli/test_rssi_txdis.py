@@ -24,7 +24,7 @@ def as_found(olt):
     ask_board(olt, "fault", "clear")
     for port in (1, 8):
         olt.boardctl("unplug", "gpon", port)
-    olt.wait_board_free()
+    olt.wait_free("board")
 
 
 def plug_with(olt, control, port=1):

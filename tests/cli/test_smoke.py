@@ -59,8 +59,8 @@ def test_daemon_runs_as_root_only_where_it_must(olt):
 
 
 def test_both_semaphores_are_free_when_nothing_runs(olt):
-    olt.wait_board_free()
-    assert olt.sem_value("alarm") == 1
+    olt.wait_free("board")
+    olt.wait_free("alarm")
 
 
 def test_start_and_stop_leave_no_sanitizer_report_and_status_0(cold_olt):

@@ -122,7 +122,7 @@ def test_an_empty_cage_is_tried_for_each_of_its_alarms_and_changes_nothing(olt, 
     calls = a_pass(olt)
     assert on_board(calls) == [("misc_cpld_i2c_open", None), ("misc_cpld_i2c_read_byte", "11")] * 8
     assert reported(olt) == []
-    olt.wait_board_free()
+    olt.wait_free("board")
 
 
 def test_a_read_that_fails_is_tried_again_at_the_next_alarm(olt, cages):

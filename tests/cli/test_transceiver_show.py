@@ -80,7 +80,7 @@ def empty_cages(olt):
     for kind, ports in (("gpon", 8), ("ge", 4)):
         for port in range(1, ports + 1):
             olt.boardctl("unplug", kind, port)
-    olt.wait_board_free()
+    olt.wait_free("board")
 
 
 def test_an_empty_board_shows_no_values(olt):
@@ -322,7 +322,7 @@ def test_a_cpld_that_does_not_open_ends_the_displays(make_olt):
     assert olt.run("show transceiver") == (LEGEND, SUCCESS)
     assert olt.run("show transceiver detail") == (LEGEND, SUCCESS)
     assert show_json(olt) == {}
-    olt.wait_board_free()
+    olt.wait_free("board")
     olt.faults()
     assert single("GPON 0/1", *VALUES) in olt.run("show transceiver")[0]
 
@@ -334,7 +334,7 @@ def test_a_channel_that_cannot_be_selected_is_an_absent_module(make_olt):
     plug(olt, "gpon", 1, *path())
     olt.faults("misc_cpld_channel_select ret=-1 errno=5 thread=main")
     assert olt.run("show transceiver") == (shown({}), SUCCESS)
-    olt.wait_board_free()
+    olt.wait_free("board")
 
 
 @pytest.mark.parametrize("command", ["show transceiver", "show transceiver json", "show idprom interface gpon 0/1",
