@@ -5,6 +5,7 @@ import ctypes
 import itertools
 import json
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -290,13 +291,23 @@ class Olt:
         wait_until(lambda: len(self.fds()) <= len(before), "the daemon has no more descriptors than before")
 
     def threads(self):
-        names = []
+        """Names of the daemon's threads; the main thread's is "diagd"."""
+        return sorted(name for name, _ in self._thread_users())
+
+    def root_threads(self):
+        """Names of those threads whose effective user is root now: the ones that have raised their privileges."""
+        return sorted(name for name, user in self._thread_users() if user == 0)
+
+    def _thread_users(self):
+        found = []
         for task in Path(f"/proc/{self.pid}/task").iterdir():
             try:
-                names.append(Path(task, "comm").read_text().strip())
+                status = Path(task, "status").read_text()
             except (FileNotFoundError, ProcessLookupError):  # it has just ended
-                pass
-        return sorted(names)
+                continue
+            name, users = (re.search(rf"^{key}:\t(.*)$", status, re.M)[1] for key in ("Name", "Uid"))
+            found.append((name, int(users.split()[1])))
+        return found
 
     def quiet(self):
         """Switches off the monitors that file records of their own accord, for tests that count records."""

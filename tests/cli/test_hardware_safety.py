@@ -371,33 +371,25 @@ def test_the_daemon_ends_well_while_its_monitors_are_at_work(cold_olt):
 
 # --- privileges
 
-def user_ids(olt):
-    """Real and effective user of the daemon's main thread."""
-    line = next(line for line in Path(f"/proc/{olt.pid}/task/{olt.pid}/status").read_text().splitlines()
-                if line.startswith("Uid:"))
-    return tuple(map(int, line.split()[1:3]))
-
-
 def test_the_daemon_is_root_around_the_open_of_the_cpld_only(cold_olt):
     olt = cold_olt
     olt.faults()
     olt.start(trace=True)
-    daemon = 1  # the user of that name
-    assert user_ids(olt)[1] == daemon
+    assert olt.root_threads() == []
     olt.faults("misc_cpld_i2c_open thread=main delay_ms=1000")
     with olt.vty("diagnose") as session:
         session.send("show logic version")
-        wait_until(lambda: user_ids(olt)[1] == 0, "the daemon is root while it opens the CPLD")
+        wait_until(lambda: olt.root_threads() == ["diagd"], "the main thread is root while it opens the CPLD")
         assert session.receive()[1] == 0
-        assert user_ids(olt)[1] == daemon
+        assert olt.root_threads() == []
     olt.faults("misc_cpld_i2c_read_byte thread=main delay_ms=1000", "misc_cpld_i2c_logic_version_get thread=main delay_ms=1000")
     with olt.vty("diagnose") as session:
         before = len(olt.trace())
         session.send("show pon tx")
         wait_until(lambda: of(calls_of(olt, "main", before), "lower"), "the CPLD is open")
-        assert user_ids(olt)[1] == daemon, "reading it needs no more than the handle"
+        assert olt.root_threads() == [], "reading it needs no more than the handle"
         assert session.receive()[1] == 0
-    assert user_ids(olt)[1] == daemon
+    assert olt.root_threads() == []
 
 
 # A program that says as whom it runs, and waits until it may go on.
@@ -410,17 +402,17 @@ until [ -e /media/go ]; do sleep 0.05; done
 @pytest.mark.parametrize("program, raised", [("vtysh", False), ("cp", True)])
 def test_a_shell_line_runs_as_root_whether_or_not_the_daemon_raises_itself_for_it(cold_olt, program, raised):
     """Of the long press: the line that saves the configuration, and the backup."""
-    olt, daemon = cold_olt, 1
+    olt = cold_olt
     olt.faults("nanosleep thread=reset_monitor ret=0 delay_ms=10")
     path = f"/usr/local/bin/{program}"
     olt.exec("sh", "-c", f"rm -f {path} && cat >{path} && chmod +x {path}", input=SAY_AND_WAIT, check=True)
     olt.start(trace=True)
-    assert user_ids(olt) == (0, daemon)
+    assert olt.root_threads() == []
     olt.boardctl("button", "press")
     ids = olt.state / "flash" / "ids"
     wait_until(ids.exists, f"{program} runs", 20)
     assert ids.read_text() == "0 0\n"
-    assert user_ids(olt) == (0, 0 if raised else daemon)
+    assert olt.root_threads() == (["reset_monitor"] if raised else [])
     olt.exec("touch", "/media/go", check=True)
     wait_until(lambda: "reset_monitor" not in olt.threads(), "the long press is done", 20)
-    assert user_ids(olt) == (0, daemon)
+    assert olt.root_threads() == []
