@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// bus_floor LIST [THREADS]: makes the steps of a list on the board, one after another, and does nothing else.
-// For each line on standard input, a number of rounds, it answers with the CPU they took, in nanoseconds, of
-// all threads.  THREADS, which sleep, make it a process like the one it stands for: raising privileges is for
-// all threads of a process and costs by their number.
+// bus_floor LIST: makes the steps of a list on the board, one after another, and does nothing else. For each
+// line on standard input, a number of rounds, it answers with the CPU they took, in nanoseconds.
 //
 // A line of the list is one step: "open BUS", "cpld REGISTER", "select CHANNEL", "read ADDRESS REGISTER
-// LENGTH", "write ADDRESS REGISTER VALUE", "end", "close"; "take" and "give" a semaphore, "raise" and "lower"
-// privileges. Numbers are decimal.
+// LENGTH", "write ADDRESS REGISTER VALUE", "end", "close". Numbers are decimal.
 #include "util_cpld.h"
 #include "util_i2c.h"
-
-#include <sys/ipc.h>
-#include <sys/sem.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdint>
@@ -22,15 +15,11 @@
 #include <iostream>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
 
-enum class Op { open, cpld, select, read, write, end, close, take, give, raise, lower };
-
-constexpr uid_t user_daemon = 1;
-int semaphore = -1;
+enum class Op { open, cpld, select, read, write, end, close };
 
 struct Step {
     Op op;
@@ -39,8 +28,7 @@ struct Step {
 
 std::vector<Step> read_list(const char *path)
 {
-    constexpr std::array names{"open",  "cpld", "select", "read",  "write", "end",
-                               "close", "take", "give",   "raise", "lower"};
+    constexpr std::array names{"open", "cpld", "select", "read", "write", "end", "close"};
     std::vector<Step> list;
     std::ifstream file{path};
     for (std::string line; std::getline(file, line);) {
@@ -69,12 +57,6 @@ void must(int result, const char *what)
         return;
     std::perror(what);
     std::exit(2);
-}
-
-void change_semaphore(short by)
-{
-    sembuf change{0, by, SEM_UNDO};
-    must(semop(semaphore, &change, 1), "semaphore");
 }
 
 // Reads of a path that a module does not have fail, as they do in the daemon.
@@ -107,18 +89,6 @@ void run(const std::vector<Step> &list)
         case Op::close:
             misc_cpld_i2c_close(handle);
             break;
-        case Op::take:
-            change_semaphore(-1);
-            break;
-        case Op::give:
-            change_semaphore(1);
-            break;
-        case Op::raise:
-            must(seteuid(0), "raise");
-            break;
-        case Op::lower:
-            must(seteuid(user_daemon), "lower");
-            break;
         }
     }
 }
@@ -134,28 +104,15 @@ std::int64_t cpu_ns()
 
 int main(int argc, char **argv)
 {
-    if (argc < 2 || argc > 3) {
-        std::cerr << "bus_floor LIST [THREADS]\n";
+    if (argc != 2) {
+        std::cerr << "bus_floor LIST\n";
         return 2;
     }
     const std::vector<Step> list = read_list(argv[1]);
-    must(semaphore = semget(IPC_PRIVATE, 1, IPC_CREAT | 0666), "semaphore");
-    must(semctl(semaphore, 0, SETVAL, 1), "semaphore");
-    for (int threads = argc == 3 ? std::atoi(argv[2]) : 0; threads > 0; --threads)
-        std::thread{[] {
-            for (;;)
-                pause();
-        }}.detach();
-    must(seteuid(user_daemon), "lower");
-
     for (int rounds = 0; std::cin >> rounds;) {
         const std::int64_t begin = cpu_ns();
         while (rounds-- > 0)
             run(list);
         std::cout << cpu_ns() - begin << std::endl;
     }
-    must(seteuid(0), "raise");
-    semctl(semaphore, 0, IPC_RMID);
-    std::cout.flush();
-    _exit(0); // the threads sleep on
 }

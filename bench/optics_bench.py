@@ -1,10 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The displays of all modules on a board without an empty socket: the daemon's processor time beside that of a plain
-loop that makes the same transactions, and of one that takes the board as often, too (semaphore, privileges).  Raising
-and lowering privileges is for all threads of a process: it costs by their number, which the second loop has, too.
+loop that makes the same transactions.
 
-Exit status 1 when a display takes more than 60 microseconds a module beyond the second loop."""
+Exit status 1 when a display takes more than 60 microseconds a module beyond the loop."""
 import shutil
 import subprocess
 import sys
@@ -17,7 +16,7 @@ sys.dont_write_bytecode = True
 from olt import BOX, BUILD, OLT, Olt  # noqa: E402
 
 MOST_US = 60
-ROUNDS = 50  # of each display and of its loops in turn; the quickest counts
+ROUNDS = 50  # of each display and of its loop in turn; the quickest counts
 REPEATS = 4  # of the display in a round
 DISPLAYS = [("show transceiver", "config"), ("show transceiver json", "config"), ("show optical transceiver", "diagnose")]
 MODULES = {("gpon", port): "combo-1490-1577" for port in range(1, 9)}
@@ -31,16 +30,13 @@ TRANSACTIONS = {
     "misc_cpld_channel_select_end": ("end",),
     "misc_cpld_i2c_close": ("close",),
 }
-BRACKET = {"semaphore_p": ("take",), "semaphore_v": ("give",), "raise": ("raise",), "lower": ("lower",)}
 
 
 def step(call):
-    """A call as a line for the loop; None when it is none of the board."""
-    word, *arguments = (TRANSACTIONS | BRACKET).get(call.op, (None,))
-    if call.thread != "main" or (call.op.startswith("semaphore") and call.values["id"] != "board"):
-        return None
+    """A transaction as a line for the loop."""
+    word, *arguments = TRANSACTIONS[call.op]
     numbers = (int(call.values[name], 16 if name == "data" else 0) for name in arguments)
-    return word and " ".join([word, *map(str, numbers)])
+    return " ".join([word, *map(str, numbers)])
 
 
 def steps(olt):
@@ -51,17 +47,18 @@ def steps(olt):
         with olt.vty(node) as session:
             before = len(olt.trace())
             assert session.run(command)[1] == 0
-            found.append([line for line in map(step, olt.trace()[before:]) if line])
+            calls = olt.trace()[before:]
+            found.append([step(call) for call in calls if call.thread == "main" and call.op in TRANSACTIONS])
     olt.stop()
     return found
 
 
 class Floor:
-    """A loop in the box of the board, with as many threads as the daemon."""
+    """A loop in the box of the board."""
 
-    def __init__(self, olt, name, steps):
-        (olt.state / "log" / name).write_text("\n".join(steps) + "\n")
-        program = ["/run/olt/build/bin/bus_floor", f"/var/log/{name}", len(olt.threads()) - 1]
+    def __init__(self, olt, steps):
+        (olt.state / "log" / "steps").write_text("\n".join(steps) + "\n")
+        program = ["/run/olt/build/bin/bus_floor", "/var/log/steps"]
         self.process = subprocess.Popen(olt.inside(*program), text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
 
     def us(self, repeats):
@@ -91,18 +88,15 @@ def display_us(olt, session, command):
 
 
 def compare(olt, command, node, steps):
-    transactions = [line for line in steps if (line,) not in BRACKET.values()]
-    with Floor(olt, "bus", transactions) as bus, Floor(olt, "board", steps) as board, olt.vty(node) as session:
+    with Floor(olt, steps) as floor, olt.vty(node) as session:
         def round_us():
-            return bus.us(REPEATS), board.us(REPEATS), display_us(olt, session, command)
+            return floor.us(REPEATS), display_us(olt, session, command)
 
         round_us()  # everything is warm from here on
-        bus_us, board_us, ours_us = (min(times) for times in zip(*(round_us() for _ in range(ROUNDS))))
-    beyond_bus_us, beyond_us = ((ours_us - floor_us) / len(MODULES) for floor_us in (bus_us, board_us))
-    print(f"{command:<24}  {len(transactions)} transactions: loop {bus_us:.0f} us, with brackets {board_us:.0f} us, here "
-          f"{ours_us:.0f} us")
-    print(f"{'':<24}  ratio {ours_us / bus_us:.2f}, {beyond_bus_us:.1f} us a module beyond the loop; with brackets "
-          f"{ours_us / board_us:.2f}, {beyond_us:.1f} us (at most {MOST_US})")
+        floor_us, ours_us = (min(times) for times in zip(*(round_us() for _ in range(ROUNDS))))
+    beyond_us = (ours_us - floor_us) / len(MODULES)
+    print(f"{command:<24}  {len(steps)} transactions: loop {floor_us:.0f} us, here {ours_us:.0f} us, ratio "
+          f"{ours_us / floor_us:.2f}; {beyond_us:.1f} us a module beyond the loop (at most {MOST_US})")
     return beyond_us <= MOST_US
 
 
