@@ -5,6 +5,7 @@
 
 #include <memory>
 
+#include "bus_linux.hpp"
 #include "bus_sim.hpp"
 
 namespace board {
@@ -15,8 +16,10 @@ std::unique_ptr<Bus> make_bus()
 {
     std::string error;
     const Board *board = this_board(error);
-    if (board == nullptr || board->transport != Transport::sim)
+    if (board == nullptr)
         return nullptr;
+    if (board->transport == Transport::linux_devices)
+        return std::make_unique<LinuxBus>(board->cpld, board->multiplexer);
     return std::make_unique<SimBus>(sim_folder(*board));
 }
 
