@@ -2,11 +2,10 @@
 // Shell lines of the CPLD's upgrade; the failure policy stands in shell_runner.hpp.
 #include "shell_runner.hpp"
 
-#include "child_signals.hpp"
+#include "child_programs.hpp"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 int diagd::run_dropping_output(const std::string &line) noexcept
@@ -32,8 +31,6 @@ int diagd::run_dropping_output(const std::string &line) noexcept
 
 void diagd::run_to_its_end(const std::string &line) noexcept
 {
-    const ChildSignals signals;
-    keep_descriptors();
-    if (std::system(line.c_str()) == -1)
+    if (run_shell_line(line.c_str()) == -1)
         std::perror("system");
 }

@@ -5,7 +5,7 @@
 // the reboot goes ahead.
 #include "alarm_record.hpp"
 #include "button_policy.hpp"
-#include "child_signals.hpp"
+#include "child_programs.hpp"
 #include "privileges.hpp"
 #include "reset_clients.hpp"
 #include "unique_fd.hpp"
@@ -94,9 +94,7 @@ bool button_is_pressed() noexcept
 
 void save_configurations() noexcept
 {
-    const diagd::ChildSignals signals;
-    diagd::keep_descriptors();
-    const int status = std::system(save_configuration);
+    const int status = diagd::run_shell_line(save_configuration);
     if (status != -1 && WIFSIGNALED(status) && (WTERMSIG(status) == SIGINT || WTERMSIG(status) == SIGQUIT))
         std::printf("system: exit status of the child WTERMSIG[%d]\n", WTERMSIG(status));
 }

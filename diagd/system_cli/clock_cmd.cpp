@@ -4,7 +4,7 @@
 // the difference is stored and the time shown whatever they did.
 #include "system_commands.hpp"
 
-#include "child_signals.hpp"
+#include "child_programs.hpp"
 #include "clock_parser.hpp"
 #include "json_owner.hpp"
 #include "running_time.hpp"
@@ -19,6 +19,7 @@ using diagd::line_end;
 
 static std::tm local_time(std::time_t time) noexcept
 {
+    tzset(); // another zone counts from when the system has it
     std::tm local{};
     localtime_r(&time, &local);
     return local;
@@ -34,13 +35,6 @@ static std::string running_time() noexcept
     diagd::RunningTime time;
     system_running_time_get(&time);
     return diagd::running_time_text(time);
-}
-
-static void run_line(const char *line) noexcept
-{
-    diagd::keep_descriptors();
-    if (const int status = std::system(line); status != 0)
-        zlog_warn("'%s' failed (status %d)", line, status);
 }
 
 DEFUN(config_time, config_time_cmd,
@@ -69,8 +63,8 @@ DEFUN(config_time, config_time_cmd,
     });
 
     const std::time_t before = std::time(nullptr);
-    run_line(diagd::set_clock_line(asked).c_str());
-    run_line("hwclock -w"); // the hardware clock is where the time comes from after a restart
+    diagd::run_shell_line(diagd::set_clock_line(asked).c_str());
+    diagd::run_shell_line("hwclock -w"); // the hardware clock is where the time comes from after a restart
     const std::time_t after = std::time(nullptr);
 
     // The time service learns from it how far its own times are off now.

@@ -34,6 +34,7 @@ int raise_alarm(tq_database_t *db, const tq_alarm_req_t *request, const char *me
     clock_gettime(CLOCK_REALTIME, &now);
     tq::Alarm alarm{
         request->alarm_id, settings.level, {}, message, static_cast<int>(now.tv_nsec / 1000), *request, db};
+    tzset(); // localtime_r alone keeps to the zone that it found first
     localtime_r(&now.tv_sec, &alarm.time);
 
     int result = TQ_OK;

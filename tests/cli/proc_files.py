@@ -10,7 +10,7 @@ IDLE_FIELD = 3  # behind user, nice and system
 def bound(olt, path, content, mode=0o644):
     """While it lasts, the daemon finds this content at the path.  Gives the file."""
     file = olt.state / "log" / path.strip("/").replace("/", "-")
-    file.write_text(content)
+    file.write_bytes(content.encode() if isinstance(content, str) else content)
     file.chmod(mode)
     olt.exec("mount", "--bind", f"/var/log/{file.name}", path, check=True)
     try:

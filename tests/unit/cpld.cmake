@@ -8,7 +8,8 @@ target_include_directories(shell_word_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/cor
 diagd_unit_test(image_lines_test image_lines_test.cpp)
 target_include_directories(image_lines_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${cpld_dir})
 
-diagd_unit_test(shell_runner_test shell_runner_test.cpp ${cpld_dir}/shell_runner.cpp)
+diagd_unit_test(shell_runner_test shell_runner_test.cpp ${cpld_dir}/shell_runner.cpp
+                ${CMAKE_SOURCE_DIR}/diagd/core/child_programs.cpp)
 target_include_directories(shell_runner_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${cpld_dir})
 
 diagd_unit_test(image_fetch_test image_fetch_test.cpp ${cpld_dir}/image_fetch.cpp LIBS platform_headers deps::frr

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Shell lines of the CPLD's upgrade.
+#include "child_programs.hpp"
 #include "shell_runner.hpp"
 #include "temporary_folder.hpp"
 
@@ -16,8 +17,10 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 
 using diagd::run_dropping_output;
+using diagd::run_shell_line;
 using diagd::run_to_its_end;
 
 namespace {
@@ -93,6 +96,26 @@ TEST(ShellRunner, handling_of_child_signals_is_default_meanwhile_and_restored)
     EXPECT_EQ(run_dropping_output("true"), 0);
     run_to_its_end("false");
     EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), ignore_children);
+}
+
+TEST(ShellRunner, handling_is_restored_by_the_last_of_several_threads)
+{
+    const TemporaryFolder folder;
+    std::signal(SIGCHLD, SIG_IGN);
+    const std::string line =
+        "cd " + folder.path() + "; touch begun; until [ -e go ]; do sleep 0.01; done; exit 7";
+    int status = -1;
+    std::thread other{[&] { status = run_shell_line(line.c_str()); }};
+    while (!std::filesystem::exists(folder.file("begun")))
+        std::this_thread::yield();
+    EXPECT_EQ(run_dropping_output("true"), 0);
+    struct sigaction handling {};
+    sigaction(SIGCHLD, nullptr, &handling);
+    EXPECT_EQ(handling.sa_handler, SIG_DFL) << "the other still waits";
+    folder.write("go", "");
+    other.join();
+    EXPECT_EQ(status, 7 << 8);
+    EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), SIG_IGN);
 }
 
 TEST(ShellRunner, handling_is_restored_when_nothing_could_be_started)
