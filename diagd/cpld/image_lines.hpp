@@ -11,7 +11,7 @@
 
 namespace diagd {
 
-// The programmer's line ("jtag /tmp/NAME") has 80 bytes with its end; everything else about a name is longer.
+// The programmer's line ("jtag /tmp/NAME") has 80 bytes with its end; all others have room for longer names.
 inline constexpr std::size_t image_name_size = 80 - sizeof "jtag /tmp/";
 
 // Whether an image may have this name.  It goes into shell lines, among them patterns and options of

@@ -101,16 +101,19 @@ std::vector<InterfaceArgument> every_interface()
     return interfaces;
 }
 
+struct PortReading {
+    int result;                            // of the command: CMD_WARNING when the CPLD cannot be opened
+    std::optional<OpticalReadout> readout; // of the module, if there is one
+};
+
 // Reads one port in a board bracket of its own; `reason` is the literal that names the operation for the
-// privilege raise.  CMD_WARNING when the CPLD cannot be opened; without a module `readout` is left empty.
-int read_port(const char *reason, PortKind kind, int port, SelectFailure on_failure,
-              std::optional<OpticalReadout> &readout)
+// privilege raise.
+PortReading read_port(const char *reason, PortKind kind, int port, SelectFailure on_failure)
 {
     const BoardBracket board{reason, OpenFailure::lower_then_release};
     if (!board)
-        return CMD_WARNING;
-    readout = read_optics(board, kind, port, on_failure);
-    return CMD_SUCCESS;
+        return {CMD_WARNING, {}};
+    return {CMD_SUCCESS, read_optics(board, kind, port, on_failure)};
 }
 
 } // namespace
@@ -121,10 +124,11 @@ DEFUN(show_pon_transceiver_optical, show_pon_transceiver_optical_cmd, "show pon 
                "Show optical information.\n"
                "Show optical transceiver information.\n")
 {
-    std::optional<OpticalReadout> found;
-    if (read_port("show_pon_transceiver_optical", PortKind::gpon, vty->port, SelectFailure::read_on, found) !=
-        CMD_SUCCESS)
-        return CMD_WARNING;
+    // Both generations of a port share its socket.
+    const auto [result, found] =
+        read_port("show_pon_transceiver_optical", PortKind::gpon, vty->port, SelectFailure::read_on);
+    if (result != CMD_SUCCESS)
+        return result;
     const OpticalReadout readout = found.value_or(OpticalReadout{});
     print_lines(vty, "", pon_lines, readout.plain);
     print_lines(vty, "XG ", pon_lines, readout.xg);
@@ -144,9 +148,8 @@ DEFUN(show_transceiver_optical, show_transceiver_optical_cmd,
     const auto interface = find_interface(vty, argv[kind_at]->text, argv[position_at]->arg);
     if (!interface)
         return CMD_SUCCESS;
-    std::optional<OpticalReadout> readout;
-    const int result = read_port("show_transceiver_optical", interface->kind, interface->position.port,
-                                 SelectFailure::no_module, readout);
+    const auto [result, readout] = read_port("show_transceiver_optical", interface->kind,
+                                             interface->position.port, SelectFailure::no_module);
     if (!readout)
         return result;
     print_lines(vty, "", port_lines, readout->plain);
@@ -179,10 +182,10 @@ DEFUN(show_port_laser, show_port_laser_cmd,
 
     print_heading(vty);
     for (const InterfaceArgument &interface : interfaces) {
-        std::optional<OpticalReadout> readout;
-        if (read_port("show_port_laser", interface.kind, interface.position.port, SelectFailure::no_module,
-                      readout) != CMD_SUCCESS)
-            return CMD_WARNING;
+        const auto [result, readout] =
+            read_port("show_port_laser", interface.kind, interface.position.port, SelectFailure::no_module);
+        if (result != CMD_SUCCESS)
+            return result;
         if (readout)
             print_rows(vty, interface, *readout);
     }

@@ -18,29 +18,32 @@ namespace diagd {
 
 namespace {
 
-constexpr std::uint8_t monitoring_register = 92; // A0h, diagnostic monitoring type
-constexpr int channel_register = 119;            // of the CPLD: the module channel
+constexpr int channel_register = 119; // of the CPLD: the module channel
+constexpr std::size_t longest_block = 30;
 
 void debug_block(const char *calibration, std::uint8_t address, std::uint8_t first,
                  std::span<const std::uint8_t> bytes) noexcept
 {
     if (cpld_debug == 0)
         return;
-    std::printf("%scpld i2c read 0x%x register 0x%x value", calibration, address, first);
+    // In one piece: the monitors' threads print lines of their own.
+    std::array<char, longest_block *(sizeof " 0xff" - 1) + 1> values{};
+    std::size_t length = 0;
     for (const std::uint8_t byte : bytes)
-        std::printf(" 0x%x", byte);
-    std::printf("\r\n");
+        length +=
+            static_cast<std::size_t>(std::snprintf(&values[length], values.size() - length, " 0x%x", byte));
+    std::printf("%scpld i2c read 0x%x register 0x%x value%s\r\n", calibration, address, first, values.data());
 }
 
 std::uint8_t read_monitoring_type(std::uint32_t handle, std::uint8_t address) noexcept
 {
     std::uint8_t value = 0;
-    const int result = transceiver_read_checked(handle, address, monitoring_register, &value);
+    const int result = read_checked(handle, address, monitoring_type, value);
     if (cpld_debug != 0 && result < 0)
         std::printf("cpld i2c %d from %d  read %d bytes failed, ret %d\r\n", static_cast<int>(handle),
-                    monitoring_register, 1, result);
+                    monitoring_type, 1, result);
     else if (cpld_debug != 0)
-        std::printf("cpld i2c read 0x%x register 0x%x value 0x%x\r\n", address, monitoring_register, value);
+        std::printf("cpld i2c read 0x%x register 0x%x value 0x%x\r\n", address, monitoring_type, value);
     return value;
 }
 
@@ -55,9 +58,9 @@ OpticalValues read_internal(std::uint32_t handle, PathAddress path, std::uint16_
 OpticalValues read_external(std::uint32_t handle, PathAddress path, std::uint16_t wavelength_nm) noexcept
 {
     constexpr std::uint8_t first = 76;
-    const auto block = read_block<30>(handle, path.diagnostics, first);
+    const auto block = read_block<longest_block>(handle, path.diagnostics, first);
     debug_block("outerAdjust ", path.diagnostics, first, block);
-    const std::span<const std::uint8_t, 30> bytes{block};
+    const std::span<const std::uint8_t, longest_block> bytes{block};
     return optical_values(raw_diagnostics(bytes.last<10>()), path.diagnostics, wavelength_nm,
                           calibration_constants(bytes.first<20>()));
 }

@@ -22,7 +22,7 @@ using diagd::line_end;
 namespace {
 
 constexpr const char *backup_image = "/media/app/K7200Q4_CPLD_1200HC_BACKUP.jed";
-constexpr const char *restored_image = "tmp/cpld_backup.jed"; // the daemon works in the root folder
+constexpr const char *restored_image = "tmp/cpld_backup.jed"; // the box starts the daemon in the root folder
 
 // `fetch` takes the file's name and returns 0 when it is there.
 template <class Fetch>

@@ -58,12 +58,12 @@ std::uint8_t transceiver_read_byte(std::uint32_t handle, std::uint8_t address, s
     return read<1>(handle, address, reg)[0];
 }
 
-int transceiver_read_checked(std::uint32_t handle, std::uint8_t address, std::uint8_t reg,
-                             std::uint8_t *value) noexcept
+int diagd::read_checked(std::uint32_t handle, std::uint8_t address, std::uint8_t reg,
+                        std::uint8_t &value) noexcept
 {
     std::array<std::uint8_t, 1> byte;
     const int result = read(handle, address, reg, byte);
-    *value = byte[0];
+    value = byte[0];
     return result;
 }
 
@@ -122,17 +122,20 @@ int transceiver_type_get(std::uint32_t handle, char *text, std::size_t size) noe
     const char *type = nullptr;
     switch (module_family(transceiver_read_byte(handle, first_path.id, 0))) {
     case ModuleFamily::sff8472: {
-        std::array<std::uint8_t, 8> codes{};
-        transceiver_read_block(handle, first_path.id, 3, codes.data(), codes.size());
-        type =
-            sff_8472_ethernet_compliance_str(codes.data(), transceiver_read_byte(handle, first_path.id, 36));
+        const auto codes = read_block<sff8472_layout.compliance.length>(handle, first_path.id,
+                                                                        sff8472_layout.compliance.first);
+        type = sff_8472_ethernet_compliance_str(
+            codes.data(), transceiver_read_byte(handle, first_path.id, sff8472_layout.extended_compliance));
         break;
     }
     case ModuleFamily::sff8636: {
         // Page 00h is mapped after a module's reset; whatever page is, is taken.
-        const std::uint32_t code = transceiver_read_byte(handle, first_path.id, 131);
+        const std::uint32_t code =
+            transceiver_read_byte(handle, first_path.id, sff8636_layout.compliance.first);
         const std::int32_t extended =
-            code == sff8636_see_extended_compliance ? transceiver_read_byte(handle, first_path.id, 192) : -1;
+            code == sff8636_see_extended_compliance
+                ? transceiver_read_byte(handle, first_path.id, sff8636_layout.extended_compliance)
+                : -1;
         type = ethernet_compliance_str(code, extended);
         break;
     }

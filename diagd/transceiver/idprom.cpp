@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Reading a module's identification (see idprom.hpp): byte by byte, each byte once, in the order of the
-// display; the wavelength of an SFF-8472 module is one word.
+// Reading a module's identification (see idprom.hpp): byte by byte, each field once, in the order of the
+// display; the wavelength of an SFF-8472 module is one word.  The dump of an SFF-8636 module reads the page
+// of its fields again.
 #include "idprom.hpp"
 
 #include "idprom_layout.hpp"
@@ -97,7 +98,7 @@ private:
         general.extended_compliance = extended_compliance(general.compliance[0]);
         general.distance.resize(layout_.distance.length);
         block(first_path.id, layout_.distance.first, general.distance);
-        general.monitoring = byte(layout_.monitoring);
+        general.monitoring = byte(monitoring_type); // in the lower memory of SFF-8636
         general.encoding = byte(layout_.encoding);
         general.bit_rate = byte(layout_.bit_rate);
         return general;

@@ -37,20 +37,34 @@ const char *reason(IdpromScope scope)
     return "transceiver_idprom_show";
 }
 
+struct Reading {
+    bool is_absent = false;
+    std::optional<Idprom> idprom; // of a family that is decoded
+};
+
+// Empty when the CPLD cannot be opened.  The board is free again when this returns.
+std::optional<Reading> read_port(const InterfaceArgument &interface, IdpromScope scope)
+{
+    const BoardBracket board{reason(scope), OpenFailure::lower_then_release};
+    if (!board)
+        return std::nullopt;
+    const ModuleSelect module{board, interface.kind, interface.position.port};
+    if (!module)
+        return Reading{.is_absent = true, .idprom = {}};
+    return Reading{.is_absent = false, .idprom = read_idprom(module.handle(), scope)};
+}
+
 void show_idprom(struct vty *vty, const InterfaceArgument &interface, const char *kind_word,
                  IdpromScope scope)
 {
-    const auto &[slot, port] = interface.position;
-    const BoardBracket board{reason(scope), OpenFailure::lower_then_release};
-    if (!board)
+    const std::optional<Reading> reading = read_port(interface, scope);
+    if (!reading)
         return;
-    const ModuleSelect module{board, interface.kind, port};
-    if (!module) {
-        vty_out(vty, "Interface %s %d/%d transceiver is absent.%s", kind_word, slot, port, line_end);
-        return;
-    }
-    if (const auto idprom = read_idprom(module.handle(), scope))
-        vty_out(vty, "%s", idprom_text(*idprom, scope).c_str());
+    if (reading->is_absent)
+        vty_out(vty, "Interface %s %d/%d transceiver is absent.%s", kind_word, interface.position.slot,
+                interface.position.port, line_end);
+    else if (reading->idprom)
+        vty_out(vty, "%s", idprom_text(*reading->idprom, scope).c_str());
 }
 
 } // namespace

@@ -16,7 +16,7 @@ struct MemoryField {
 };
 
 struct IdpromLayout {
-    std::uint8_t identifier, connector, wavelength, extended_compliance, monitoring, encoding, bit_rate;
+    std::uint8_t identifier, connector, wavelength, extended_compliance, encoding, bit_rate;
     MemoryField compliance;
     MemoryField distance; // supported link lengths, one byte per kind of fibre
     MemoryField vendor_name, vendor_oui, part_number, revision, serial_number, date_code;
@@ -27,7 +27,6 @@ inline constexpr IdpromLayout sff8472_layout{
     .connector = 2,
     .wavelength = 60,
     .extended_compliance = 36,
-    .monitoring = 92,
     .encoding = 11,
     .bit_rate = 12,
     .compliance = {3, 8},
@@ -45,7 +44,6 @@ inline constexpr IdpromLayout sff8636_layout{
     .connector = 130,
     .wavelength = 186,
     .extended_compliance = 192,
-    .monitoring = 92, // lower memory: the display has the line for both maps
     .encoding = 139,
     .bit_rate = 140,
     .compliance = {131, 8},

@@ -6,6 +6,7 @@
 #include "module_listing.hpp"
 
 #include "board_records.hpp"
+#include "idprom_layout.hpp"
 #include "module_socket.hpp"
 #include "transceiver.hpp"
 #include "vendor_text.hpp"
@@ -26,20 +27,19 @@ std::vector<Interface> list_interfaces()
     return interfaces;
 }
 
-template <std::size_t Length>
-std::string read_text(std::uint32_t handle, std::uint8_t first)
+std::string read_text(std::uint32_t handle, MemoryField field)
 {
-    std::array<std::uint8_t, Length> field{};
-    transceiver_read_block(handle, first_path.id, first, field.data(), Length);
-    return vendor_text(field);
+    std::vector<std::uint8_t> bytes(field.length);
+    transceiver_read_block(handle, first_path.id, field.first, bytes.data(), field.length);
+    return vendor_text(bytes);
 }
 
 ModuleIdentity read_sfp_identity(std::uint32_t handle)
 {
     ModuleIdentity identity;
-    identity.vendor_name = read_text<16>(handle, 20);
-    identity.vendor_revision = read_text<4>(handle, 56);
-    identity.vendor_serial_number = read_text<16>(handle, 68);
+    identity.vendor_name = read_text(handle, sff8472_layout.vendor_name);
+    identity.vendor_revision = read_text(handle, sff8472_layout.revision);
+    identity.vendor_serial_number = read_text(handle, sff8472_layout.serial_number);
     return identity;
 }
 
@@ -48,9 +48,9 @@ ModuleIdentity read_qsfp_identity(std::uint32_t handle)
 {
     ModuleIdentity identity;
     sff_8636_page_select(handle, 0);
-    identity.vendor_serial_number = read_text<16>(handle, 196);
-    identity.vendor_revision = read_text<2>(handle, 184);
-    identity.vendor_name = read_text<16>(handle, 148);
+    identity.vendor_serial_number = read_text(handle, sff8636_layout.serial_number);
+    identity.vendor_revision = read_text(handle, sff8636_layout.revision);
+    identity.vendor_name = read_text(handle, sff8636_layout.vendor_name);
     sff_8636_page_select(handle, 0);
     return identity;
 }
@@ -85,7 +85,7 @@ QsfpReading read_qsfp(std::uint32_t handle, ReadScope scope)
     read_sff8636_tx_power_dbm(handle, reading.tx_power_dbm);
     read_sff8636_rx_power_dbm(handle, reading.rx_power_dbm);
     if (scope == ReadScope::values_and_identity)
-        reading.wavelength_word = transceiver_read_word(handle, first_path.id, 186);
+        reading.wavelength_word = transceiver_read_word(handle, first_path.id, sff8636_layout.wavelength);
     return reading;
 }
 

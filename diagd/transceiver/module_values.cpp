@@ -3,6 +3,7 @@
 // value comes out as the formulas then make it.
 #include "module_values.hpp"
 
+#include "idprom_layout.hpp"
 #include "transceiver.hpp"
 
 namespace diagd {
@@ -32,14 +33,14 @@ float sff8636_power_dbm(std::uint16_t raw) noexcept
 
 std::uint16_t read_wavelength_nm(std::uint32_t handle, std::uint8_t id_address) noexcept
 {
-    const std::uint16_t word = transceiver_read_word(handle, id_address, 60);
+    const std::uint16_t word = transceiver_read_word(handle, id_address, sff8472_layout.wavelength);
     return static_cast<std::uint16_t>(word << 8 | word >> 8);
 }
 
 std::optional<OpticalValues> read_path_values(std::uint32_t handle, PathAddress path,
                                               std::uint16_t wavelength_nm) noexcept
 {
-    const std::uint8_t monitoring = transceiver_read_byte(handle, path.id, 92);
+    const std::uint8_t monitoring = transceiver_read_byte(handle, path.id, monitoring_type);
     if ((monitoring & internally_calibrated) != 0) {
         const auto fields = read_block<10>(handle, path.diagnostics, 96);
         return optical_values(raw_diagnostics(fields), path.diagnostics, wavelength_nm);
@@ -66,7 +67,7 @@ float read_sff8636_voltage_v(std::uint32_t handle) noexcept
 std::uint16_t read_sff8636_wavelength_nm(std::uint32_t handle) noexcept
 {
     constexpr unsigned counts_per_nm = 20;
-    return static_cast<std::uint16_t>(read_sff8636_field(handle, 186) / counts_per_nm);
+    return static_cast<std::uint16_t>(read_sff8636_field(handle, sff8636_layout.wavelength) / counts_per_nm);
 }
 
 void read_sff8636_bias_ma(std::uint32_t handle, std::span<float> lanes) noexcept

@@ -213,7 +213,10 @@ int SimBus::read(int handle, std::uint8_t address, std::uint8_t reg, std::span<s
     request.reg = reg;
     request.value = static_cast<std::uint32_t>(data.size());
     SimReply reply{};
-    return transact(handle, request, {}, reply, data);
+    const int result = transact(handle, request, {}, reply, data);
+    if (result < 0) // nothing of a late reply, which was received before it could be dropped
+        std::ranges::fill(data, 0);
+    return result;
 }
 
 int SimBus::write(int handle, std::uint8_t address, std::uint8_t reg,

@@ -68,9 +68,9 @@ TEST_F(TransceiverAccess, a_checked_read_tells_the_platforms_result)
 {
     id_page()[92] = 0x20;
     std::uint8_t value = 0xFF;
-    EXPECT_EQ(transceiver_read_checked(handle, 0x50, 92, &value), 1);
+    EXPECT_EQ(diagd::read_checked(handle, 0x50, 92, value), 1);
     EXPECT_EQ(value, 0x20);
-    EXPECT_EQ(transceiver_read_checked(handle, 0x58, 92, &value), -5);
+    EXPECT_EQ(diagd::read_checked(handle, 0x58, 92, value), -5);
     EXPECT_EQ(value, 0);
     EXPECT_EQ(board_double.record, lines("I 50:92 1", "I 58:92 1"));
 }

@@ -25,11 +25,6 @@ std::uint8_t transceiver_read_byte(std::uint32_t handle, std::uint8_t address, s
 std::uint16_t transceiver_read_word(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept;
 std::uint32_t transceiver_read_dword(std::uint32_t handle, std::uint8_t address, std::uint8_t reg) noexcept;
 
-// One byte, for callers that report failures: the platform's result, negative on failure, with `value` 0
-// then.
-int transceiver_read_checked(std::uint32_t handle, std::uint8_t address, std::uint8_t reg,
-                             std::uint8_t *value) noexcept;
-
 // `length` bytes from `first` on, each in a transaction of its own: a byte that fails is 0 and costs no
 // other. Always 0.
 int transceiver_read_block(std::uint32_t handle, std::uint8_t address, std::uint8_t first, std::uint8_t *data,
@@ -75,11 +70,16 @@ const char *ethernet_compliance_str(std::uint32_t code, std::int32_t extended) n
 namespace diagd {
 
 // A0h byte 92, diagnostic monitoring type.  A module that claims both is internally calibrated.
+inline constexpr std::uint8_t monitoring_type = 92;
 inline constexpr std::uint8_t internally_calibrated = 0x20;
 inline constexpr std::uint8_t externally_calibrated = 0x10;
 
 // Laser wavelength in nm, A0h bytes 60-61: one word read.
 [[nodiscard]] std::uint16_t read_wavelength_nm(std::uint32_t handle, std::uint8_t id_address) noexcept;
+
+// One byte, for callers that report failures: the platform's result, negative on failure, with `value` 0
+// then.
+int read_checked(std::uint32_t handle, std::uint8_t address, std::uint8_t reg, std::uint8_t &value) noexcept;
 
 // transceiver_read_block into an array.
 template <std::size_t N>
