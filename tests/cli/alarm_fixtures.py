@@ -135,6 +135,13 @@ def catalogue(olt):
     return [json.loads(line) for line in done.stdout.splitlines()]
 
 
+@pytest.fixture(scope="module")
+def id_of(catalogue):
+    """What the platform's lookup gives for a name: the lowest id of that name."""
+    ids = {entry["name"]: entry["id"] for entry in reversed(catalogue)}
+    return ids.__getitem__
+
+
 def try_edit_database(olt, xml):
     """Has sysrepo's own tool merge this into the running configuration, as an operator would."""
     (olt.state / "log" / "edit.xml").write_text(xml)

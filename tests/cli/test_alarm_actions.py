@@ -1,9 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Commands that switch the actions of alarms: one alarm in every form, and many at once."""
 import pytest
-from alarm_fixtures import calls_of, catalogue, olt  # noqa: F401
-from alarm_words import ACTIONS, GROUPS, LEVELLED, NAMED, THRESHOLD_ALARMS
+from alarm_fixtures import calls_of, catalogue, id_of, olt  # noqa: F401
+from alarm_words import ACTIONS, LEVELLED, NAMED, THRESHOLD_ALARMS
 from calls import of
+from traced_fixtures import no_faults  # noqa: F401
 
 SET = "db_olt_alarm_log_set_action_"
 CONFIGURATION = "set alarm log configuration failed : {}\n"
@@ -11,20 +12,6 @@ NOT_FOUND = "No such object"
 LOCKED = "Database locked by another user"
 BULK_IDS = range(102)
 BITS = {"print": 1, "record": 2, "trap": 4, "remote": 8}
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    olt.faults()
-    yield
-    olt.faults()
-
-
-@pytest.fixture(scope="module")
-def id_of(catalogue):  # noqa: F811
-    """What the platform's lookup gives for a name: the lowest id of that name."""
-    ids = {entry["name"]: entry["id"] for entry in reversed(catalogue)}
-    return ids.__getitem__
 
 
 def setters(calls):

@@ -1,25 +1,13 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Commands that set the level of an alarm."""
 import pytest
-from alarm_fixtures import calls_of, catalogue, olt, store  # noqa: F401
+from alarm_fixtures import calls_of, catalogue, id_of, olt, store  # noqa: F401
 from alarm_words import LEVELLED, LEVELS, THRESHOLD_ALARMS
 from calls import of
+from traced_fixtures import no_faults  # noqa: F401
 
 SET = "db_olt_alarm_log_set_alarm_level"
 CONFIGURATION = "set alarm log configuration failed : {}\n"
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    olt.faults()
-    yield
-    olt.faults()
-
-
-@pytest.fixture(scope="module")
-def id_of(catalogue):  # noqa: F811
-    ids = {entry["name"]: entry["id"] for entry in reversed(catalogue)}
-    return ids.__getitem__
 
 
 def stored(olt, command):

@@ -4,6 +4,7 @@ import pytest
 from alarm_fixtures import calls_of, catalogue, edit_database, olt  # noqa: F401
 from alarm_words import ACTIONS, LEVELS
 from olt import NO_QUARANTINE, wait_until
+from traced_fixtures import no_faults  # noqa: F401
 
 HEADER = ("id   name                      description                    level      type       class    print    record   "
           "trap     remote  \n")
@@ -44,13 +45,6 @@ def configured(olt, catalogue):
     wait_until(lambda: rows[105] in shown(olt, "configuration id 105"), "the daemon knows the configuration")
     assert ids["fan"] == 0
     return rows
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):
-    olt.faults()
-    yield
-    olt.faults()
 
 
 # --- one alarm

@@ -90,8 +90,8 @@ class Passes:
 
 
 def check_discipline(calls):
-    """Takes and gives of the board pair up in each thread, are never nested, and have no pause between them.
-    Returns how often each thread took it."""
+    """Takes and gives of the board pair up in each thread, are never nested, and have no pause between them; the last
+    give may be missing, where the end of the daemon met a thread at work.  Returns how often each thread took it."""
     held, takes = {}, {}
     for call in calls:
         if call.op in ("semaphore_p", "semaphore_v") and call.values["id"] == "board":
@@ -104,7 +104,6 @@ def check_discipline(calls):
             held[call.thread] = call.op == "semaphore_p"
         elif call.op in PAUSES:
             assert not held.get(call.thread), f"{call.thread} pauses with the board, at {call.time_ms}"
-    assert not any(held.values()), held
     return takes
 
 

@@ -5,6 +5,7 @@ from cpld import bracket, record
 from module_memory import memory, plug, set_memory, words
 from module_steps import absent, reached, reads, run
 from sff_texts import idprom
+from traced_fixtures import olt  # noqa: F401
 from vty import NO_MATCH, SUCCESS
 
 BLOCKS = {None: "transceiver_idprom_show", "vendor": "transceiver_vendor_information_show",
@@ -85,11 +86,6 @@ QSFP_GENERAL = (
     "Encoding                       :    64B/66B\r\n"
     "BR_Norminal                    :    0xff\r\n"
 )
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
 
 
 @pytest.fixture(autouse=True)

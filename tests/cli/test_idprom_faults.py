@@ -9,6 +9,7 @@ from footprint import Footprint
 from module_memory import ask_board, memory, plug, set_memory
 from olt import wait_until
 from sff_texts import idprom
+from traced_fixtures import olt  # noqa: F401
 from vty import SUCCESS
 
 SHOW = "show idprom interface gpon 0/1"
@@ -16,11 +17,6 @@ SHOW = "show idprom interface gpon 0/1"
 SFP_PAGE = bytes([3, *range(1, 256)])
 A2_PAGE = bytes(range(255, -1, -1))
 QSFP_PAGE = bytes([0x11, *range(1, 256)])
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
 
 
 @pytest.fixture

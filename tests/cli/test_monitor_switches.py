@@ -1,18 +1,13 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The four monitor switches and the list of debug switches."""
 import itertools
-import re
 
 import pytest
 from calls import in_order, of
+from traced_fixtures import olt  # noqa: F401
 
 NAMES = {"fan": "FAN Monitor         ", "usb": "USB Monitor         ", "power": "Power Monitor       ",
          "transceiver": "Transceiver Monitor "}
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
 
 
 @pytest.fixture(autouse=True)

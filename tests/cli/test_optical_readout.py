@@ -6,6 +6,7 @@ from cpld import PON, SFP, bracket, record
 from module_memory import path, plug, qsfp, words
 from module_steps import FIRST, SECOND, readout, refused, run, socket, word
 from olt import wait_until
+from traced_fixtures import olt  # noqa: F401
 from vty import SUCCESS, WARNING
 
 END = "\r\n"
@@ -49,11 +50,6 @@ def port_lines(plain, xg=None):
 def row(name, values):
     widths = (24, 18, 15, 31, 27)
     return f"{name:<13} " + " ".join(f"{value:<{width}}" for value, width in zip(values, widths)) + END
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
 
 
 @pytest.fixture(autouse=True)

@@ -2,6 +2,7 @@
 """Registers of the Ethernet PHYs, by hand: what is asked of the PHY library, in which order, and what is shown."""
 import pytest
 from register_commands import board_semaphore_calls, install_row, installed_rows, run
+from traced_fixtures import olt  # noqa: F401
 
 HELP = "PHY configuration commands"
 COMMANDS = [
@@ -16,11 +17,6 @@ COMMANDS = [
                 "Specify phy id.", "IEEE Registers.", "RDB Registers.", "Clause 45 Registers."),
     install_row("debug_phy", "[no] debug phy", "Negate a command or set its defaults", "Debugging functions", "PHY DEBUG"),
 ]
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
 
 
 @pytest.fixture(autouse=True)

@@ -5,16 +5,12 @@ from cpld import bracket
 from module_memory import ask_board, memory, plug, set_memory
 from module_steps import absent, reached, run
 from sff_texts import idprom
+from traced_fixtures import olt  # noqa: F401
 from vty import INCOMPLETE, NO_MATCH, SUCCESS
 
 SELECT, SHOW = "transceiver rssi-txdis", "show transceiver rssi-txdis"
 SET_REASON, SHOW_REASON = "transceiver_rssi_txids_set", "transceiver_rssi_txids_show"
 NODES = ["gpon", "xgpon"]
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
 
 
 @pytest.fixture(autouse=True)

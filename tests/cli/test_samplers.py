@@ -3,18 +3,13 @@
 import ctypes
 import os
 import select
-import struct
 import threading
 
 import pytest
 from calls import in_order, of
 from olt import wait_until
 from proc_files import bound, busy, meminfo, stat_line
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
+from traced_fixtures import olt  # noqa: F401
 
 
 def cpu(percent):

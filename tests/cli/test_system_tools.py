@@ -7,13 +7,9 @@ import pytest
 from calls import of
 from olt import wait_until
 from proc_files import bound
+from traced_fixtures import olt  # noqa: F401
 
 NETSTAT = "/usr/bin/netstat"
-
-
-@pytest.fixture(scope="module")
-def olt(traced_olt):
-    return traced_olt
 
 
 @contextlib.contextmanager

@@ -5,6 +5,7 @@ import json
 import pytest
 from alarm_fixtures import calls_of, olt  # noqa: F401
 from threshold_fixtures import ACTIONS, BOARD_ALARMS, OPTICAL_NAMES, PON_ALARMS, store_thresholds
+from traced_fixtures import no_faults  # noqa: F401
 
 WRONG = ("wrong threshold value.\r\n", 0)
 TOO_SMALL = ("Msg:argc set threshold can not be smaller than clean threshold error!\r\n", 0)
@@ -13,13 +14,6 @@ DATABASE_CALLS = "db_(apply|discard)_.*|db_olt_alarm_log_(set|del)_.*"
 WRONG_WORDS = ["1.2.3", "12a", "--1", "+1+", "1e3", "0x10", "nan", "inf", "1,5", "-1-", "temp"]
 SHOW = "show alarm-log threshold configuration"
 NO_LIMIT_PORTS = ["0/0", "0/9", "1/3", "0/4294967297", "7/0"]
-
-
-@pytest.fixture(autouse=True)
-def no_faults(olt):  # noqa: F811
-    olt.faults()
-    yield
-    olt.faults()
 
 
 def during(olt, command):  # noqa: F811

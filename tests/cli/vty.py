@@ -51,7 +51,22 @@ def way_to_node(node):
     }.get(node) or ["enable", "configure terminal", node if node == "diagnose" else "interface " + node]
 
 
-class Vty:
+class Session:
+    """What has a socket, and closes it."""
+
+    socket = None
+
+    def close(self):
+        self.socket.close()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+
+class Vty(Session):
     """A session on the unix vty socket: command and NUL; text, three NULs and a status byte."""
 
     def __init__(self, path, node="config", timeout=DEADLINE_S):
@@ -95,20 +110,11 @@ class Vty:
         self.send(command)
         return self.receive()
 
-    def close(self):
-        self.socket.close()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.close()
-
 
 IAC, DONT, DO, WONT, WILL, SB, SE = 255, 254, 253, 252, 251, 250, 240
 
 
-class Telnet:
+class Telnet(Session):
     """A telnet session; text is kept as it arrives, telnet commands taken out."""
 
     PROMPT = re.compile(rb"(?:^|\n)([\w-]+(?:\([^)\n]*\))?[>#] ?)$")
@@ -175,12 +181,3 @@ class Telnet:
         """Types keys that draw the prompt anew (TAB, ?); returns what is shown after them."""
         self.send(keys)
         return self.expect(rb"[>#] ?[^>#]*$")
-
-    def close(self):
-        self.socket.close()
-
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        self.close()

@@ -49,8 +49,8 @@ protected:
         thread_add_timer_msec(loop_, tick, nullptr, 5, nullptr);
         client_ = sclient_new(loop_, 5, nullptr);
         client_->message_handler = handler;
-        // A client lives as long as its process.
-        static std::vector<struct sclient *> of_all_tests;
+        // A client lives as long as its process, and so does the list of them.
+        static auto &of_all_tests = *new std::vector<struct sclient *>;
         of_all_tests.push_back(client_);
     }
     ~ServiceBusClient() override

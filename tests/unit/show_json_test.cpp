@@ -2,10 +2,11 @@
 // JSON display of the module listing.
 #include "show_json.hpp"
 
+#include "sample_readings.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,17 +14,6 @@
 using namespace diagd;
 
 namespace {
-
-constexpr Interface pon{PortKind::gpon, 0, 1};
-constexpr Interface gigabit{PortKind::gigabit_ethernet, 0, 2};
-constexpr OpticalValues sample{25.5F, 3.3F, 10.0F, 2.5F, -3.25F};
-const QsfpReading qsfp_sample{{},
-                              25.0F,
-                              3.3F,
-                              {10.0F, 20.0F, 30.0F, 131.07F},
-                              {0.0F, 1.0F, 2.0F, -std::numeric_limits<float>::infinity()},
-                              {-10.0F, -1.5F, -2.5F, -3.5F},
-                              0};
 
 std::string json(std::vector<InterfaceReading> listing)
 {

@@ -2,6 +2,8 @@
 // Text displays of the module listing, byte by byte.
 #include "show_text.hpp"
 
+#include "sample_readings.hpp"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -13,10 +15,6 @@
 using namespace diagd;
 
 namespace {
-
-constexpr Interface pon{PortKind::gpon, 0, 1};
-constexpr Interface gigabit{PortKind::gigabit_ethernet, 0, 2};
-constexpr OpticalValues sample{25.5F, 3.3F, 10.0F, 2.5F, -3.25F};
 
 #define HEADER_A                                                                                             \
     "Interface     Temperature (Celsius)    Voltage (Volts)    Current (mA)    "                             \
@@ -80,14 +78,6 @@ TEST(DiagnosisText, a_combo_module_is_two_rows_under_one_header)
     EXPECT_EQ(diagnosis(pon, SfpReading{{}, {1490, {}}, SfpPathReading{1577, {}}}),
               HEADER_A "GPON 0/1      \r\nGPON 0/1      \r\n\r\n\r\n");
 }
-
-const QsfpReading qsfp_sample{{},
-                              25.0F,
-                              3.3F,
-                              {10.0F, 20.0F, 30.0F, 131.07F},
-                              {0.0F, 1.0F, 2.0F, -std::numeric_limits<float>::infinity()},
-                              {-10.0F, -1.5F, -2.5F, -3.5F},
-                              0};
 
 TEST(DiagnosisText, a_qsfp_shows_four_lanes)
 {

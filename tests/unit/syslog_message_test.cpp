@@ -2,6 +2,7 @@
 // The exact text of syslog messages.
 #include "syslog_message.hpp"
 
+#include "sample_time.hpp"
 #include "tq_api.h"
 
 #include <cstring>
@@ -21,15 +22,7 @@ constexpr const char *mark = "\xEF\xBB\xBF";
 // 2026-11-21 11:12:13.000123, an hour east of Greenwich.
 tq::Alarm alarm(std::uint16_t id, std::uint8_t level, const char *message)
 {
-    tq::Alarm made{id, level, {}, message, 123};
-    made.time.tm_year = 126;
-    made.time.tm_mon = 10;
-    made.time.tm_mday = 21;
-    made.time.tm_hour = 11;
-    made.time.tm_min = 12;
-    made.time.tm_sec = 13;
-    made.time.tm_gmtoff = 3600;
-    return made;
+    return {id, level, sample_time(3600), message, 123};
 }
 
 std::string text(const tq::Alarm &of)

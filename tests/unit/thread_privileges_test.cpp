@@ -33,6 +33,7 @@ protected:
         zprivs_preinit(&privileges);
         zprivs_init(&privileges);
     }
+    static void TearDownTestSuite() { EXPECT_EQ(seteuid(root), 0); } // the search for leaks needs it
     void SetUp() override { ASSERT_EQ(geteuid(), daemon_user); }
     void TearDown() override { EXPECT_EQ(geteuid(), daemon_user); }
 };

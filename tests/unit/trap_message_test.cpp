@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Bytes of the notifications, read by hand as BER (X.690); a real receiver reads them in the system tests.
+#include "sample_time.hpp"
 #include "trap_message.hpp"
 #include "trap_sinks.hpp"
 
@@ -79,14 +80,7 @@ Message read(const std::string &bytes)
 
 tq::Alarm alarm(std::uint16_t id, const char *message)
 {
-    tq::Alarm made{id, 4, {}, message, 250'000};
-    made.time.tm_year = 126;
-    made.time.tm_mon = 10;
-    made.time.tm_mday = 21;
-    made.time.tm_hour = 11;
-    made.time.tm_min = 12;
-    made.time.tm_sec = 13;
-    made.time.tm_gmtoff = -12600;
+    tq::Alarm made{id, 4, sample_time(-12600), message, 250'000};
     made.request.uplink_port = 128;
     made.request.pon = 3;
     made.request.onu = 17;
