@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 
 #include <optional>
+#include <string>
 
 using diagd::line_end;
 

@@ -17,6 +17,8 @@
 
 #include <fcntl.h>
 
+#include <string>
+
 using diagd::line_end;
 
 namespace {

@@ -28,6 +28,6 @@ DEFUN(show_task, show_task_cmd, "show task [running]",
                 task.thread, task.status.name.c_str(), task.status.state.c_str(), line_end);
     });
     if (!failed.empty())
-        vty_out(vty, "%s fail%s", failed.c_str(), line_end);
+        vty_out(vty, "%s%s", failed.c_str(), line_end);
     return CMD_SUCCESS;
 }

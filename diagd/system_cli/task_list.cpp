@@ -61,13 +61,13 @@ std::string for_each_task(DIR *proc, const std::function<void(const Task &)> &ro
         const Path folder = folder_of(*process);
         const UniqueFolder threads{opendir(folder.data())};
         if (!threads)
-            return std::string{"opendir "} + folder.data();
+            return std::string{"opendir "} + folder.data() + " fail";
 
         while (const auto thread = next_number(threads.get())) {
             const Path command_file = file_of(*process, *thread, "cmdline");
             const auto command = read_beginning(command_file, buffer);
             if (!command)
-                return std::string{"open file "} + command_file.data();
+                return std::string{"open file "} + command_file.data() + " fail";
             Task task{*process, *thread, parse_task_command(*command), {}};
             const Path status_file = file_of(*process, *thread, "status");
             task.status = parse_task_status(read_beginning(status_file, buffer).value_or(""));

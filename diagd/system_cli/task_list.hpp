@@ -24,8 +24,8 @@ struct Task {
 };
 
 // Hands every thread of every process in `proc`, the opened folder /proc, to `row`.  Ends at the first folder
-// or command line that cannot be opened (of what has just ended, for one) and returns what could not be done,
-// "opendir /proc/7/task"; empty when all were listed.
+// or command line that cannot be opened (of what has just ended, for one) and returns the message on it,
+// "opendir /proc/7/task fail"; empty when all were listed.
 [[nodiscard]] std::string for_each_task(DIR *proc, const std::function<void(const Task &)> &row);
 
 } // namespace diagd

@@ -17,6 +17,7 @@ from proc_files import bound
 ZONE_AHEAD_S = 3 * 3600
 # The real date, under another name, reckons how far the asked time is ahead.
 DATE = """#!/bin/sh
+id -u >>/var/log/users
 printf 'date' >>/var/log/programs
 printf ' <%s>' "$@" >>/var/log/programs
 echo >>/var/log/programs
@@ -25,6 +26,7 @@ echo $((wanted - $(/var/log/real-date +%s))) >/var/log/clock
 echo "the clock is set"
 """
 HWCLOCK = """#!/bin/sh
+id -u >>/var/log/users
 echo "hwclock $*" >>/var/log/programs
 """
 SET = "time set year 2024 month 3 day 5 hour 7 minute 8 second 9"
@@ -45,8 +47,8 @@ def programs(olt):
     with bound(olt, "/usr/bin/date", DATE, mode=0o755), bound(olt, "/usr/sbin/hwclock", HWCLOCK, mode=0o755):
         log = olt.state / "log" / "programs"
         yield lambda: log.read_text().splitlines() if log.exists() else []
-        for file in (log, olt.state / "log" / "clock"):
-            file.unlink(missing_ok=True)
+        for name in ("programs", "clock", "users"):
+            (olt.state / "log" / name).unlink(missing_ok=True)
 
 
 def calls_during(olt, command):
@@ -78,6 +80,7 @@ def test_the_clock_is_set_and_then_the_hardware_clock(olt, programs):
     assert [call.values["line"] for call in of(calls, "system|system_cmd|pal_system")] == [
         "date -s '20240305 7:8:9' >> /dev/null", "hwclock -w"]
     assert programs() == ["date <-s> <20240305 7:8:9>", "hwclock -w"]
+    assert (olt.state / "log" / "users").read_text() == "0\n0\n"  # only root may set them
     # Some time may have passed before it was shown.
     shown = re.fullmatch(r"set time : (Tue Mar  5 07:0[89]:\d\d 2024)\n\r\n", text)
     assert shown and 0 <= seconds(shown[1]) - seconds("Tue Mar  5 07:08:09 2024") <= DEADLINE_S
@@ -155,16 +158,18 @@ def away(olt, *paths):
         yield
 
 
-def test_without_its_programs_the_difference_is_stored_and_the_time_shown(olt):
-    olt.exec("rm", "-f", "/var/log/clock", check=True)
-    with away(olt, "/usr/bin/date", "/usr/sbin/hwclock"):
+@pytest.mark.parametrize("missing", [["date", "hwclock"], ["date"], ["hwclock"]], ids=" ".join)
+def test_without_a_program_the_difference_is_stored_and_the_time_shown(olt, programs, missing):
+    said = len(olt.stderr())
+    with away(olt, *(f"/usr/{'bin' if name == 'date' else 'sbin'}/{name}" for name in missing)):
         text, calls = calls_during(olt, SET)
     before, after = (int(call.result) for call in of(calls, "time"))
     in_order(calls, "system .*date", "system .*hwclock", "time", "db_olt_ntp_set_ntp_diff_time")
-    assert stored(olt) == after - before >= 0
+    assert stored(olt) == after - before
+    assert (after < before) == ("date" not in missing)
     shown = re.fullmatch(r"set time : (.*)\n\r\n", text)
     assert seconds(shown[1]) == after
-    assert "date" in olt.stderr() and "hwclock" in olt.stderr()  # the shell has said so
+    assert [name for name in ("date", "hwclock") if f"{name}: " in olt.stderr()[said:]] == missing  # by the shell
 
 
 @pytest.mark.parametrize("fault", ["system ret=-1 errno=11", "system nth=2 ret=-1 errno=12"])

@@ -71,11 +71,12 @@ def as_found(olt):
     ([*path()], VALUES, ZEROES, [readout(*FIRST, "internal"), word(0x58, 60)]),
     ([*path(), *path(1577)], VALUES, XG_VALUES,
      [readout(*FIRST, "internal"), word(0x58, 60), readout(*SECOND, "internal")]),
+    ([*path(), *path(0)], VALUES, ZEROES, [readout(*FIRST, "internal"), word(0x58, 60)]),
     ([*path(1577)], ZEROES, XG_VALUES, [readout(*FIRST, "internal"), word(0x58, 60)]),
     ([*path(monitoring=0x10, constants=CONSTANTS)], EXTERNAL_VALUES, ZEROES, [readout(*FIRST, "external"), word(0x58, 60)]),
     ([*path(monitoring=0x30)], VALUES, ZEROES, [readout(*FIRST, "internal"), word(0x58, 60)]),
     ([qsfp()], QSFP_VALUES, ZEROES, [readout(*FIRST, None), word(0x58, 60)]),
-], ids=["single", "combo", "xgpon", "external", "internal-wins", "qsfp"])
+], ids=["single", "combo", "second-without-wavelength", "xgpon", "external", "internal-wins", "qsfp"])
 def test_an_interface_shows_both_generations_of_its_module(olt, node, pages, plain, xg, paths):
     plug(olt, "gpon", 3, *pages)
     text, rc, steps = run(olt, INTERFACE, f"{node} 0/3")

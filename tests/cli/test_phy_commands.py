@@ -184,7 +184,8 @@ def test_debugging_is_switched_in_the_library(olt):
     assert olt.run("show debugging", "diagnose") == ("", 0)
 
 
-@pytest.mark.parametrize("command", ["phy read 1 2 rdb", "phy write 1 18 0", "phy info 1", "phy reset 1", "phy dump 1",
+@pytest.mark.parametrize("command", ["phy read 1 2", "phy read 1 2 rdb", "phy read 1 2 clause45 1", "phy write 1 18 0",
+                                     "phy info 1", "phy reset 1", "phy dump 1", "phy dump 1 rdb", "phy dump 1 clause45",
                                      "debug phy", "no debug phy"])
 def test_the_boards_semaphore_is_left_alone(olt, command):
     assert board_semaphore_calls(olt, command) == []

@@ -3,6 +3,7 @@
 #include "alarm_record.hpp"
 #include "frr.hpp"
 #include "image_fetch.hpp"
+#include "printing_vty.hpp"
 #include "shell_runner.hpp"
 
 #include <gtest/gtest.h>
@@ -10,38 +11,15 @@
 #include <string>
 #include <vector>
 
-#include <buffer.h>
-#include <memory.h>
-
 namespace {
 
 std::vector<std::string> done;
 
 class ImageFetch : public testing::Test {
 protected:
-    ImageFetch()
-    {
-        done.clear();
-        vty.type = vty::VTY_SHELL_SERV;
-        vty.obuf = buffer_new(0);
-        vty.lbuf = buffer_new(0);
-        vty.wfd = -1;
-    }
-    ~ImageFetch() override
-    {
-        buffer_free(vty.obuf);
-        buffer_free(vty.lbuf);
-    }
-    std::string text()
-    {
-        char *shown = buffer_getstr(vty.obuf);
-        const std::string copy = shown;
-        XFREE(MTYPE_TMP, shown);
-        buffer_reset(vty.obuf);
-        return copy;
-    }
+    ImageFetch() { done.clear(); }
 
-    struct vty vty {};
+    PrintingVty vty;
 };
 
 } // namespace
@@ -59,10 +37,10 @@ int diagd::run_dropping_output(const std::string &line) noexcept
 
 TEST_F(ImageFetch, tftp_wants_a_server_and_a_file)
 {
-    EXPECT_LT(diagd::fetch_by_tftp(&vty, nullptr, "f.jed"), 0);
-    EXPECT_EQ(text(), "tftp_server or file is NULL\r\n");
-    EXPECT_LT(diagd::fetch_by_tftp(&vty, "10.0.0.1", nullptr), 0);
-    EXPECT_EQ(text(), "tftp_server or file is NULL\r\n");
+    EXPECT_LT(diagd::fetch_by_tftp(&vty.session, nullptr, "f.jed"), 0);
+    EXPECT_EQ(vty.text(), "tftp_server or file is NULL\r\n");
+    EXPECT_LT(diagd::fetch_by_tftp(&vty.session, "10.0.0.1", nullptr), 0);
+    EXPECT_EQ(vty.text(), "tftp_server or file is NULL\r\n");
     EXPECT_TRUE(done.empty());
 }
 
@@ -73,23 +51,23 @@ TEST_F(ImageFetch, ftp_wants_all_four)
         const char *words[4];
         for (unsigned i = 0; i < 4; ++i)
             words[i] = i == missing ? nullptr : given[i];
-        EXPECT_LT(diagd::fetch_by_ftp(&vty, words[0], words[1], words[2], words[3]), 0);
-        EXPECT_EQ(text(), "tftp_server or file is NULL\r\n");
+        EXPECT_LT(diagd::fetch_by_ftp(&vty.session, words[0], words[1], words[2], words[3]), 0);
+        EXPECT_EQ(vty.text(), "tftp_server or file is NULL\r\n");
     }
     EXPECT_TRUE(done.empty());
 }
 
 TEST_F(ImageFetch, usb_wants_a_file)
 {
-    EXPECT_EQ(diagd::fetch_by_usb(&vty, nullptr), -1);
-    EXPECT_EQ(text(), "Error: file is NULL\r\n");
+    EXPECT_EQ(diagd::fetch_by_usb(&vty.session, nullptr), -1);
+    EXPECT_EQ(vty.text(), "Error: file is NULL\r\n");
     EXPECT_TRUE(done.empty());
 }
 
 TEST_F(ImageFetch, a_program_that_cannot_be_started_is_a_failed_download)
 {
-    EXPECT_EQ(diagd::fetch_by_tftp(&vty, "10.0.0.1", "f.jed"), -1);
+    EXPECT_EQ(diagd::fetch_by_tftp(&vty.session, "10.0.0.1", "f.jed"), -1);
     EXPECT_EQ(done, (std::vector<std::string>{"/usr/bin/tftp -l /tmp/f.jed -r f.jed -g 10.0.0.1",
                                               "1 download f.jed fail"}));
-    EXPECT_EQ(text(), "\r\nTrying to download f.jed from server 10.0.0.1, please wait...\r\n");
+    EXPECT_EQ(vty.text(), "\r\nTrying to download f.jed from server 10.0.0.1, please wait...\r\n");
 }
