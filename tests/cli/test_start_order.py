@@ -294,3 +294,12 @@ def test_a_start_after_a_kill_is_a_good_start(cold_olt):
         cold_olt.kill(signal.SIGKILL)
     cold_olt.start()
     assert cold_olt.run("show version")[1] == 0
+
+
+def test_without_the_device_nodes_of_a_real_board_the_daemon_does_what_it_can(make_olt):
+    board = make_olt(board={"transport": "linux"}).start()
+    assert board.stdout() == 2 * "open fan failed: No such file or directory\r\n"  # power and USB monitor
+    assert board.run("show logic version", "diagnose") == ("", 1)
+    assert board.run("phy read 1 2", "diagnose") == ("phy 0x1 register 0x2 value 0x0\r\n", 0)
+    switches = board.run("show diag monitor", "diagnose")[0]
+    assert [line.split()[-1] for line in switches.splitlines()] == ["Disable", "Disable", "Disable", "Enable"]
