@@ -133,13 +133,13 @@ def test_the_independent_decoder_agrees_with_the_spelled_out_displays():
     assert whole.startswith(QSFP_GENERAL + QSFP_VENDOR + QSFP_MANUFACTURE)
 
 
-@pytest.mark.parametrize("kind, cage, _register, _channel", KINDS)
+@pytest.mark.parametrize("kind, cage, register, channel", KINDS)
 @pytest.mark.parametrize("identifier", [0x01, 0x0E, 0x12, 0x18, 0xFF])
-def test_a_module_of_another_family_shows_nothing_and_is_let_go(olt, kind, cage, _register, _channel, identifier):
+def test_a_module_of_another_family_shows_nothing_and_is_let_go(olt, kind, cage, register, channel, identifier):
     plug(olt, cage, 1, memory({0: identifier, 20: "ACME"}), A2_PAGE)
     for block, reason in BLOCKS.items():
         assert run(olt, command(kind, 1, block)) == (
-            "", SUCCESS, reached(reason, _register, _channel, *reads(0x50, 0, 0)))
+            "", SUCCESS, reached(reason, register, channel, *reads(0x50, 0, 0)))
 
 
 # --- what there is no module for
@@ -148,8 +148,8 @@ def test_a_module_of_another_family_shows_nothing_and_is_let_go(olt, kind, cage,
 @pytest.mark.parametrize("slot, port", [(0, 9), (0, 0), (1, 1), (0, 31), (0, 32), (7, 200), (0, 2147483647)])
 @pytest.mark.parametrize("block", BLOCKS)
 def test_an_interface_that_the_board_does_not_have_is_named_and_the_board_left_alone(olt, kind, name, slot, port, block):
-    words = f"show idprom interface {kind} {slot}/{port}" + (f" {block}" if block else "")
-    assert run(olt, words) == (f"{name} {slot}/{port} not exist\r\n", SUCCESS, [])
+    line = f"show idprom interface {kind} {slot}/{port}" + (f" {block}" if block else "")
+    assert run(olt, line) == (f"{name} {slot}/{port} not exist\r\n", SUCCESS, [])
 
 
 def test_of_gigabit_interfaces_there_are_as_many_as_the_board_says(olt):
@@ -256,8 +256,8 @@ def test_a_page_that_another_reader_left_does_not_matter(olt):
 def test_the_highest_ports_are_reached_on_their_channels(olt):
     plug(olt, "gpon", 8, SFP_PAGE, A2_PAGE)
     plug(olt, "ge", 4, SFP_PAGE, A2_PAGE)
-    for words, register, channel in ((command("gpon", 8), 11, 7), (command("gigabitEthernet", 4), 12, 11)):
-        text, rc, steps = run(olt, words)
+    for line, register, channel in ((command("gpon", 8), 11, 7), (command("gigabitEthernet", 4), 12, 11)):
+        text, rc, steps = run(olt, line)
         assert (text, rc) == (SFP_WHOLE, SUCCESS)
         assert steps[4:6] == [f"R({register})", f"CH({channel})"] and steps[-3:] == ["CHE", "close", "give"]
 
