@@ -4,7 +4,7 @@ import pytest
 from alarm_fixtures import calls_of, catalogue, edit_database, let_changes_be_heard, olt, try_edit_database  # noqa: F401
 from alarm_words import ACTIONS, LEVELS, NAMED
 from olt import wait_until
-from threshold_fixtures import BOARD_ALARMS, PON_ALARMS, store_thresholds
+from threshold_fixtures import BOARD_ALARMS, PON_ALARMS, a_pass, store_thresholds
 
 FRESH = ["alarm-log remote server ipv4 disable", "alarm-log remote server ipv6 disable", "alarm-log flash level warning"]
 SHOW = "show running-config alarm-log"
@@ -326,6 +326,7 @@ def test_a_configuration_file_that_cannot_be_written_is_said(olt):  # noqa: F811
 def test_the_writer_reads_in_the_order_of_its_lines(olt):  # noqa: F811
     for name in BOARD_ALARMS:
         configure(olt, f"alarm-log alarm {name} enable print")
+    a_pass(olt)  # the next one, which reads, too, is three seconds away
     text, rc, calls = calls_of(olt, SHOW, "db_olt_.*|parsing_.*")
     assert rc == 0
     stems = [name.replace("-", "_") for name in BOARD_ALARMS]
