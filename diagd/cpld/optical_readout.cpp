@@ -27,7 +27,7 @@ void debug_block(const char *calibration, std::uint8_t address, std::uint8_t fir
     if (cpld_debug == 0)
         return;
     // In one piece: the monitors' threads print lines of their own.
-    std::array<char, longest_block *(sizeof " 0xff" - 1) + 1> values{};
+    std::array<char, (sizeof " 0xff" - 1) * longest_block + 1> values{};
     std::size_t length = 0;
     for (const std::uint8_t byte : bytes)
         length +=
