@@ -131,6 +131,8 @@ class Olt:
                     return True
             except (FileNotFoundError, ConnectionRefusedError):
                 return False
+            except ConnectionResetError:  # a killed daemon's socket, which its child had until it became a program
+                return False
 
         try:
             wait_until(answers, "the daemon answers")
