@@ -8,6 +8,7 @@
 #include "tq_trace.hpp"
 
 #include <array>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 
@@ -25,6 +26,20 @@ constexpr std::array actions = {
     Action{TQ_ACTION_TRAP, tq::trap_alarm},
 };
 
+// localtime_r alone keeps to the zone that it found first.  To look for another costs more than all else of
+// an alarm that is only recorded: once a second is enough.
+std::tm local_time(std::time_t now) noexcept
+{
+    static std::atomic<std::time_t> last_look{-1};
+    if (last_look.load(std::memory_order_relaxed) != now) {
+        last_look.store(now, std::memory_order_relaxed);
+        tzset();
+    }
+    std::tm local{};
+    localtime_r(&now, &local);
+    return local;
+}
+
 int raise_alarm(tq_database_t *db, const tq_alarm_req_t *request, const char *message) noexcept
 {
     if (!request)
@@ -34,8 +49,7 @@ int raise_alarm(tq_database_t *db, const tq_alarm_req_t *request, const char *me
     clock_gettime(CLOCK_REALTIME, &now);
     tq::Alarm alarm{
         request->alarm_id, settings.level, {}, message, static_cast<int>(now.tv_nsec / 1000), *request, db};
-    tzset(); // localtime_r alone keeps to the zone that it found first
-    localtime_r(&now.tv_sec, &alarm.time);
+    alarm.time = local_time(now.tv_sec);
 
     int result = TQ_OK;
     for (const Action &action : actions) {
