@@ -67,3 +67,12 @@ def test_start_and_stop_leave_no_sanitizer_report_and_status_0(cold_olt):
     cold_olt.start()
     assert cold_olt.stop() == 0
     assert "Terminating on signal" in cold_olt.log()
+
+
+def test_the_board_that_a_shell_talks_to_is_none_of_a_new_box(make_olt, monkeypatch):
+    for name in ("BOARDSIM_DIR", "OLT_BOARD"):
+        monkeypatch.setenv(name, "/elsewhere")
+    olt = make_olt().start()
+    olt.boardctl("reg", "set", 13, 0)
+    assert olt.run("system led on", "diagnose") == ("", 0)
+    assert olt.boardctl("reg", "get", 13) == "0x01\n"
