@@ -8,7 +8,7 @@ extern struct zebra_privs_t diagd_privs;
 
 namespace diagd {
 
-// Raised only around device opens and shell commands.  `reason` names the operation and must be a literal:
+// Of the calling thread, raised only around device opens and shell commands.  `reason` names the operation and must be a literal:
 // libfrr keeps the pointer while raised.
 class Privileges {
 public:

@@ -95,9 +95,8 @@ int LinuxBus::open(int bus, HandleKind) const
     std::array<char, 24> path{};
     std::snprintf(path.data(), path.size(), "/dev/i2c-%d", bus);
     Descriptor fd(::open(path.data(), O_RDWR | O_CLOEXEC));
-    // An adapter whose driver cannot be told has a limit of its own, mostly the same second.
-    if (!fd || (::ioctl(fd.get(), I2C_TIMEOUT, timeout_10ms) < 0 && errno != EINVAL) ||
-        (::ioctl(fd.get(), I2C_RETRIES, 0UL) < 0 && errno != EINVAL))
+    // They count for everybody on the adapter, from now on.
+    if (!fd || ::ioctl(fd.get(), I2C_TIMEOUT, timeout_10ms) < 0 || ::ioctl(fd.get(), I2C_RETRIES, 0UL) < 0)
         return -errno;
     return fd.release();
 }

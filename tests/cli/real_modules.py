@@ -25,7 +25,8 @@ PLAIN_NM, XG_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791)  # under the plain
 def need_dumps():
     """Skips the calling test module, and says so, on a machine that has no dumps."""
     if not PRESENT:
-        pytest.skip(f"no memories of real modules in {FOLDER}; DIAGD_MODULE_DUMPS names a folder", allow_module_level=True)
+        pytest.skip(f"memories of real modules are their owners' and not in the tree; none in {FOLDER}, DIAGD_MODULE_DUMPS "
+                    "names a folder of them", allow_module_level=True)
 
 
 def is_sfp(dump):

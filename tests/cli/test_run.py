@@ -34,7 +34,7 @@ PATHS_OF_THE_BOX = (
 
 pytestmark = [
     pytest.mark.slow,
-    pytest.mark.skipif(BUILD.name != "release", reason="./run starts the release build"),
+    pytest.mark.skipif(BUILD.name != "release", reason="./run always starts the release build, whose run of the tests has these"),
 ]
 
 

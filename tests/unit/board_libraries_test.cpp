@@ -354,6 +354,21 @@ TEST_F(Libraries, late_reply_is_a_timeout_and_not_taken_for_the_next)
     EXPECT_EQ(value, 0x22);
 }
 
+TEST_F(Libraries, late_bytes_are_not_those_of_a_read_that_fails)
+{
+    board_->ask({"plug", "gpon", "1", module("gpon-1490")});
+    const Handle handle(misc_cpld_i2c_open(0));
+    ASSERT_EQ(misc_cpld_channel_select(handle, 0), 0);
+    board_->ask({"fault", "add", "i2c_read", "reg=20", "delay=1300", "count=1"});
+    board_->ask({"fault", "add", "i2c_read", "reg=40", "delay=500", "errno=121", "count=1"});
+    std::array<std::uint8_t, 4> bytes{};
+    EXPECT_EQ(misc_i2c_read(handle, 0x50, 20, bytes.data(), 4, 0), -1);
+    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_EQ(misc_i2c_read(handle, 0x50, 40, bytes.data(), 4, 0), -1);
+    EXPECT_EQ(errno, EREMOTEIO);
+    EXPECT_THAT(bytes, testing::Each(0));
+}
+
 TEST_F(Libraries, silent_board_is_a_timeout)
 {
     const Handle handle(misc_cpld_i2c_open(0));
