@@ -290,6 +290,19 @@ def test_a_daemon_told_to_end_ends_when_the_programming_is_done(make_olt):
     own.wait_free("board")
 
 
+def test_an_interrupt_while_the_programmer_works_is_lost(olt, programmer):
+    """The C library ignores it for whoever runs a program, so that one typed on a terminal ends the program alone."""
+    put_in_tmp(olt, "f.jed", IMAGE)
+    with programmer.hanging(), olt.vty("diagnose") as session:
+        session.send("cpld upgrade usb f.jed")
+        programmer.wait_begin()
+        olt.send_signal(signal.SIGINT)
+        programmer.clear_fate()
+        assert session.receive()[1] == 0
+    assert programmer.notes()[-1] == "ends with 0"
+    assert olt.run("show version")[1] == 0
+
+
 def test_a_killed_daemon_leaves_the_board_to_others_and_the_programmer_to_its_work(make_olt):
     own = make_olt()
     own.start().quiet()
