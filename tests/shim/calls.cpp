@@ -13,6 +13,7 @@
 #include <sys/mman.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -456,7 +457,8 @@ ssize_t recvmsg(int fd, struct msghdr *message, int flags)
         return real(fd, message, flags);
     return recorded<leaf>(
         "recvmsg", [&] { return real(fd, message, flags); },
-        tq::arg("length", message->msg_iovlen > 0 ? message->msg_iov[0].iov_len : 0));
+        tq::arg("length", message->msg_iov[0].iov_len),
+        tq::out_bytes("head", message->msg_iov[0].iov_base, std::min<std::size_t>(message->msg_iov[0].iov_len, 32)));
 }
 
 } // extern "C"
