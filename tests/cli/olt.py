@@ -13,7 +13,7 @@ import time
 from pathlib import Path
 
 from calls import read_trace
-from vty import DEADLINE_S, Telnet, Vty, in_namespace
+from vty import DEADLINE_S, Telnet, Vty, in_namespace, takes_commands
 
 PROJECT = Path(__file__).resolve().parents[2]
 BUILD = PROJECT / "build" / os.environ.get("DIAGD_PRESET", "release")
@@ -126,13 +126,7 @@ class Olt:
         def answers():
             if self.daemon.poll() is not None:
                 raise AssertionError(f"the daemon ended with {self.daemon.returncode}: {self.stderr()}{self.stdout()}")
-            try:
-                with Vty(self.vty_path, "enable"):
-                    return True
-            except (FileNotFoundError, ConnectionRefusedError):
-                return False
-            except ConnectionResetError:  # a killed daemon's socket, which its child had until it became a program
-                return False
+            return takes_commands(self.vty_path)
 
         try:
             wait_until(answers, "the daemon answers")

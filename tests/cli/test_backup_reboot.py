@@ -6,6 +6,7 @@ import threading
 import pytest
 from calls import in_order, of
 from olt import OLT, wait_until
+from vty import takes_commands
 from traced_fixtures import no_faults, olt  # noqa: F401
 
 BACKUP = "cp /var/log/* /media/config/var/log/laststart/ -rf"
@@ -145,7 +146,7 @@ def test_the_boxs_shell_saves_every_daemon_and_passes_over_a_dead_ones_socket(fr
     zebra = subprocess.Popen(fresh_olt.inside(OLT, "zebra"), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                              stderr=subprocess.DEVNULL)
     try:
-        wait_until((fresh_olt.state / "run" / "zebra.vty").exists, "zebra's vty")
+        wait_until(lambda: takes_commands(fresh_olt.state / "run" / "zebra.vty"), "zebra's vty")
         done = write(fresh_olt)
         assert done.returncode == 0, done.stderr
         assert (fresh_olt.state / "conf" / "zebra.conf").exists()

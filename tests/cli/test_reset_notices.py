@@ -5,7 +5,7 @@ import subprocess
 import pytest
 from calls import in_order, of
 from olt import OLT, wait_until
-from vty import Vty
+from vty import Vty, takes_commands
 from zebra_recorder import ZebraRecorder
 
 RESET = bytes.fromhex("000AFE06000000000088")
@@ -96,7 +96,7 @@ def test_the_distributions_zebra_survives_the_notice_and_keeps_the_client(fresh_
             return session.run("show zebra client summary")[0]
 
     try:
-        wait_until(socket.exists, "zebra's vty")
+        wait_until(lambda: takes_commands(socket), "zebra's vty")
         wait_until(lambda: "system" in clients(), "the daemon among zebra's clients")
         fresh_olt.boardctl("button", "press")
         wait_until(lambda: "Restarting system by push-button" in fresh_olt.stdout(), "the long press")

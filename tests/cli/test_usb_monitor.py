@@ -161,6 +161,7 @@ def test_real_events_of_the_kernel(olt):
     wait_until(lambda: led(olt) == ON, "the LED is lit")
     olt.exec("ip", "link", "del", "usb0", check=True)
     wait_until(lambda: led(olt) == OFF, "the LED is dark")
+    handled(olt)  # and whatever else the kernel says of it
 
 
 def test_a_real_device_that_is_not_usb_is_left_alone(olt):

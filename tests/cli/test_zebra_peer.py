@@ -5,7 +5,7 @@ import os
 import subprocess
 
 from olt import OLT, wait_until
-from vty import Vty
+from vty import Vty, takes_commands
 
 
 def test_the_distributions_zebra_takes_the_daemon_as_a_client_and_both_live_on(fresh_olt):
@@ -15,7 +15,7 @@ def test_the_distributions_zebra_takes_the_daemon_as_a_client_and_both_live_on(f
         )
     try:
         socket = fresh_olt.state / "run" / "zebra.vty"
-        wait_until(lambda: zebra.poll() is not None or socket.exists(), "zebra's vty")
+        wait_until(lambda: zebra.poll() is not None or takes_commands(socket), "zebra's vty")
 
         def clients():
             with Vty(str(socket), "enable") as session:

@@ -111,6 +111,17 @@ class Vty(Session):
         return self.receive()
 
 
+def takes_commands(path):
+    """Whether a program answers at this vty socket, which is there before somebody listens."""
+    try:
+        with Vty(path, "enable"):
+            return True
+    except (FileNotFoundError, ConnectionRefusedError):
+        return False
+    except ConnectionResetError:  # a killed daemon's socket, which its child had until it became a program
+        return False
+
+
 IAC, DONT, DO, WONT, WILL, SB, SE = 255, 254, 253, 252, 251, 250, 240
 
 
