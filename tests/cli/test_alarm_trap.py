@@ -14,6 +14,11 @@ PEER_AWAY, UNREADABLE = 256 - 11, 256 - 1  # a command's return code is a byte
 MIB = "OLT-ALARM-MIB::oltAlarm"
 
 
+@pytest.fixture(scope="module")
+def olt(make_olt):
+    return make_olt().start().quiet()
+
+
 @pytest.fixture
 def trapping(olt):
     """An OLT whose fan alarm is to be sent to sinks, of which there are none."""

@@ -115,7 +115,7 @@ def test_semaphores_and_alarms_stay_for_the_other_daemons(fresh_olt, number):
     olt.wait_free("alarm")
     assert olt.exec("test", "-s", "/dev/shm/tq_alarm_log").returncode == 0
     olt.start()
-    assert olt.run("show alarm-log")[0].endswith("    kept\nalarm log count: 1\n")
+    assert olt.run("show alarm-log")[0].count("    kept\n") == 1
 
 
 def test_open_sessions_do_not_keep_the_daemon_from_ending(fresh_olt):
