@@ -5,12 +5,14 @@ It runs in network, IPC and mount namespaces made for the test, which stand for 
 there is seen exactly, and other OLTs on the real host do not matter.
 """
 
+import contextlib
 import json
 import os
 import re
 import signal
 import socket
 import subprocess
+from pathlib import Path
 
 import pytest
 
@@ -71,15 +73,12 @@ class Host:
 
 
 def processes_of(state):
-    """Processes that were started for the state folder."""
-    found = []
-    for entry in os.listdir("/proc"):
-        try:
-            with open(f"/proc/{entry}/environ", "rb") as file:
-                if f"RUN_TEST={state}".encode() in file.read():
-                    found.append(entry)
-        except (OSError, ValueError):
-            pass
+    """Processes that were started for the state folder: the name of each, by its id."""
+    found = {}
+    for process in Path("/proc").glob("[0-9]*"):
+        with contextlib.suppress(OSError):  # it has ended meanwhile
+            if f"RUN_TEST={state}".encode() in (process / "environ").read_bytes():
+                found[int(process.name)] = (process / "comm").read_text().rstrip()
     return found
 
 
@@ -178,8 +177,8 @@ def test_nothing_is_left_behind(run, host, how):
 def test_run_ends_with_an_error_when_the_daemon_dies(run, host):
     before = host.traces()
     up = run().wait_up()
-    (daemon,) = [pid for pid in processes_of(up.state) if open(f"/proc/{pid}/comm").read() == "diagd\n"]
-    os.kill(int(daemon), signal.SIGKILL)
+    (daemon,) = [pid for pid, name in processes_of(up.state).items() if name == "diagd"]
+    os.kill(daemon, signal.SIGKILL)
     status, output = up.ends()
     assert status == 1 and "ended by itself" in output
     wait_until(lambda: not processes_of(up.state), "all processes end")
