@@ -4,6 +4,7 @@ import json
 
 import pytest
 from alarm_fixtures import calls_of, olt  # noqa: F401
+from calls import of
 from threshold_fixtures import ACTIONS, BOARD_ALARMS, OPTICAL_NAMES, PON_ALARMS, store_thresholds
 from traced_fixtures import no_faults  # noqa: F401
 
@@ -279,8 +280,7 @@ def test_optical_thresholds_are_no_matter_of_the_database(olt, port):  # noqa: F
     before = len(olt.trace())
     olt.run("alarm-log threshold pon-vcc-low enable 3.1 3.2", port)
     olt.run("alarm-log threshold pon-vcc-low disable", port)
-    calls = [call.op for call in olt.trace()[before:] if call.op.startswith("db_") and "_vty" not in call.op]
-    assert [op for op in calls if "_get_action_" not in op and "show_xml_threshold" not in op] == []
+    assert of(olt.trace()[before:], DATABASE_CALLS) == []
 
 
 @pytest.mark.parametrize("number", NO_LIMIT_PORTS)
