@@ -108,7 +108,7 @@ class Run:
     def interrupt(self):
         """Control-C: the whole foreground process group gets it."""
         os.killpg(self.process.pid, signal.SIGINT)
-        return self.process.wait(20)
+        return self.process.wait(DEADLINE_S)
 
     def ends(self):
         """Exit status and all that was said."""
