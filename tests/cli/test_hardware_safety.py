@@ -409,9 +409,9 @@ def test_a_shell_line_runs_as_root_whether_or_not_the_daemon_raises_itself_for_i
     assert olt.root_threads() == []
     olt.boardctl("button", "press")
     ids = olt.state / "flash" / "ids"
-    wait_until(ids.exists, f"{program} runs", 20)
+    wait_until(ids.exists, f"{program} runs")
     assert ids.read_text() == "0 0\n"
     assert olt.root_threads() == (["reset_monitor"] if raised else [])
     olt.exec("touch", "/media/go", check=True)
-    wait_until(lambda: "reset_monitor" not in olt.threads(), "the long press is done", 20)
+    wait_until(lambda: "reset_monitor" not in olt.threads(), "the long press is done")
     assert olt.root_threads() == []

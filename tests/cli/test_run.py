@@ -166,10 +166,10 @@ def test_nothing_is_left_behind(run, host, how):
         assert up.interrupt() == 0
     elif how == "terminate":
         up.process.terminate()
-        assert up.process.wait(20) == 0
+        assert up.process.wait(DEADLINE_S) == 0
     else:
         up.process.kill()
-        up.process.wait(20)
+        up.process.wait(DEADLINE_S)
     wait_until(lambda: not processes_of(up.state), "all processes end")
     assert host.traces() == before
 
