@@ -5,6 +5,7 @@ import re
 import socket
 
 import pytest
+from alarm_fixtures import olt  # noqa: F401
 from receivers import Rsyslog
 
 SERVERS = {"ipv4": "127.0.0.1", "ipv6": "::1"}
@@ -13,11 +14,6 @@ MARK = "\ufeff"
 PEER_AWAY = 256 - 11  # a command's return code is a byte
 # What the daemon says of a server that a datagram cannot leave for.
 LOST = "alarms do not get out to log server {} port {}: "
-
-
-@pytest.fixture(scope="module")
-def olt(make_olt):
-    return make_olt().start().quiet()
 
 
 @pytest.fixture

@@ -5,18 +5,13 @@ import re
 from pathlib import Path
 
 import pytest
-from alarm_fixtures import catalogue  # noqa: F401
+from alarm_fixtures import catalogue, olt  # noqa: F401
 from receivers import SNMP, Snmptrapd
 
 PORT, OTHER_PORT = 11162, 11163
 SINKS = "/etc/olt/trap-sinks.conf"
 PEER_AWAY, UNREADABLE = 256 - 11, 256 - 1  # a command's return code is a byte
 MIB = "OLT-ALARM-MIB::oltAlarm"
-
-
-@pytest.fixture(scope="module")
-def olt(make_olt):
-    return make_olt().start().quiet()
 
 
 @pytest.fixture

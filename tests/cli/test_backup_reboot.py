@@ -6,8 +6,8 @@ import threading
 import pytest
 from calls import in_order, of
 from olt import OLT, wait_until
-from vty import takes_commands
 from traced_fixtures import no_faults, olt  # noqa: F401
+from vty import takes_commands
 
 BACKUP = "cp /var/log/* /media/config/var/log/laststart/ -rf"
 STOP = "killall -9 watchfrr &> /dev/null"
