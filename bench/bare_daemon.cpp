@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The least that a daemon of this machine is: libfrr with a vty and nothing to do.  With the argument
 // "session" it has a session of the configuration database, too.  Runs until it is ended.
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <sysrepo.h>
 

@@ -2,7 +2,7 @@
 // The least that a long listing costs: libfrr alone, with a vty on the socket given as argument, and a
 // handler that prints as many lines as a full alarm store has, through the format of its listing, with
 // constant values. Runs until it is ended.
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <cstdlib>
 

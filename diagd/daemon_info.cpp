@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What libfrr is told about the daemon, and what its signals do.  libfrr delivers signals as events of its
 // loop, not in signal context, so the handlers may log and call the database library.
-#include "daemon_info.hpp"
+#include "diagd/daemon_info.hpp"
 
-#include "alarm_record.hpp"
-#include "privileges.hpp"
-#include "units.hpp"
+#include "diagd/core/alarm_record.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/units.hpp"
 
 #include <cstdlib>
 #include <iterator>

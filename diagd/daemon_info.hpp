@@ -2,6 +2,6 @@
 // What libfrr is told about the daemon: names, vty port, signals, privileges.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 extern struct frr_daemon_info diagd_di;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The start order of the diagnostics daemon.  The command line is not parsed: libfrr takes the program's name
 // from it and everything else runs with the library's defaults.
-#include "daemon_info.hpp"
-#include "privileges.hpp"
-#include "start_steps.hpp"
-#include "state.hpp"
-#include "units.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/daemon_info.hpp"
+#include "diagd/start_steps.hpp"
+#include "diagd/units.hpp"
 
 #include "tq_api.h"
 #include "util_cpld.h"

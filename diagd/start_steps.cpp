@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Steps of the start order that belong to no unit.
-#include "start_steps.hpp"
+#include "diagd/start_steps.hpp"
 
-#include "database_debug.hpp"
-#include "frr.hpp"
-#include "state.hpp"
+#include "diagd/core/database_debug.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/state.hpp"
 
 #include "tq_api.h"
 

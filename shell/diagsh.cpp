@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // diagsh: the shell of the diagnostics daemon, for a person (alone) and for scripts (-c, -m).
-#include "failure.hpp"
-#include "monitor.hpp"
-#include "paths.hpp"
-#include "save.hpp"
-#include "script.hpp"
-#include "telnet.hpp"
+#include "shell/failure.hpp"
+#include "shell/monitor.hpp"
+#include "shell/paths.hpp"
+#include "shell/save.hpp"
+#include "shell/script.hpp"
+#include "shell/telnet.hpp"
 
 #include <getopt.h>
 #include <unistd.h>

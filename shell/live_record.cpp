@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A record of the live log.
-#include "live_record.hpp"
+#include "shell/live_record.hpp"
 
 #include <array>
 #include <cstddef>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's log as it is written.  The daemon never waits for a monitor: it drops what a slow one has no
 // room for and says how many lines that were.
-#include "monitor.hpp"
+#include "shell/monitor.hpp"
 
-#include "failure.hpp"
-#include "live_record.hpp"
-#include "output.hpp"
-#include "vty_session.hpp"
+#include "shell/failure.hpp"
+#include "shell/live_record.hpp"
+#include "shell/output.hpp"
+#include "shell/vty_session.hpp"
 
 #include <poll.h>
 #include <sys/socket.h>

@@ -2,7 +2,7 @@
 // The daemon's log as it is written: `diagsh -m`.
 #pragma once
 
-#include "paths.hpp"
+#include "shell/paths.hpp"
 
 namespace diagsh {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What the daemon says, on the streams of diagsh.
-#include "output.hpp"
+#include "shell/output.hpp"
 
-#include "failure.hpp"
+#include "shell/failure.hpp"
 
 #include <cstdio>
 

@@ -2,7 +2,7 @@
 // What the daemon says, on the streams of diagsh.
 #pragma once
 
-#include "vty_session.hpp"
+#include "shell/vty_session.hpp"
 
 #include <string>
 

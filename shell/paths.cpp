@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Where an OLT's daemon can be reached.
-#include "paths.hpp"
+#include "shell/paths.hpp"
 
 #include <filesystem>
 #include <fstream>

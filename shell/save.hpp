@@ -2,7 +2,7 @@
 // Saving the configuration of all daemons of an OLT.
 #pragma once
 
-#include "paths.hpp"
+#include "shell/paths.hpp"
 
 #include <string>
 

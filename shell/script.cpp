@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Commands run one after another without a person.
-#include "script.hpp"
+#include "shell/script.hpp"
 
-#include "output.hpp"
-#include "vty_session.hpp"
+#include "shell/output.hpp"
+#include "shell/vty_session.hpp"
 
 namespace diagsh {
 

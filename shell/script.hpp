@@ -2,7 +2,7 @@
 // Commands run one after another without a person: `diagsh -c`, and lines piped into diagsh.
 #pragma once
 
-#include "paths.hpp"
+#include "shell/paths.hpp"
 
 #include <string>
 #include <vector>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The interactive session: the terminal and the daemon's telnet vty, passed through to each other.
 // When the daemon goes away the terminal is given back as it was.
-#include "telnet.hpp"
+#include "shell/telnet.hpp"
 
-#include "failure.hpp"
-#include "paths.hpp"
-#include "telnet_decoder.hpp"
-#include "unique_fd.hpp"
+#include "base/fd.hpp"
+#include "shell/failure.hpp"
+#include "shell/paths.hpp"
+#include "shell/telnet_decoder.hpp"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -48,13 +48,13 @@ private:
     termios m_saved{};
 };
 
-diagd::UniqueFd connect_to_vty()
+base::Fd connect_to_vty()
 {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(vty_port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    diagd::UniqueFd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    base::Fd fd(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd || ::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         throw Failure(EX_UNAVAILABLE,
                       "no daemon answers on port " + std::to_string(vty_port) + ": " + std::strerror(errno));
@@ -62,14 +62,14 @@ diagd::UniqueFd connect_to_vty()
 }
 
 // Window changes and the signals that must not leave the terminal raw arrive as a descriptor.
-diagd::UniqueFd open_signals()
+base::Fd open_signals()
 {
     sigset_t signals;
     sigemptyset(&signals);
     for (const int number : {SIGWINCH, SIGTERM, SIGHUP, SIGINT})
         sigaddset(&signals, number);
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    diagd::UniqueFd fd(::signalfd(-1, &signals, SFD_CLOEXEC));
+    base::Fd fd(::signalfd(-1, &signals, SFD_CLOEXEC));
     if (!fd)
         throw Failure(EX_OSERR, std::string("signalfd: ") + std::strerror(errno));
     return fd;
@@ -171,8 +171,8 @@ private:
                write_all(m_socket.get(), encode_typed(typed));
     }
 
-    diagd::UniqueFd m_socket;
-    diagd::UniqueFd m_signals;
+    base::Fd m_socket;
+    base::Fd m_signals;
     std::string m_password;
     std::string m_seen; // end of the text so far, as long as the prompt
     TelnetDecoder m_decoder;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The telnet protocol (RFC 854, 1073) as far as a vty needs it.
-#include "telnet_decoder.hpp"
+#include "shell/telnet_decoder.hpp"
 
 #include <arpa/telnet.h>
 

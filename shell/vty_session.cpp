@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A session on the daemon's unix vty socket.
-#include "vty_session.hpp"
+#include "shell/vty_session.hpp"
 
-#include "failure.hpp"
+#include "shell/failure.hpp"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -34,11 +34,11 @@ constexpr std::size_t longest_command = 4094; // libfrr takes the rest of a long
 
 // The address holds 108 characters and a build folder may lie deeper, so the folder is opened and the socket
 // named through its descriptor.
-diagd::UniqueFd connect_to(const std::string &path, std::chrono::seconds longest_answer)
+base::Fd connect_to(const std::string &path, std::chrono::seconds longest_answer)
 {
     const std::filesystem::path socket_path(path);
     const std::string folder = socket_path.has_parent_path() ? socket_path.parent_path().string() : ".";
-    const diagd::UniqueFd folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const base::Fd folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder_fd)
         connect_failed(path, errno);
 
@@ -50,7 +50,7 @@ diagd::UniqueFd connect_to(const std::string &path, std::chrono::seconds longest
         connect_failed(path, ENAMETOOLONG);
     name.copy(address.sun_path, name.size());
 
-    diagd::UniqueFd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    base::Fd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd)
         connect_failed(path, errno);
     // A connection waits, too, for a daemon that does not accept any.
@@ -63,7 +63,7 @@ diagd::UniqueFd connect_to(const std::string &path, std::chrono::seconds longest
 }
 
 // As recv(); a descriptor that comes along replaces `passed`.
-ssize_t receive(int socket, std::span<char> bytes, diagd::UniqueFd &passed)
+ssize_t receive(int socket, std::span<char> bytes, base::Fd &passed)
 {
     iovec area{bytes.data(), bytes.size()};
     alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control;
@@ -78,7 +78,7 @@ ssize_t receive(int socket, std::span<char> bytes, diagd::UniqueFd &passed)
         header->cmsg_len == CMSG_LEN(sizeof(int))) {
         int fd = -1;
         std::memcpy(&fd, CMSG_DATA(header), sizeof fd);
-        passed = diagd::UniqueFd(fd);
+        passed = base::Fd(fd);
     }
     return got;
 }
@@ -110,7 +110,7 @@ VtyAnswer VtySession::run(const std::string &command)
 
     // The vty prints no NUL, so the answer ends with the first one, three bytes later.
     std::string answer;
-    diagd::UniqueFd passed;
+    base::Fd passed;
     std::size_t mark = std::string::npos;
     std::array<char, 65536> chunk;
     while (mark == std::string::npos || answer.size() < mark + end_mark_size) {

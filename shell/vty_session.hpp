@@ -4,7 +4,7 @@
 // byte.
 #pragma once
 
-#include "unique_fd.hpp"
+#include "base/fd.hpp"
 
 #include <chrono>
 #include <string>
@@ -12,9 +12,9 @@
 namespace diagsh {
 
 struct VtyAnswer {
-    int status = 0;              // the command's return code, 0 is success
-    std::string text;            // what it printed, byte for byte
-    diagd::UniqueFd passed = {}; // descriptor the daemon gave along with the status, of few commands only
+    int status = 0;       // the command's return code, 0 is success
+    std::string text;     // what it printed, byte for byte
+    base::Fd passed = {}; // descriptor the daemon gave along with the status, of few commands only
 };
 
 class VtySession {
@@ -29,7 +29,7 @@ public:
     VtyAnswer run(const std::string &command);
 
 private:
-    diagd::UniqueFd m_socket;
+    base::Fd m_socket;
 };
 
 } // namespace diagsh

@@ -4,7 +4,10 @@
 
 usage: check_layers.py [TREE]        exit status 1 when there is anything to say
 
+Includes are rooted at the top of the tree; the C headers of platform/include go by their bare names.
+
 The layers:
+  - base: needs nothing but the standard and the operating system, and may be included from anywhere.
   - diagd: what stands at its top includes units.hpp, core and the platform's C API; a unit includes its own
     headers, core, the C API, and of another unit only what lies in that unit's export folder; core includes
     itself and the C API.
@@ -13,17 +16,17 @@ The layers:
   - Pure files (decoding, policies, judges, parsers) reach nothing but the standard library.
   - The platform never includes what is built on it: the daemon, the simulator, the shell.
   - The simulator and the shell never include the daemon, nor each other.
-  - What is listed as SHARED needs nothing of its surroundings and may be included from anywhere.
 """
 import re
 import sys
 from pathlib import Path
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
-SOURCES = ("diagd", "platform", "sim", "shell")
+SOURCES = ("base", "diagd", "platform", "sim", "shell")
 PURE = re.compile(r"(^|/)decode/|_(policy|judge|parser)\.[ch]pp$")
+LIBFRR_IN_C = {"vty.h"}  # as libfrr's own files name it
 FRR_DOOR = "diagd/core/frr.hpp"
-SHARED = {"diagd/core/unique_fd.hpp", "diagd/core/utf8.hpp"}
+C_API = "platform/include/"
 
 # Headers of the operating system; a name without a dot is the C++ library's.
 SYSTEM_FOLDERS = ("sys/", "linux/", "net/", "netinet/", "arpa/", "asm/")
@@ -46,7 +49,6 @@ class Tree:
     def __init__(self, root):
         self.root = root
         self.includes = {}  # file: [(line number, quoted, name)]
-        self.headers = {}  # file name: [file]
         for area in SOURCES:
             for path in sorted((root / area).rglob("*")):
                 if path.suffix in (".c", ".cpp", ".h", ".hpp"):
@@ -58,14 +60,10 @@ class Tree:
         for number, line in enumerate(path.read_text().splitlines(), 1):
             if match := INCLUDE.match(line):
                 found.append((number, match[1] == '"', match[2]))
-        if path.suffix in (".h", ".hpp"):
-            self.headers.setdefault(path.name, []).append(file)
 
-    def candidates(self, file, name):
-        """Headers of the tree that the name may mean, the file's own unit first."""
-        own = home(file)
-        found = self.headers.get(Path(name).name, [])
-        return sorted(found, key=lambda header: home(header) != own)
+    def header(self, name):
+        """The header of the tree that the name means, or None."""
+        return next((file for file in (name, C_API + name) if file in self.includes), None)
 
     def reaches(self, file, wanted, seen=None):
         """Angle include of `file`, direct or through the tree's headers, for which wanted(name) holds."""
@@ -77,7 +75,7 @@ class Tree:
             if not quoted:
                 if wanted(name):
                     return name
-            elif header := next(iter(self.candidates(file, name)), None):
+            elif header := self.header(name):
                 if below := self.reaches(header, wanted, seen):
                     return below
         return None
@@ -92,8 +90,10 @@ def home(file):
 def refused(file, header):
     """Why `file` may not include `header`, or None."""
     area, own, other = file.split("/")[0], home(file), home(header)
-    if own == other or header in SHARED:
+    if own == other or other == "base":
         return None
+    if own == "base":
+        return "base needs nothing of its surroundings"
     if area == "diagd":
         if other in ("diagd/core", "platform/include"):
             return None
@@ -119,13 +119,13 @@ def check(tree):
     for file, includes in tree.includes.items():
         for number, quoted, name in includes:
             if quoted:
-                reasons = [refused(file, header) for header in tree.candidates(file, name)]
-                if not reasons and file.startswith("diagd/"):
+                header = tree.header(name)
+                if header is None and name not in LIBFRR_IN_C:
                     yield f"{file}:{number}: \"{name}\" is no header of the tree"
-                elif reasons and all(reasons):
-                    yield f"{file}:{number}: \"{name}\": {reasons[0]}"
+                elif header and (reason := refused(file, header)):
+                    yield f"{file}:{number}: \"{name}\": {reason}"
             elif file.startswith("diagd/") and file != FRR_DOOR and not is_system(name) and name != "sysrepo.h":
-                yield f"{file}:{number}: <{name}>: libfrr comes into the daemon only through \"frr.hpp\""
+                yield f"{file}:{number}: <{name}>: libfrr comes into the daemon only through \"{FRR_DOOR}\""
 
         if PURE.search(file) and (name := tree.reaches(file, lambda name: not is_standard(name))):
             yield f"{file}: is pure, but reaches <{name}>: it may use the standard library only"

@@ -2,14 +2,14 @@
 // Commands that switch the actions of one alarm.  The older forms have the action before enable or disable.
 // Failure policy: a switch that fails is said twice, by name and as a failed configuration; those before it
 // stay changed, those after it are not tried.
-#include "action_cmd.hpp"
+#include "diagd/alarm_log/action_cmd.hpp"
 
-#include "alarm_action.hpp"
-#include "alarm_grammar.hpp"
-#include "alarm_id.hpp"
-#include "alarm_log_commands.hpp"
-#include "catalogue.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
+#include "diagd/alarm_log/alarm_grammar.hpp"
+#include "diagd/alarm_log/alarm_id.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 #include "tq_errno.h"

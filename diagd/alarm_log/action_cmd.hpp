@@ -2,7 +2,7 @@
 // Switching actions on behalf of an operator.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <string_view>
 

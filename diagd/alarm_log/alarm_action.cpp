@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Action switches of alarms.
-#include "alarm_action.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
 
-#include "state.hpp"
+#include "diagd/core/state.hpp"
 
 namespace diagd {
 

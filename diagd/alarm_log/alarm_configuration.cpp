@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reading the configuration of all alarms at once.
-#include "alarm_configuration.hpp"
+#include "diagd/alarm_log/alarm_configuration.hpp"
 
-#include "malloc_text.hpp"
-#include "state.hpp"
+#include "base/owner.hpp"
+#include "diagd/core/state.hpp"
 
 #include "tq_api.h"
 
@@ -13,7 +13,7 @@ std::optional<AlarmConfiguration> read_alarm_configuration()
 {
     char *xml = nullptr;
     const int result = db_olt_alarm_log_show_xml_alarm_id(&g_diagd_db, &xml);
-    const MallocText owner{xml};
+    const base::MallocText owner{xml};
     if (result < 0)
         return std::nullopt;
     AlarmConfiguration configuration{};

@@ -3,8 +3,8 @@
 // both as C strings that live as long as the process.
 #pragma once
 
-#include "alarm_groups.hpp"
-#include "level_words.hpp"
+#include "diagd/alarm_log/alarm_groups.hpp"
+#include "diagd/alarm_log/level_words.hpp"
 
 #include <algorithm>
 #include <array>

@@ -5,8 +5,8 @@
 // database refuses are said in the log.
 #pragma once
 
-#include "frr.hpp"
-#include "state.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/state.hpp"
 
 #include "tq_api.h"
 #include "tq_database.h"

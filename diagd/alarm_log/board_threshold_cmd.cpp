@@ -3,12 +3,12 @@
 // removes the thresholds that the database has.  Those in force are what a management client puts there.
 // Failure policy: numbers that are refused change nothing, except that the older forms have switched their
 // action already; when the database refuses the last change of a command, none of them is made.
-#include "action_cmd.hpp"
-#include "alarm_action.hpp"
-#include "alarm_log_commands.hpp"
-#include "apply_lock.hpp"
-#include "threshold_store.hpp"
-#include "threshold_words.hpp"
+#include "diagd/alarm_log/action_cmd.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
+#include "diagd/alarm_log/apply_lock.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/alarm_log/threshold_store.hpp"
+#include "diagd/alarm_log/threshold_words.hpp"
 
 using namespace diagd;
 

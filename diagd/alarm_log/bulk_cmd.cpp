@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Commands that switch an action of many alarms in one change of the database.
 // Failure policy: an entry that fails is said in one line and the others go on; what could be set is applied.
-#include "action_cmd.hpp"
-#include "alarm_action.hpp"
-#include "alarm_grammar.hpp"
-#include "alarm_id.hpp"
-#include "alarm_log_commands.hpp"
-#include "apply_lock.hpp"
-#include "catalogue.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/action_cmd.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
+#include "diagd/alarm_log/alarm_grammar.hpp"
+#include "diagd/alarm_log/alarm_id.hpp"
+#include "diagd/alarm_log/apply_lock.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/core/text.hpp"
 
 #include "tq_errno.h"
 

@@ -3,7 +3,7 @@
 // unknown one has an empty text.
 #pragma once
 
-#include "text.hpp"
+#include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 

@@ -2,13 +2,13 @@
 // Commands that show the configuration of alarms as a table.
 // Failure policy: an alarm that cannot be read has no row; a whole table that cannot be read is one line of
 // text.
-#include "alarm_action.hpp"
-#include "alarm_configuration.hpp"
-#include "alarm_id.hpp"
-#include "alarm_log_commands.hpp"
-#include "catalogue.hpp"
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
+#include "diagd/alarm_log/alarm_configuration.hpp"
+#include "diagd/alarm_log/alarm_id.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 using namespace diagd;
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Hidden command that files a test record.  It takes no semaphore itself: cli_log does.
-#include "alarm_log_commands.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
 
-#include "debug_message.hpp"
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/debug_message.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Message text of a test record.
-#include "debug_message.hpp"
+#include "diagd/alarm_log/debug_message.hpp"
 
 #include <cstddef>
 

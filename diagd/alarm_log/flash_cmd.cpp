@@ -3,15 +3,15 @@
 // Failure policy: saving begins with emptying the file, so whatever fails after that has lost what was saved
 // before; no record is ever half saved, and each failure is one line.  The store's semaphore is held until
 // the flash has everything: other writers wait, but the file is one moment's content of the store.
-#include "alarm_log_commands.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
 
-#include "attached_store.hpp"
-#include "flash_file.hpp"
-#include "level_words.hpp"
-#include "record_chain.hpp"
-#include "semaphore.hpp"
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/attached_store.hpp"
+#include "diagd/alarm_log/flash_file.hpp"
+#include "diagd/alarm_log/level_words.hpp"
+#include "diagd/alarm_log/record_chain.hpp"
+#include "diagd/core/semaphore.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 
@@ -46,9 +46,9 @@ private:
     bool is_changed_ = true;
 };
 
-UniqueFile open_and_tell(struct vty *vty, const char *mode)
+base::File open_and_tell(struct vty *vty, const char *mode)
 {
-    UniqueFile file = open_flash_file(mode);
+    base::File file = open_flash_file(mode);
     if (!file)
         vty_out(vty, "open flash log file %s failed\n", flash_file_path);
     return file;
@@ -56,7 +56,7 @@ UniqueFile open_and_tell(struct vty *vty, const char *mode)
 
 void save_records(struct vty *vty)
 {
-    const UniqueFile file = open_and_tell(vty, "w+");
+    const base::File file = open_and_tell(vty, "w+");
     if (!file)
         return;
     tq_alarm_store_t *const store = attached_store();

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The alarm log's file in the board's flash.
-#include "flash_file.hpp"
+#include "diagd/alarm_log/flash_file.hpp"
 
-#include "catalogue.hpp"
-#include "record_chain.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/record_chain.hpp"
+#include "diagd/core/text.hpp"
 
 #include <stdio_ext.h>
 #include <sys/stat.h>
@@ -27,9 +27,9 @@ static int print_record(std::FILE *stream, const tq_alarm_slot_t &slot) noexcept
                         print_length(message), message.data());
 }
 
-UniqueFile open_flash_file(const char *mode) noexcept
+base::File open_flash_file(const char *mode) noexcept
 {
-    return UniqueFile{std::fopen(flash_file_path, mode)};
+    return base::File{std::fopen(flash_file_path, mode)};
 }
 
 int write_records(std::FILE *stream, const RecordChain &chain, int level) noexcept

@@ -2,7 +2,7 @@
 // The alarm log's file in the board's flash.
 #pragma once
 
-#include "unique_file.hpp"
+#include "base/owner.hpp"
 
 namespace diagd {
 
@@ -11,7 +11,7 @@ class RecordChain;
 inline constexpr const char *flash_file_path = "/media/config/var/alarm_log.log";
 
 // Opens the file and empties it; null when it cannot be opened.  `mode` is that of fopen(3).
-[[nodiscard]] UniqueFile open_flash_file(const char *mode) noexcept;
+[[nodiscard]] base::File open_flash_file(const char *mode) noexcept;
 
 // Writes a line for each valid record of the level and above, oldest first.  A line that does not fit into
 // the flash ends it, and nothing of that line stays in the file.  0, or the errno of what failed.

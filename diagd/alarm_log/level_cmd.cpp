@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Commands that set the level of one alarm.
-#include "action_cmd.hpp"
-#include "alarm_grammar.hpp"
-#include "alarm_id.hpp"
-#include "alarm_log_commands.hpp"
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/action_cmd.hpp"
+#include "diagd/alarm_log/alarm_grammar.hpp"
+#include "diagd/alarm_log/alarm_id.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 #include "tq_errno.h"

@@ -3,14 +3,14 @@
 // configuration keeps them.
 // Failure policy: numbers that are refused change nothing.  An interface that this box cannot have takes the
 // commands without effect and shows every alarm disabled.
-#include "alarm_log_commands.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
 
-#include "json_owner.hpp"
-#include "nodes.hpp"
-#include "pon_threshold_text.hpp"
-#include "state.hpp"
-#include "text.hpp"
-#include "threshold_words.hpp"
+#include "diagd/alarm_log/pon_threshold_text.hpp"
+#include "diagd/alarm_log/threshold_words.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/core/nodes.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 using namespace diagd;
 

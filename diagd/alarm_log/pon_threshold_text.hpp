@@ -2,8 +2,8 @@
 // The optical thresholds of the PON ports, and how they read.
 #pragma once
 
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Walking the chain of alarm records.
-#include "record_chain.hpp"
+#include "diagd/alarm_log/record_chain.hpp"
 
 namespace diagd {
 

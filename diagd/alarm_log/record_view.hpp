@@ -2,7 +2,7 @@
 // What the alarm-log commands see and remove: selections of records over the chain.
 #pragma once
 
-#include "record_chain.hpp"
+#include "diagd/alarm_log/record_chain.hpp"
 
 #include <cstdint>
 #include <functional>

@@ -3,11 +3,11 @@
 // the database.
 // Failure policy: a value that the database refuses is said in one line and does not keep the next from being
 // stored.
-#include "alarm_log_commands.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
 
-#include "remote_server.hpp"
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/remote_server.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 

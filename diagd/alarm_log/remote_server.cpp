@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reading the remote log servers.
-#include "remote_server.hpp"
+#include "diagd/alarm_log/remote_server.hpp"
 
-#include "state.hpp"
+#include "diagd/core/state.hpp"
 
 namespace diagd {
 

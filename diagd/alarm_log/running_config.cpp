@@ -2,16 +2,16 @@
 // Writers of the running configuration.
 // Failure policy: a setting that cannot be read has no line.  The switches of the remote servers always have
 // one, because start-up switches them off.
-#include "alarm_log_commands.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
 
-#include "alarm_action.hpp"
-#include "alarm_configuration.hpp"
-#include "catalogue.hpp"
-#include "pon_threshold_text.hpp"
-#include "remote_server.hpp"
-#include "state.hpp"
-#include "text.hpp"
-#include "threshold_store.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
+#include "diagd/alarm_log/alarm_configuration.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/pon_threshold_text.hpp"
+#include "diagd/alarm_log/remote_server.hpp"
+#include "diagd/alarm_log/threshold_store.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include <cmath>
 #include <cstdlib>

@@ -3,10 +3,10 @@
 // servers switched off.  What an operator changed comes back with the configuration file, which is read
 // later. Failure policy: the first value that the database refuses ends it with a line on standard error;
 // what follows keeps what the database has, and thresholds are not watched.
-#include "alarm_action.hpp"
-#include "catalogue.hpp"
-#include "state.hpp"
-#include "threshold_monitor.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/threshold_monitor.hpp"
+#include "diagd/core/state.hpp"
 
 #include "tq_api.h"
 

@@ -2,7 +2,7 @@
 // The alarms that have thresholds.
 #pragma once
 
-#include "threshold_judge.hpp"
+#include "diagd/alarm_log/threshold_judge.hpp"
 
 #include <algorithm>
 #include <array>

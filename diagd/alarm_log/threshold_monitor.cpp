@@ -3,18 +3,18 @@
 // Failure policy: board thresholds that cannot be read are 0 for the pass; what a sampler cannot read is 0; a
 // port whose module cannot be reached is skipped, each of its alarms trying anew.  A pass is never given up,
 // and the next comes three seconds after its end.
-#include "threshold_monitor.hpp"
+#include "diagd/alarm_log/threshold_monitor.hpp"
 
-#include "alarm_action.hpp"
-#include "frr.hpp"
-#include "lm75.hpp"
-#include "malloc_text.hpp"
-#include "pon_optics.hpp"
-#include "slot_port.hpp"
-#include "state.hpp"
-#include "threshold_parser.hpp"
-#include "threshold_report.hpp"
-#include "usage_samplers.hpp"
+#include "base/owner.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
+#include "diagd/alarm_log/threshold_parser.hpp"
+#include "diagd/alarm_log/threshold_report.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/slot_port.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/fan/export/lm75.hpp"
+#include "diagd/system_cli/export/usage_samplers.hpp"
+#include "diagd/transceiver/export/pon_optics.hpp"
 
 namespace diagd {
 
@@ -38,7 +38,7 @@ BoardThresholds read_board_thresholds()
 {
     char *xml = nullptr;
     const int code = db_olt_alarm_log_show_xml_threshold(&g_diagd_db, &xml);
-    const MallocText owner{xml};
+    const base::MallocText owner{xml};
     return code == 0 && xml != nullptr ? parse_board_thresholds(xml) : BoardThresholds{};
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "threshold_parser.hpp"
+#include "diagd/alarm_log/threshold_parser.hpp"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 // From text to thresholds and values.  Pure: no database, no session.
 #pragma once
 
-#include "threshold_judge.hpp"
+#include "diagd/alarm_log/threshold_judge.hpp"
 
 #include <array>
 #include <string_view>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Records of threshold alarms.  An action that fails is the alarm library's to report.
-#include "threshold_report.hpp"
+#include "diagd/alarm_log/threshold_report.hpp"
 
-#include "state.hpp"
+#include "diagd/core/state.hpp"
 
 #include "tq_api.h"
 

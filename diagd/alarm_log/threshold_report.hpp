@@ -2,7 +2,7 @@
 // What threshold alarms say.
 #pragma once
 
-#include "threshold_alarms.hpp"
+#include "diagd/alarm_log/threshold_alarms.hpp"
 
 namespace diagd {
 

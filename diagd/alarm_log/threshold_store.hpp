@@ -2,7 +2,7 @@
 // The board alarms' thresholds in the database.
 #pragma once
 
-#include "threshold_alarms.hpp"
+#include "diagd/alarm_log/threshold_alarms.hpp"
 
 #include "tq_database.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The two numbers of a threshold command.
-#include "threshold_words.hpp"
+#include "diagd/alarm_log/threshold_words.hpp"
 
-#include "text.hpp"
-#include "threshold_parser.hpp"
+#include "diagd/alarm_log/threshold_parser.hpp"
+#include "diagd/core/text.hpp"
 
 namespace diagd {
 

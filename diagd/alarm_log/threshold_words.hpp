@@ -2,9 +2,9 @@
 // Threshold commands: their words and help, and the two numbers of every one that enables an alarm.
 #pragma once
 
-#include "alarm_grammar.hpp"
-#include "frr.hpp"
-#include "threshold_alarms.hpp"
+#include "diagd/alarm_log/alarm_grammar.hpp"
+#include "diagd/alarm_log/threshold_alarms.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <optional>
 

@@ -2,14 +2,14 @@
 // Commands that show and clear alarm records.  The store's semaphore is held from before the store is looked
 // at until the last line is printed: a long listing delays other writers, but no record changes under it. All
 // commands succeed; a store that cannot be attached is said in one line.
-#include "alarm_log_commands.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
 
-#include "attached_store.hpp"
-#include "catalogue.hpp"
-#include "level_words.hpp"
-#include "record_view.hpp"
-#include "semaphore.hpp"
-#include "text.hpp"
+#include "diagd/alarm_log/attached_store.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/level_words.hpp"
+#include "diagd/alarm_log/record_view.hpp"
+#include "diagd/core/semaphore.hpp"
+#include "diagd/core/text.hpp"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Filing alarm records; the failure policy stands in alarm_record.hpp.
-#include "alarm_record.hpp"
+#include "diagd/core/alarm_record.hpp"
 
-#include "state.hpp"
+#include "diagd/core/state.hpp"
 
 #include "tq_api.h"
 

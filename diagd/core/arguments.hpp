@@ -2,7 +2,7 @@
 // Arguments of a command by the name that its grammar gives them.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <cstdlib>
 #include <optional>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The board bracket; its failure policy stands in board_bracket.hpp.
-#include "board_bracket.hpp"
+#include "diagd/core/board_bracket.hpp"
 
-#include "privileges.hpp"
-#include "state.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/state.hpp"
 
 #include "util_cpld.h"
 

@@ -6,7 +6,7 @@
 // The semaphore is not recursive: whoever holds a bracket must call nothing that opens another one.
 #pragma once
 
-#include "semaphore.hpp"
+#include "diagd/core/semaphore.hpp"
 
 namespace diagd {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reading the board records.  A record that cannot be read ends the list.
-#include "board_records.hpp"
+#include "diagd/core/board_records.hpp"
 
 #include <initializer_list>
 

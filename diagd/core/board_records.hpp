@@ -4,7 +4,7 @@
 // are the callers' and the offsets are here.
 #pragma once
 
-#include "slot_port.hpp"
+#include "diagd/core/slot_port.hpp"
 
 #include "tq_board.h"
 

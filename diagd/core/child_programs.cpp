@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Programs that the daemon starts and waits for itself (see child_programs.hpp).
-#include "child_programs.hpp"
+#include "diagd/core/child_programs.hpp"
 
 #include <pthread.h>
 #include <unistd.h>

@@ -2,7 +2,7 @@
 // Installing commands: each unit has one constant table, and a command is one row of it.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <span>
 

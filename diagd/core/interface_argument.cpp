@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Interfaces named in commands (see interface_argument.hpp).  A board without records has no ports.
-#include "interface_argument.hpp"
+#include "diagd/core/interface_argument.hpp"
 
-#include "board_records.hpp"
-#include "text.hpp"
+#include "diagd/core/board_records.hpp"
+#include "diagd/core/text.hpp"
 
 #include <array>
 #include <cstdio>

@@ -2,8 +2,8 @@
 // Interfaces as operators name them in commands: a word for the kind, then the position.
 #pragma once
 
-#include "frr.hpp"
-#include "slot_port.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/slot_port.hpp"
 
 #include <optional>
 #include <string>

@@ -2,8 +2,8 @@
 // Owner of a json-c object, and the one way a command prints it.
 #pragma once
 
-#include "frr.hpp"
-#include "text.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/text.hpp"
 
 #include <memory>
 

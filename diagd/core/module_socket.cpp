@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Module sockets (see module_socket.hpp).  A presence register that cannot be read holds no module.
-#include "module_socket.hpp"
+#include "diagd/core/module_socket.hpp"
 
 #include "util_cpld.h"
 

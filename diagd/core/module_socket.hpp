@@ -2,8 +2,8 @@
 // Where pluggable modules sit: a presence bit in the CPLD, and a channel of the I2C multiplexer.
 #pragma once
 
-#include "board_bracket.hpp"
-#include "slot_port.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/core/slot_port.hpp"
 
 #include <cstdint>
 #include <optional>

@@ -3,7 +3,7 @@
 // platform's libfrr, which installs it, the daemon only installs commands into it.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 namespace diagd {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's privilege set.
-#include "privileges.hpp"
+#include "diagd/core/privileges.hpp"
 
 #include <iterator>
 

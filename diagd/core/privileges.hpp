@@ -2,14 +2,14 @@
 // What the daemon may do, and the guard that raises its privileges for as long as it lives.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 extern struct zebra_privs_t diagd_privs;
 
 namespace diagd {
 
-// Of the calling thread, raised only around device opens and shell commands.  `reason` names the operation and must be a literal:
-// libfrr keeps the pointer while raised.
+// Of the calling thread, raised only around device opens and shell commands.  `reason` names the operation
+// and must be a literal: libfrr keeps the pointer while raised.
 class Privileges {
 public:
     explicit Privileges(const char *reason) noexcept : raised_(_zprivs_raise(&diagd_privs, reason)) {}

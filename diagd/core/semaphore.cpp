@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Taking a semaphore; the failure policy stands in semaphore.hpp.
-#include "semaphore.hpp"
+#include "diagd/core/semaphore.hpp"
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <atomic>
 #include <cerrno>

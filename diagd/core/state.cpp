@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The process-wide objects.
-#include "state.hpp"
+#include "diagd/core/state.hpp"
 
 constinit diagd::State diagm{};
 constinit tq_database_t g_diagd_db{};

@@ -2,7 +2,7 @@
 // Sending a vty's output before its command returns.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 namespace diagd {
 

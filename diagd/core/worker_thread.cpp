@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Starting worker threads.  Failure policy: a thread that cannot be started leaves nothing behind.
-#include "worker_thread.hpp"
+#include "diagd/core/worker_thread.hpp"
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <pthread.h>
 #include <sys/prctl.h>

@@ -2,7 +2,7 @@
 // The unit's commands, for its install table.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 // reboot_cmd.cpp
 extern const struct cmd_element reboot_device_cmd;

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Fetching a CPLD image; the failure policy stands in image_fetch.hpp.
-#include "image_fetch.hpp"
+#include "diagd/cpld/image_fetch.hpp"
 
-#include "alarm_record.hpp"
-#include "frr.hpp"
-#include "image_lines.hpp"
-#include "shell_runner.hpp"
-#include "text.hpp"
-#include "unique_fd.hpp"
-#include "vty_flush.hpp"
+#include "base/fd.hpp"
+#include "diagd/core/alarm_record.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/core/vty_flush.hpp"
+#include "diagd/cpld/image_lines.hpp"
+#include "diagd/cpld/shell_runner.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -67,7 +67,7 @@ bool is_usable(struct vty *vty, const std::string &path) noexcept
     const char *const name = path.c_str();
     if (*size == 0)
         vty_out(vty, "\r\nError: wrong file size !%s", line_end);
-    else if (!diagd::UniqueFd{::open(name, O_RDONLY | O_CLOEXEC)})
+    else if (!base::Fd{::open(name, O_RDONLY | O_CLOEXEC)})
         vty_out(vty, "\r\nError: Open %s fail !%s", name, line_end);
     else
         return true;

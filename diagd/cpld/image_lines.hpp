@@ -2,7 +2,7 @@
 // Names of CPLD images, and the shell lines that fetch them.
 #pragma once
 
-#include "shell_word.hpp"
+#include "base/shell_word.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -35,14 +35,14 @@ inline constexpr std::size_t image_name_size = 80 - sizeof "jtag /tmp/";
 // The lines that fetch image `name`, which is_image_name has accepted.
 [[nodiscard]] inline std::string tftp_line(const std::string &name, const std::string &server)
 {
-    return "/usr/bin/tftp -l " + image_path(name) + " -r " + name + " -g " + shell_word(server);
+    return "/usr/bin/tftp -l " + image_path(name) + " -r " + name + " -g " + base::shell_word(server);
 }
 
 [[nodiscard]] inline std::string ftp_line(const std::string &name, const std::string &server,
                                           const std::string &user, const std::string &password)
 {
-    return "/usr/bin/ftpget -u " + shell_word(user) + " -p " + shell_word(password) + ' ' +
-           shell_word(server) + ' ' + image_path(name) + ' ' + name;
+    return "/usr/bin/ftpget -u " + base::shell_word(user) + " -p " + base::shell_word(password) + ' ' +
+           base::shell_word(server) + ' ' + image_path(name) + ' ' + name;
 }
 
 // The first match on any stick; none at all is no failure of the line.

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Programming the CPLD; the failure policy stands in image_program.hpp.
-#include "image_program.hpp"
+#include "diagd/cpld/image_program.hpp"
 
-#include "board_bracket.hpp"
-#include "register_access.hpp"
-#include "reset_clients.hpp"
-#include "shell_runner.hpp"
-#include "state.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/cpld/register_access.hpp"
+#include "diagd/cpld/shell_runner.hpp"
+#include "diagd/peer/export/reset_clients.hpp"
 
 #include <chrono>
 #include <cstdio>

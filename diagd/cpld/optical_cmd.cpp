@@ -2,12 +2,12 @@
 // Displays of what optical modules measure: of the session's PON port, of one port, and as a table.
 // Failure policy: a CPLD that cannot be opened makes the command a warning, without a word, and ends a table;
 // a module that does not answer shows what its zeroes come to.
-#include "cpld_cmd.hpp"
+#include "diagd/cpld/cpld_cmd.hpp"
 
-#include "board_records.hpp"
-#include "interface_argument.hpp"
-#include "optical_readout.hpp"
-#include "text.hpp"
+#include "diagd/core/board_records.hpp"
+#include "diagd/core/interface_argument.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/cpld/optical_readout.hpp"
 
 #include <array>
 #include <cstdio>

@@ -3,10 +3,10 @@
 //
 // Failure policy: a byte that cannot be read is 0, and the values are what the formulas make of it: 0, -inf
 // or NaN.  Nothing is retried; only debugging tells.
-#include "optical_readout.hpp"
+#include "diagd/cpld/optical_readout.hpp"
 
-#include "module_socket.hpp"
-#include "transceiver.hpp"
+#include "diagd/core/module_socket.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
 
 #include "util_cpld.h"
 

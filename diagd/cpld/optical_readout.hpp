@@ -5,9 +5,9 @@
 // one takes what the module's monitoring type says, so it has received power of every module, too.
 #pragma once
 
-#include "board_bracket.hpp"
-#include "optical_values.hpp"
-#include "slot_port.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/core/slot_port.hpp"
+#include "diagd/transceiver/export/optical_values.hpp"
 
 #include <cstdint>
 #include <optional>

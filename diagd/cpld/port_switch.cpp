@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Switching bits of a port register (see port_switch.hpp).
-#include "port_switch.hpp"
+#include "diagd/cpld/port_switch.hpp"
 
-#include "register_access.hpp"
+#include "diagd/cpld/register_access.hpp"
 
 namespace diagd {
 

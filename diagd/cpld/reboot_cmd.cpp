@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reboot by command.  The peers are not told, and the board itself is reset by what ends the daemons.
-#include "cpld_cmd.hpp"
+#include "diagd/cpld/cpld_cmd.hpp"
 
-#include "alarm_record.hpp"
-#include "reset_clients.hpp"
-#include "text.hpp"
+#include "diagd/core/alarm_record.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/peer/export/reset_clients.hpp"
 
 #include <cstdio>
 

@@ -3,7 +3,7 @@
 // register that cannot be read reads as 0.
 #pragma once
 
-#include "cpld_registers.hpp"
+#include "diagd/cpld/cpld_registers.hpp"
 
 #include "util_cpld.h"
 

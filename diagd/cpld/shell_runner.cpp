@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Shell lines of the CPLD's upgrade; the failure policy stands in shell_runner.hpp.
-#include "shell_runner.hpp"
+#include "diagd/cpld/shell_runner.hpp"
 
-#include "child_programs.hpp"
+#include "diagd/core/child_programs.hpp"
 
 #include <cerrno>
 #include <cstdio>

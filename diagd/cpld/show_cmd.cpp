@@ -2,12 +2,12 @@
 // Displays of the CPLD's registers, identification and power state, and the library's debug switch.
 // Failure policy: a CPLD that cannot be opened makes the command a warning, without a word; one that does not
 // answer a read of a register shows 0.
-#include "cpld_cmd.hpp"
+#include "diagd/cpld/cpld_cmd.hpp"
 
-#include "board_bracket.hpp"
-#include "json_owner.hpp"
-#include "register_access.hpp"
-#include "text.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/cpld/register_access.hpp"
 
 #include <cstring>
 

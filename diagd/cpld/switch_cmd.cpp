@@ -2,11 +2,11 @@
 // Commands that switch LEDs, fans, and ports by hand.  They write the register and nothing else: the fan
 // monitor keeps its own settings, and writes them over these at its next pass.
 // Failure policy: a CPLD that cannot be opened makes the command a warning, without a word.
-#include "cpld_cmd.hpp"
+#include "diagd/cpld/cpld_cmd.hpp"
 
-#include "board_bracket.hpp"
-#include "port_switch.hpp"
-#include "register_access.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/cpld/port_switch.hpp"
+#include "diagd/cpld/register_access.hpp"
 
 #include <cstdlib>
 #include <string_view>

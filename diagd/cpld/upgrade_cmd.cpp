@@ -3,17 +3,17 @@
 // done; what the operator is to know before a wait is sent before it.
 // Failure policy: an image that cannot be fetched is not programmed, which the alarm log says; what comes of
 // the programming is the programmer's to tell.
-#include "cpld_cmd.hpp"
+#include "diagd/cpld/cpld_cmd.hpp"
 
-#include "board_bracket.hpp"
-#include "image_fetch.hpp"
-#include "image_lines.hpp"
-#include "image_program.hpp"
-#include "register_access.hpp"
-#include "shell_runner.hpp"
-#include "text.hpp"
-#include "unique_fd.hpp"
-#include "vty_flush.hpp"
+#include "base/fd.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/core/vty_flush.hpp"
+#include "diagd/cpld/image_fetch.hpp"
+#include "diagd/cpld/image_lines.hpp"
+#include "diagd/cpld/image_program.hpp"
+#include "diagd/cpld/register_access.hpp"
+#include "diagd/cpld/shell_runner.hpp"
 
 #include <fcntl.h>
 
@@ -85,7 +85,7 @@ DEFUN(cpld_restore, cpld_restore_cmd, "cpld restore",
       "CPLD restore from backup file.\n")
 {
     vty_out(vty, "Start to restore CPLD from backup file...%s", line_end);
-    if (!diagd::UniqueFd{::open(backup_image, O_RDONLY | O_CLOEXEC)}) {
+    if (!base::Fd{::open(backup_image, O_RDONLY | O_CLOEXEC)}) {
         vty_out(vty, "Can't open CPLD Backup file: %s%s", backup_image, line_end);
         return CMD_WARNING;
     }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Interface nodes, debugging state and the GPIO resets.  All of them succeed on every path.
-#include "basic_cmd.hpp"
+#include "diagd/diag_cli/basic_cmd.hpp"
 
-#include "gpio_reset.hpp"
-#include "interface_argument.hpp"
-#include "nodes.hpp"
-#include "text.hpp"
-#include "vty_flush.hpp"
+#include "diagd/core/interface_argument.hpp"
+#include "diagd/core/nodes.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/core/vty_flush.hpp"
+#include "diagd/diag_cli/gpio_reset.hpp"
 
 #include "util_cpld.h"
 #include "util_i2c.h"

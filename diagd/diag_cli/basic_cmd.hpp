@@ -2,7 +2,7 @@
 // The basic commands, for the install order.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 extern const struct cmd_element gpon_config_interface_cmd;
 extern const struct cmd_element xgpon_config_interface_cmd;

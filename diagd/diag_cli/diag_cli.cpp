@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's command frame: its nodes, and the install order of the alarm-log and basic commands.
-#include "alarm_log_commands.hpp"
-#include "basic_cmd.hpp"
-#include "install.hpp"
-#include "nodes.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/core/install.hpp"
+#include "diagd/core/nodes.hpp"
+#include "diagd/diag_cli/basic_cmd.hpp"
 
 using diagd::config_node;
 using diagd::diagnose_node;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Resets through the board's GPIO device; the failure policy stands in gpio_reset.hpp.
-#include "gpio_reset.hpp"
+#include "diagd/diag_cli/gpio_reset.hpp"
 
-#include "privileges.hpp"
-#include "unique_fd.hpp"
+#include "base/fd.hpp"
+#include "diagd/core/privileges.hpp"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -24,9 +24,9 @@ constexpr int system_reset_writes = 100'000;
 // Requests of the GPIO driver.
 enum class GpioRequest : unsigned long { set = 1, get = 3 };
 
-UniqueFd open_gpio() noexcept
+base::Fd open_gpio() noexcept
 {
-    return UniqueFd{::open(gpio_device, O_RDWR | O_CLOEXEC)};
+    return base::Fd{::open(gpio_device, O_RDWR | O_CLOEXEC)};
 }
 
 void log_open_failure(int error) noexcept
@@ -34,7 +34,7 @@ void log_open_failure(int error) noexcept
     zlog_err("open %s failed: %s", gpio_device, safe_strerror(error));
 }
 
-bool issue(const UniqueFd &device, GpioRequest request, unsigned gpio, unsigned value) noexcept
+bool issue(const base::Fd &device, GpioRequest request, unsigned gpio, unsigned value) noexcept
 {
     std::uint32_t word = gpio_word(gpio, value);
     if (::ioctl(device.get(), static_cast<unsigned long>(request), &word) >= 0)
@@ -51,7 +51,7 @@ bool issue(const UniqueFd &device, GpioRequest request, unsigned gpio, unsigned 
 void pon_chip_reset() noexcept
 {
     const Privileges raised{"pon_chip_reset"};
-    UniqueFd device = open_gpio();
+    base::Fd device = open_gpio();
     if (!device) {
         log_open_failure(errno);
         return;
@@ -67,7 +67,7 @@ void pon_chip_reset() noexcept
 void system_gpio_reset() noexcept
 {
     Privileges raised{"system_gpio_reset"};
-    UniqueFd device = open_gpio();
+    base::Fd device = open_gpio();
     const int open_errno = errno;
     raised.lower();
     if (!device) {

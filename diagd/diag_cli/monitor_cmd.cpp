@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The monitor switches.  They live in memory only: neither the database nor the running configuration knows
 // them, and a restart enables every monitor again.
-#include "basic_cmd.hpp"
+#include "diagd/diag_cli/basic_cmd.hpp"
 
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include <cstring>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // "show version": base information of the device.  What the database does not give is shown empty.
-#include "basic_cmd.hpp"
+#include "diagd/diag_cli/basic_cmd.hpp"
 
-#include "json_owner.hpp"
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
 
 #include <string>
 

@@ -2,12 +2,12 @@
 // Start of fan control.
 // Failure policy: without the sensor's bus or the CPLD's there is no fan control, silently, and the fans stay
 // as they are; the commands are there nevertheless.
-#include "board_sensor.hpp"
-#include "fan_cmd.hpp"
-#include "fan_monitor.hpp"
-#include "fan_settings.hpp"
-#include "privileges.hpp"
-#include "state.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/fan/board_sensor.hpp"
+#include "diagd/fan/fan_cmd.hpp"
+#include "diagd/fan/fan_monitor.hpp"
+#include "diagd/fan/fan_settings.hpp"
 
 #include "util_i2c.h"
 

@@ -2,16 +2,16 @@
 // Fan and temperature commands, and the fans' lines of the running configuration.
 // Failure policy: a speed that cannot be written because the CPLD does not open changes nothing and returns a
 // warning without a word.
-#include "fan_cmd.hpp"
+#include "diagd/fan/fan_cmd.hpp"
 
-#include "board_bracket.hpp"
-#include "fan_settings.hpp"
-#include "install.hpp"
-#include "json_owner.hpp"
-#include "lm75.hpp"
-#include "monitor_registers.hpp"
-#include "nodes.hpp"
-#include "text.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/core/install.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/core/nodes.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/fan/export/lm75.hpp"
+#include "diagd/fan/fan_settings.hpp"
+#include "diagd/fan/monitor_registers.hpp"
 
 #include "util_cpld.h"
 

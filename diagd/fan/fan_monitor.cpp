@@ -3,16 +3,16 @@
 // Failure policy: a sensor that does not answer costs a pass about three seconds and counts with its last
 // good reading, see lm75.hpp; a register write that fails is taken as done.  Whatever fails, the thread lives
 // on.
-#include "fan_monitor.hpp"
+#include "diagd/fan/fan_monitor.hpp"
 
-#include "alarm_record.hpp"
-#include "fan_policy.hpp"
-#include "fan_settings.hpp"
-#include "lm75.hpp"
-#include "monitor_registers.hpp"
-#include "semaphore.hpp"
-#include "state.hpp"
-#include "worker_thread.hpp"
+#include "diagd/core/alarm_record.hpp"
+#include "diagd/core/semaphore.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/worker_thread.hpp"
+#include "diagd/fan/export/lm75.hpp"
+#include "diagd/fan/fan_policy.hpp"
+#include "diagd/fan/fan_settings.hpp"
+#include "diagd/fan/monitor_registers.hpp"
 
 #include "util_cpld.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Registers of the hardware monitors; the failure policy stands in monitor_registers.hpp.
-#include "monitor_registers.hpp"
+#include "diagd/fan/monitor_registers.hpp"
 
-#include "privileges.hpp"
-#include "semaphore.hpp"
-#include "state.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/semaphore.hpp"
+#include "diagd/core/state.hpp"
 
 #include "util_cpld.h"
 

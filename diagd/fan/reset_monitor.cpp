@@ -3,14 +3,14 @@
 // Failure policy: a device that cannot be opened, set up or mapped is told on standard error and there is no
 // button; everything else of the daemon goes on.  Once pressed, whatever fails on the way is at most printed:
 // the reboot goes ahead.
-#include "alarm_record.hpp"
-#include "button_policy.hpp"
-#include "child_programs.hpp"
-#include "privileges.hpp"
-#include "reset_clients.hpp"
-#include "unique_fd.hpp"
-#include "unique_file.hpp"
-#include "worker_thread.hpp"
+#include "base/fd.hpp"
+#include "base/owner.hpp"
+#include "diagd/core/alarm_record.hpp"
+#include "diagd/core/child_programs.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/worker_thread.hpp"
+#include "diagd/fan/button_policy.hpp"
+#include "diagd/peer/export/reset_clients.hpp"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -47,7 +47,7 @@ const volatile std::uint32_t *uio_registers; // set before the thread starts
 // Makes the button's line an input.
 bool set_up_line() noexcept
 {
-    const diagd::UniqueFd device{::open(gpio_device, O_RDWR | O_CLOEXEC)};
+    const base::Fd device{::open(gpio_device, O_RDWR | O_CLOEXEC)};
     if (!device) {
         std::perror("open /dev/tq_gpio_cfg failed\n");
         return false;
@@ -63,7 +63,7 @@ bool set_up_line() noexcept
 // Bytes of the mapped region; 0, which cannot be mapped, when the kernel does not say.
 std::uint32_t uio_size() noexcept
 {
-    const diagd::UniqueFile file{std::fopen(uio_size_file, "re")};
+    const base::File file{std::fopen(uio_size_file, "re")};
     unsigned size = 0;
     if (!file || std::fscanf(file.get(), "0x%16X", &size) != 1)
         return 0;
@@ -72,7 +72,7 @@ std::uint32_t uio_size() noexcept
 
 bool map_registers() noexcept
 {
-    diagd::UniqueFd device{::open(uio_device, O_RDWR | O_SYNC | O_CLOEXEC)};
+    base::Fd device{::open(uio_device, O_RDWR | O_SYNC | O_CLOEXEC)};
     if (!device) {
         std::perror("Failed to open the device");
         return false;

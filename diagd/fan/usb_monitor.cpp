@@ -3,12 +3,12 @@
 // kernel's hot-plug events tell.
 // Failure policy: without a handle there is no monitor, and without the hot-plug socket the thread ends; one
 // line on standard output says so and the LED keeps what it shows.  A receive that fails is passed over.
-#include "monitor_registers.hpp"
-#include "privileges.hpp"
-#include "state.hpp"
-#include "uevent_parser.hpp"
-#include "unique_fd.hpp"
-#include "worker_thread.hpp"
+#include "base/fd.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/worker_thread.hpp"
+#include "diagd/fan/monitor_registers.hpp"
+#include "diagd/fan/uevent_parser.hpp"
 
 #include <linux/netlink.h>
 #include <mntent.h>
@@ -55,16 +55,16 @@ bool disk_is_mounted() noexcept
 }
 
 // The forced buffer needs privileges.  An empty owner: the reason has been printed.
-diagd::UniqueFd open_hotplug_socket() noexcept
+base::Fd open_hotplug_socket() noexcept
 {
     const diagd::Privileges raised{"usb_monitor_thread"};
     const auto failed = [](const char *step) {
         std::printf("error %s: %s", step, std::strerror(errno));
         std::fflush(stdout); // no line end
-        return diagd::UniqueFd{};
+        return base::Fd{};
     };
 
-    diagd::UniqueFd hotplug{::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_KOBJECT_UEVENT)};
+    base::Fd hotplug{::socket(AF_NETLINK, SOCK_DGRAM | SOCK_CLOEXEC, NETLINK_KOBJECT_UEVENT)};
     if (!hotplug)
         return failed("create hotplug socket");
 
@@ -108,7 +108,7 @@ void run() noexcept
 {
     if (disk_is_mounted())
         light_led(true);
-    const diagd::UniqueFd hotplug = open_hotplug_socket();
+    const base::Fd hotplug = open_hotplug_socket();
     if (!hotplug)
         return;
     diagm.usb_monitor.store(1, std::memory_order_relaxed);

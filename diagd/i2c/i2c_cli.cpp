@@ -3,12 +3,12 @@
 // on the same buses is not held off: a transaction is whole, a row of them is not.
 // Failure policy: a bus that cannot be opened makes the command a warning, without a word; a device that does
 // not answer shows 0; a failed write is not reported.
-#include "arguments.hpp"
-#include "install.hpp"
-#include "nodes.hpp"
-#include "privileges.hpp"
-#include "text.hpp"
-#include "unique_fd.hpp"
+#include "base/fd.hpp"
+#include "diagd/core/arguments.hpp"
+#include "diagd/core/install.hpp"
+#include "diagd/core/nodes.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/text.hpp"
 
 #include "util_i2c.h"
 
@@ -27,10 +27,10 @@ constexpr long buffer_size = 1024;
 constexpr long bytes_per_line = 16;
 
 // `reason` names the operation for the privilege raise; it must be a literal.
-diagd::UniqueFd open_bus(const char *reason, long bus) noexcept
+base::Fd open_bus(const char *reason, long bus) noexcept
 {
     const diagd::Privileges raised{reason};
-    return diagd::UniqueFd{misc_i2c_device_init(static_cast<int>(bus))};
+    return base::Fd{misc_i2c_device_init(static_cast<int>(bus))};
 }
 
 } // namespace
@@ -53,7 +53,7 @@ DEFUN(debug_i2c_read, debug_i2c_read_cmd, "i2c (0-3) read SLAVE_ADDR_HEX REG_ADD
     if (length < asked)
         zlog_warn("i2c read: length %ld is capped at %ld", asked, length);
 
-    const diagd::UniqueFd handle = open_bus("debug_i2c_read", *bus);
+    const base::Fd handle = open_bus("debug_i2c_read", *bus);
     if (!handle)
         return CMD_WARNING;
     std::array<std::uint8_t, buffer_size> data{};
@@ -85,7 +85,7 @@ DEFUN(debug_i2c_write, debug_i2c_write_cmd, "i2c (0-3) write SLAVE_ADDR_HEX REG_
     if (!bus || !slave || !reg || !value)
         return CMD_SUCCESS;
 
-    const diagd::UniqueFd handle = open_bus("debug_i2c_write", *bus);
+    const base::Fd handle = open_bus("debug_i2c_write", *bus);
     if (!handle)
         return CMD_WARNING;
     auto byte = static_cast<std::uint8_t>(*value);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Port numbers from the device's port record.  Without the record they stay zero and the daemon says so.
-#include "port_map.hpp"
+#include "diagd/peer/port_map.hpp"
 
-#include "state.hpp"
+#include "diagd/core/state.hpp"
 
 #include <cstdio>
 

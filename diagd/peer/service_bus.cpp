@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's client on the service bus.  A bus that is absent leaves the daemon working without it.  A
 // message that cannot be read is passed over.
-#include "reset_clients.hpp"
+#include "diagd/peer/export/reset_clients.hpp"
 
-#include "frr.hpp"
-#include "state.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/state.hpp"
 
 #include "tq_api.h"
 #include "util_cpld.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What every reset does before the board goes down.  Failures are passed over: nothing holds a reset up.
-#include "reset_clients.hpp"
+#include "diagd/peer/export/reset_clients.hpp"
 
-#include "privileges.hpp"
+#include "diagd/core/privileges.hpp"
 
 #include "tq_api.h"
 

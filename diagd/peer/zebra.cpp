@@ -3,10 +3,10 @@
 // itself, and a zebra that is away costs the daemon nothing.
 // libfrr's client belongs to the event loop: another thread that wants to send has it done there, and gives
 // up when the event loop is busy for too long.
-#include "reset_clients.hpp"
+#include "diagd/peer/export/reset_clients.hpp"
 
-#include "frr.hpp"
-#include "privileges.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/core/privileges.hpp"
 
 #include <chrono>
 #include <condition_variable>

@@ -3,12 +3,12 @@
 // PHYs are on no bus that the board's semaphore guards.
 // Failure policy: a PHY that cannot be read shows 0, one that cannot be identified shows nothing; a failed
 // write is not reported.
-#include "arguments.hpp"
-#include "install.hpp"
-#include "nodes.hpp"
-#include "phy_register.hpp"
-#include "privileges.hpp"
-#include "text.hpp"
+#include "diagd/core/arguments.hpp"
+#include "diagd/core/install.hpp"
+#include "diagd/core/nodes.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/phy/phy_register.hpp"
 
 #include "util_phy.h"
 

@@ -2,14 +2,14 @@
 // Commands on the clock.
 // Failure policy: a clock that cannot be set is said by the programs that set it, on the daemon's streams;
 // the difference is stored and the time shown whatever they did.
-#include "system_commands.hpp"
+#include "diagd/system_cli/system_commands.hpp"
 
-#include "child_programs.hpp"
-#include "clock_parser.hpp"
-#include "json_owner.hpp"
-#include "running_time.hpp"
-#include "state.hpp"
-#include "text.hpp"
+#include "diagd/core/child_programs.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/system_cli/clock_parser.hpp"
+#include "diagd/system_cli/running_time.hpp"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Failure policy: a running time that cannot be read is said on standard output and counts as 0.
-#include "running_time.hpp"
+#include "diagd/system_cli/running_time.hpp"
 
-#include "unique_file.hpp"
+#include "base/owner.hpp"
 
 #include <array>
 #include <cerrno>
@@ -14,7 +14,7 @@ namespace {
 // Nothing, with errno set, when the file cannot be read or says no number.
 std::optional<diagd::RunningTime> read_uptime() noexcept
 {
-    const diagd::UniqueFile file{std::fopen("/proc/uptime", "re")};
+    const base::File file{std::fopen("/proc/uptime", "re")};
     if (!file)
         return std::nullopt;
     std::array<char, 512> text;

@@ -2,7 +2,7 @@
 // How long the system has been running.
 #pragma once
 
-#include "clock_parser.hpp"
+#include "diagd/system_cli/clock_parser.hpp"
 
 extern "C" {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Install order of the system information commands.
-#include "install.hpp"
-#include "system_commands.hpp"
+#include "diagd/core/install.hpp"
+#include "diagd/system_cli/system_commands.hpp"
 
-#include "nodes.hpp"
+#include "diagd/core/nodes.hpp"
 
 using diagd::config_node;
 

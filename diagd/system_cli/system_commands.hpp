@@ -2,7 +2,7 @@
 // The system information commands, for the install order.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 extern const struct cmd_element show_top_cmd;
 extern const struct cmd_element show_task_cmd;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // "show task": every thread, its process first.
-#include "system_commands.hpp"
+#include "diagd/system_cli/system_commands.hpp"
 
-#include "task_list.hpp"
-#include "text.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/system_cli/task_list.hpp"
 
 #include <cstdio>
 
@@ -15,7 +15,7 @@ DEFUN(show_task, show_task_cmd, "show task [running]",
       "running system taskk\n")
 {
     const bool only_running = argc == 3;
-    const diagd::UniqueFolder proc{opendir("/proc")};
+    const base::Folder proc{opendir("/proc")};
     if (!proc) {
         std::perror("opendir fail");
         return CMD_SUCCESS;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Failure policy: a thread whose status cannot be read is listed with what is known; anything else that
 // cannot be opened ends the list and is reported to the caller.
-#include "task_list.hpp"
+#include "diagd/system_cli/task_list.hpp"
 
-#include "unique_fd.hpp"
+#include "base/fd.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -31,7 +31,7 @@ std::optional<std::uint32_t> next_number(DIR *folder) noexcept
 // be read, because its thread has ended since, is empty.
 std::optional<std::string_view> read_beginning(const Path &path, std::span<char> buffer) noexcept
 {
-    const UniqueFd file{open(path.data(), O_RDONLY | O_CLOEXEC)};
+    const base::Fd file{open(path.data(), O_RDONLY | O_CLOEXEC)};
     if (!file)
         return std::nullopt;
     const ssize_t size = read(file.get(), buffer.data(), buffer.size());
@@ -59,7 +59,7 @@ std::string for_each_task(DIR *proc, const std::function<void(const Task &)> &ro
     std::array<char, 256> buffer;
     while (const auto process = next_number(proc)) {
         const Path folder = folder_of(*process);
-        const UniqueFolder threads{opendir(folder.data())};
+        const base::Folder threads{opendir(folder.data())};
         if (!threads)
             return std::string{"opendir "} + folder.data() + " fail";
 

@@ -2,19 +2,14 @@
 // The threads of all processes.
 #pragma once
 
-#include "task_parser.hpp"
+#include "base/owner.hpp"
+#include "diagd/system_cli/task_parser.hpp"
 
 #include <dirent.h>
 
 #include <functional>
-#include <memory>
 
 namespace diagd {
-
-struct CloseFolder {
-    void operator()(DIR *folder) const noexcept { closedir(folder); }
-};
-using UniqueFolder = std::unique_ptr<DIR, CloseFolder>;
 
 struct Task {
     std::uint32_t process;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "task_parser.hpp"
+#include "diagd/system_cli/task_parser.hpp"
 
-#include "utf8.hpp"
+#include "base/utf8.hpp"
 
 #include <algorithm>
 #include <charconv>
@@ -15,7 +15,7 @@ namespace {
 std::size_t control_size(std::string_view text) noexcept
 {
     const auto c1 = [](char c) { return (static_cast<unsigned char>(c) & 0xE0) == 0x80; };
-    const std::size_t length = utf8_length(text);
+    const std::size_t length = base::utf8_length(text);
     if (length == 2)
         return text[0] == '\xc2' && c1(text[1]) ? 2 : 0;
     const bool is_control = length == 0 ? c1(text[0]) : text[0] == '\x7f' || (length == 1 && text[0] < ' ');
@@ -29,7 +29,7 @@ std::string shown(std::string_view text)
     std::string result;
     while (!text.empty()) {
         const std::size_t control = control_size(text);
-        const std::size_t size = control != 0 ? control : std::max<std::size_t>(utf8_length(text), 1);
+        const std::size_t size = control != 0 ? control : std::max<std::size_t>(base::utf8_length(text), 1);
         result += control != 0 ? "?" : text.substr(0, size);
         text.remove_prefix(size);
     }

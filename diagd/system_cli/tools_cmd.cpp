@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Commands that show what a tool of the system says, and nothing else: a tool that is missing or fails speaks
 // for itself.
-#include "system_commands.hpp"
+#include "diagd/system_cli/system_commands.hpp"
 
 #include "tq_api.h"
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Commands that show processor and memory usage.  What cannot be sampled is shown as 0%.
-#include "system_commands.hpp"
+#include "diagd/system_cli/system_commands.hpp"
 
-#include "json_owner.hpp"
-#include "text.hpp"
-#include "usage_parser.hpp"
-#include "usage_samplers.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/system_cli/export/usage_samplers.hpp"
+#include "diagd/system_cli/usage_parser.hpp"
 
 #include "tq_api.h"
 

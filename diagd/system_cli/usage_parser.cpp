@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "usage_parser.hpp"
+#include "diagd/system_cli/usage_parser.hpp"
 
 #include <algorithm>
 #include <array>

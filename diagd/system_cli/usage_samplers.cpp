@@ -2,10 +2,10 @@
 // Samplers over the kernel's proc files.
 // Failure policy: processor counters that cannot be read are reported to the caller; memory figures that
 // cannot be read are said on the daemon's streams and count as 0.
-#include "usage_samplers.hpp"
+#include "diagd/system_cli/export/usage_samplers.hpp"
 
-#include "unique_file.hpp"
-#include "usage_parser.hpp"
+#include "base/owner.hpp"
+#include "diagd/system_cli/usage_parser.hpp"
 
 #include <array>
 #include <chrono>
@@ -18,7 +18,7 @@ constexpr std::chrono::milliseconds sample_time{50};
 
 std::optional<diagd::CpuTimes> read_cpu_times() noexcept
 {
-    const diagd::UniqueFile file{std::fopen("/proc/stat", "re")};
+    const base::File file{std::fopen("/proc/stat", "re")};
     std::array<char, 448> line;
     if (!file || std::fgets(line.data(), line.size(), file.get()) == nullptr)
         return std::nullopt;
@@ -28,7 +28,7 @@ std::optional<diagd::CpuTimes> read_cpu_times() noexcept
 // `row` counts from 1.
 std::int64_t read_meminfo_kb(int row) noexcept
 {
-    const diagd::UniqueFile file{std::fopen("/proc/meminfo", "re")};
+    const base::File file{std::fopen("/proc/meminfo", "re")};
     if (!file) {
         std::perror("open fail\n");
         return 0;

@@ -3,10 +3,10 @@
 //
 // Failure policy: a read that fails is 0, a write that fails is passed over; with transceiver_debug on, each
 // failure is one line on standard output.  There is no retry: whoever polls comes again.
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
 
-#include "extended_control.hpp"
-#include "idprom_layout.hpp"
+#include "diagd/transceiver/extended_control.hpp"
+#include "diagd/transceiver/idprom_layout.hpp"
 
 #include "util_i2c.h"
 

@@ -2,11 +2,11 @@
 // Reading a module's identification (see idprom.hpp): byte by byte, each field once, in the order of the
 // display; the wavelength of an SFF-8472 module is one word.  The dump of an SFF-8636 module reads the page
 // of its fields again.
-#include "idprom.hpp"
+#include "diagd/transceiver/idprom.hpp"
 
-#include "idprom_layout.hpp"
-#include "module_values.hpp"
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
+#include "diagd/transceiver/idprom_layout.hpp"
+#include "diagd/transceiver/module_values.hpp"
 
 #include <span>
 

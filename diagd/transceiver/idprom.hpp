@@ -2,7 +2,7 @@
 // The identification of one module: who made it, what it is, and a piece of its memory as it stands.
 #pragma once
 
-#include "optical_values.hpp"
+#include "diagd/transceiver/export/optical_values.hpp"
 
 #include <array>
 #include <cstddef>

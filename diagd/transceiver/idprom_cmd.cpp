@@ -3,12 +3,12 @@
 //
 // Failure policy: a CPLD that cannot be opened ends it silently; a module that is not there, or whose channel
 // cannot be selected, is said to be absent; bytes that cannot be read are 0.
-#include "transceiver_cmd.hpp"
+#include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "idprom_text.hpp"
-#include "interface_argument.hpp"
-#include "module_socket.hpp"
-#include "text.hpp"
+#include "diagd/core/interface_argument.hpp"
+#include "diagd/core/module_socket.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/transceiver/idprom_text.hpp"
 
 using namespace diagd;
 

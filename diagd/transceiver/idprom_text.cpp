@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text displays of a module's identification (see idprom_text.hpp).
-#include "idprom_text.hpp"
+#include "diagd/transceiver/idprom_text.hpp"
 
-#include "text_rows.hpp"
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
+#include "diagd/transceiver/text_rows.hpp"
 
 #include <algorithm>
 #include <string_view>

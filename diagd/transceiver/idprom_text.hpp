@@ -2,7 +2,7 @@
 // Text displays of a module's identification.
 #pragma once
 
-#include "idprom.hpp"
+#include "diagd/transceiver/idprom.hpp"
 
 #include <cstdint>
 #include <span>

@@ -3,13 +3,13 @@
 //
 // Failure policy: a socket that is empty or cannot be reached is listed without a module; bytes that cannot
 // be read are 0.  Nothing is retried.
-#include "module_listing.hpp"
+#include "diagd/transceiver/module_listing.hpp"
 
-#include "board_records.hpp"
-#include "idprom_layout.hpp"
-#include "module_socket.hpp"
-#include "transceiver.hpp"
-#include "vendor_text.hpp"
+#include "diagd/core/board_records.hpp"
+#include "diagd/core/module_socket.hpp"
+#include "diagd/transceiver/decode/vendor_text.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
+#include "diagd/transceiver/idprom_layout.hpp"
 
 #include <cstdio>
 

@@ -2,8 +2,8 @@
 // What the modules of all interfaces report: read once, shown as text or as JSON.
 #pragma once
 
-#include "module_values.hpp"
-#include "slot_port.hpp"
+#include "diagd/core/slot_port.hpp"
+#include "diagd/transceiver/module_values.hpp"
 
 #include <optional>
 #include <string>

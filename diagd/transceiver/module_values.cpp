@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Diagnostic values of a module (see module_values.hpp).  A byte that cannot be read counts as 0, and the
 // value comes out as the formulas then make it.
-#include "module_values.hpp"
+#include "diagd/transceiver/module_values.hpp"
 
-#include "idprom_layout.hpp"
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
+#include "diagd/transceiver/idprom_layout.hpp"
 
 namespace diagd {
 

@@ -3,7 +3,7 @@
 // transactions named beside it and no others.
 #pragma once
 
-#include "optical_values.hpp"
+#include "diagd/transceiver/export/optical_values.hpp"
 
 #include <array>
 #include <cstdint>

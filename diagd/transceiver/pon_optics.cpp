@@ -4,11 +4,11 @@
 // Failure policy: a CPLD that cannot be opened, an empty socket and a channel that cannot be selected are all
 // -1, with nothing written and the board given back.  Behind them a failed read is 0 and flows into the
 // values.
-#include "pon_optics.hpp"
+#include "diagd/transceiver/export/pon_optics.hpp"
 
-#include "module_socket.hpp"
-#include "module_values.hpp"
-#include "transceiver.hpp"
+#include "diagd/core/module_socket.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
+#include "diagd/transceiver/module_values.hpp"
 
 using namespace diagd;
 

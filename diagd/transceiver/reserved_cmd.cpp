@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Commands whose words are reserved for modules' own thresholds and their supported types.  They stand in no
 // install table, so nobody can type them: the thresholds in force are those of the alarm log.
-#include "transceiver_cmd.hpp"
+#include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "text.hpp"
+#include "diagd/core/text.hpp"
 
 using diagd::line_end;
 

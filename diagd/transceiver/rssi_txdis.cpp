@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The shared RSSI/TXDIS pin (see rssi_txdis.hpp).
-#include "rssi_txdis.hpp"
+#include "diagd/transceiver/rssi_txdis.hpp"
 
-#include "extended_control.hpp"
-#include "module_socket.hpp"
-#include "text.hpp"
-#include "text_rows.hpp"
+#include "diagd/core/module_socket.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/transceiver/extended_control.hpp"
+#include "diagd/transceiver/text_rows.hpp"
 
 namespace diagd {
 

@@ -5,7 +5,7 @@
 // reads and writes that fail are passed over.
 #pragma once
 
-#include "slot_port.hpp"
+#include "diagd/core/slot_port.hpp"
 
 #include <cstdint>
 #include <optional>

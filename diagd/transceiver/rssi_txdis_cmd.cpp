@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The RSSI/TXDIS pin of the interface whose node the operator is in, and the debug switch.  All of them
 // succeed whatever the module does.
-#include "transceiver_cmd.hpp"
+#include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "rssi_txdis.hpp"
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
+#include "diagd/transceiver/rssi_txdis.hpp"
 
 #include <string_view>
 

@@ -3,13 +3,13 @@
 //
 // Failure policy: a CPLD that cannot be opened ends a display silently; modules that cannot be read show as
 // the displays of module_listing.hpp say.
-#include "transceiver_cmd.hpp"
+#include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "json_owner.hpp"
-#include "module_listing.hpp"
-#include "show_json.hpp"
-#include "show_text.hpp"
-#include "text.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/transceiver/module_listing.hpp"
+#include "diagd/transceiver/show_json.hpp"
+#include "diagd/transceiver/show_text.hpp"
 
 using namespace diagd;
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // JSON display of the module listing (see show_json.hpp).
-#include "show_json.hpp"
+#include "diagd/transceiver/show_json.hpp"
 
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
 
 #include <array>
 #include <cstdio>

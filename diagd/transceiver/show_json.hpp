@@ -2,8 +2,8 @@
 // JSON display of the module listing.
 #pragma once
 
-#include "json_owner.hpp"
-#include "module_listing.hpp"
+#include "diagd/core/json_owner.hpp"
+#include "diagd/transceiver/module_listing.hpp"
 
 #include <span>
 

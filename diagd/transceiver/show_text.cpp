@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text displays of the module listing (see show_text.hpp).
-#include "show_text.hpp"
+#include "diagd/transceiver/show_text.hpp"
 
-#include "show_headings.hpp"
-#include "text.hpp"
-#include "text_rows.hpp"
+#include "diagd/core/text.hpp"
+#include "diagd/transceiver/show_headings.hpp"
+#include "diagd/transceiver/text_rows.hpp"
 
 #include <string_view>
 

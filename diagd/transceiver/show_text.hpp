@@ -2,7 +2,7 @@
 // Text displays of the module listing.
 #pragma once
 
-#include "module_listing.hpp"
+#include "diagd/transceiver/module_listing.hpp"
 
 #include <span>
 #include <string>

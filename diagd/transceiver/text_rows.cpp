@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text of displays (see text_rows.hpp).
-#include "text_rows.hpp"
+#include "diagd/transceiver/text_rows.hpp"
 
-#include "text.hpp"
+#include "diagd/core/text.hpp"
 
 #include <array>
 #include <cstdarg>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Install table of the transceiver unit.
-#include "install.hpp"
-#include "nodes.hpp"
-#include "transceiver_cmd.hpp"
+#include "diagd/core/install.hpp"
+#include "diagd/core/nodes.hpp"
+#include "diagd/transceiver/transceiver_cmd.hpp"
 
 using namespace diagd;
 

@@ -2,7 +2,7 @@
 // The unit's commands, for its install table.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 // idprom_cmd.cpp
 extern const struct cmd_element interface_idprom_show_cmd;

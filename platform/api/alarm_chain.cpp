@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Records of the alarm store: adding, removing, and repair of what a killed writer left.
-#include "alarm_chain.hpp"
+#include "platform/api/alarm_chain.hpp"
 
 #include <algorithm>
 #include <array>

@@ -3,12 +3,12 @@
 // Failure policy: a store appears under its name only when it is complete, so nobody ever sees half of one. A
 // store of another make (size, magic, version) is left alone and refused with EPROTO.  A store that was
 // unlinked is left for the one that has the name now, at the same address, and that is said in the log.
-#include "alarm_mapping.hpp"
-#include "descriptor.hpp"
-#include "semaphore.hpp"
+#include "platform/api/alarm_mapping.hpp"
+#include "base/fd.hpp"
+#include "platform/api/semaphore.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
-#include "tq_trace.hpp"
 
 #include <cerrno>
 #include <cstdio>
@@ -37,7 +37,7 @@ constexpr std::size_t store_size = AlarmChain::size(capacity);
 // Makes an empty store and gives it the name.  EEXIST when another process was faster.
 bool create_store() noexcept
 {
-    const board::Descriptor fd(open(store_folder, O_TMPFILE | O_RDWR | O_CLOEXEC, access_mode));
+    const base::Fd fd(open(store_folder, O_TMPFILE | O_RDWR | O_CLOEXEC, access_mode));
     if (!fd || fchmod(fd.get(), access_mode) < 0)
         return false;
     // All pages at once: a full file system shows here and not as a fault at some later record.
@@ -92,7 +92,7 @@ bool AlarmMapping::is_current() const noexcept
 bool AlarmMapping::map_named_store() noexcept
 {
     for (int attempt = 0; attempt < 3; ++attempt) {
-        board::Descriptor fd(shm_open(store_name, O_RDWR | O_CLOEXEC, 0));
+        base::Fd fd(shm_open(store_name, O_RDWR | O_CLOEXEC, 0));
         if (!fd) {
             if (errno != ENOENT || (!create_store() && errno != EEXIST))
                 return false;

@@ -2,7 +2,7 @@
 // This process's view of the shared alarm store.
 #pragma once
 
-#include "alarm_chain.hpp"
+#include "platform/api/alarm_chain.hpp"
 
 #include <optional>
 #include <sys/types.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Names to numbers: alarm levels and alarm ids.
-#include "alarm.hpp"
+#include "platform/api/alarm.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
-#include "tq_trace.hpp"
 
 #include <cstring>
 

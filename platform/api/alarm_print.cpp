@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The print action: an alarm goes to the log of the process that raised it.  The calling thread must be one
 // that libfrr knows.
-#include "alarm.hpp"
-#include "syslog_severity.hpp"
+#include "platform/api/alarm.hpp"
+#include "platform/api/syslog_severity.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The record action: an alarm becomes a record of the shared store.
 // Failure policy: a record that the store cannot take is lost, and that is said in the log once.
-#include "alarm.hpp"
-#include "alarm_mapping.hpp"
-#include "outlet_state.hpp"
-#include "semaphore.hpp"
+#include "platform/api/alarm.hpp"
+#include "platform/api/alarm_mapping.hpp"
+#include "platform/api/outlet_state.hpp"
+#include "platform/api/semaphore.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
 

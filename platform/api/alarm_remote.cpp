@@ -4,11 +4,11 @@
 // library's memory at every alarm, so a change takes effect with the next one.
 // Failure policy: what cannot be sent is lost and said in the log once; the other server gets it
 // nevertheless.
-#include "alarm.hpp"
-#include "outlet_state.hpp"
-#include "syslog_message.hpp"
+#include "platform/api/alarm.hpp"
+#include "platform/api/outlet_state.hpp"
+#include "platform/api/syslog_message.hpp"
+#include "platform/api/udp_receiver.hpp"
 #include "tq_database.h"
-#include "udp_receiver.hpp"
 
 #include <array>
 #include <cerrno>

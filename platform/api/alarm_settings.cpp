@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Level and action switches of an alarm, and the level of the flash file.
 // Failure policy: an alarm is never lost because the database has no answer; the catalogue has one.
-#include "alarm.hpp"
+#include "platform/api/alarm.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_database.h"
-#include "tq_trace.hpp"
 
 #include <array>
 

@@ -4,14 +4,14 @@
 // Failure policy: what cannot be sent is lost and said in the log once; the other sinks get it nevertheless.
 // No file means no sinks.  A file that cannot be read leaves no sinks and is an error; a line that is wrong
 // is left out, and said once for each state of the file.
-#include "alarm.hpp"
-#include "outlet_state.hpp"
+#include "platform/api/alarm.hpp"
+#include "platform/api/outlet_state.hpp"
+#include "platform/api/trap_message.hpp"
+#include "platform/api/trap_sinks.hpp"
+#include "platform/api/udp_receiver.hpp"
 #include "tq_errno.h"
-#include "trap_message.hpp"
-#include "trap_sinks.hpp"
-#include "udp_receiver.hpp"
 
-#include "unique_fd.hpp"
+#include "base/fd.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -49,7 +49,7 @@ Stamp stamp_of(const struct stat &status)
 int read_file(std::string &text, Stamp &stamp)
 {
     // Neither a pipe nor a device keeps anybody waiting here.
-    const diagd::UniqueFd fd(::open(trap_sinks_path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const base::Fd fd(::open(trap_sinks_path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
     if (!fd || ::fstat(fd.get(), &status) != 0)
         return errno;

@@ -2,9 +2,9 @@
 // The per-alarm configuration, read from the XML text that the database library writes.
 // Failure policy: an alarm counts when it was read to its end; elements that this version does not know, ids
 // outside the catalogue and texts that are too long are passed over.
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
-#include "tq_trace.hpp"
 
 #include <expat.h>
 

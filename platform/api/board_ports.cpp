@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What the board description says about ports: the board records, the interface table and the PON mode.
 // Failure policy: without a readable description there are no records; the caller decides what that means.
-#include "board_description.hpp"
+#include "platform/description/board_description.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_board.h"
 #include "tq_errno.h"
-#include "tq_trace.hpp"
 
 #include <array>
 #include <cerrno>

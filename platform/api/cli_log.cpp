@@ -2,10 +2,10 @@
 // Raising an alarm: its text is made once and goes through every action that is switched on for it.
 // Failure policy: an action that fails is reported and never keeps the others from being taken.  What stays
 // in the box comes first.
-#include "alarm.hpp"
+#include "platform/api/alarm.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
-#include "tq_trace.hpp"
 
 #include <array>
 #include <atomic>

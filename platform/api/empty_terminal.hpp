@@ -3,7 +3,7 @@
 // /dev/null, and tools that want a terminal before they show anything (top) have one.
 #pragma once
 
-#include "descriptor.hpp"
+#include "base/fd.hpp"
 
 #include <fcntl.h>
 #include <termios.h>
@@ -20,7 +20,7 @@ public:
         if (!master_ || grantpt(master_.get()) != 0 || unlockpt(master_.get()) != 0 ||
             ptsname_r(master_.get(), name.data(), name.size()) != 0)
             return;
-        board::Descriptor slave(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+        base::Fd slave(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
         struct termios settings {};
         if (!slave || tcgetattr(slave.get(), &settings) != 0)
             return;
@@ -35,6 +35,6 @@ public:
     [[nodiscard]] int get() const noexcept { return slave_.get(); }
 
 private:
-    board::Descriptor master_{posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)};
-    board::Descriptor slave_;
+    base::Fd master_{posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)};
+    base::Fd slave_;
 };

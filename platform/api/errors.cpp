@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Texts of the platform's result codes.
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
-#include "tq_trace.hpp"
 
 #include <cstdio>
 #include <cstring>

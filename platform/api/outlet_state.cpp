@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reports about an outlet of alarms (see outlet_state.hpp).
-#include "outlet_state.hpp"
+#include "platform/api/outlet_state.hpp"
 
 #include "tq_api.h"
 

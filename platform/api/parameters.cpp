@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Arguments of a parsed command that follow a keyword.
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
-#include "tq_trace.hpp"
 
 #include <zebra.h>
 

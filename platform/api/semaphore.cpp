@@ -3,10 +3,10 @@
 // Failure policy: every operation is undone by the kernel when its process dies, so a crash never leaves a
 // semaphore held.  An alarm semaphore that somebody removed is made anew; any other that is gone is an error
 // of its caller.
-#include "semaphore.hpp"
-#include "alarm_mapping.hpp"
+#include "platform/api/semaphore.hpp"
+#include "platform/api/alarm_mapping.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
-#include "tq_trace.hpp"
 
 #include <atomic>
 #include <cerrno>

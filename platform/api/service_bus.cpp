@@ -4,11 +4,11 @@
 // looks for it again once a second, and until it is back a message is refused.  Nothing ever blocks: a bus
 // that does not read what it is sent counts as one that is away.
 // The event loop's thread connects and receives; any thread may send.
-#include "board_description.hpp"
-#include "descriptor.hpp"
-#include "service_bus_protocol.hpp"
+#include "base/fd.hpp"
+#include "platform/board/service_bus_protocol.hpp"
+#include "platform/description/board_description.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
-#include "tq_trace.hpp"
 
 #include <zebra.h>
 
@@ -91,10 +91,10 @@ private:
     std::uint16_t type_ = 0;
     std::uint16_t instance_ = 0;
     std::mutex mutex_; // of the descriptor: the event loop replaces it, any thread sends through it
-    board::Descriptor socket_;
+    base::Fd socket_;
 };
 
-board::Descriptor connect_to_bus() noexcept
+base::Fd connect_to_bus() noexcept
 {
     std::string reason;
     const board::Board *const board = board::this_board(reason);
@@ -106,7 +106,7 @@ board::Descriptor connect_to_bus() noexcept
     if (path.size() >= sizeof address.sun_path)
         return {};
     path.copy(address.sun_path, path.size());
-    board::Descriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    base::Fd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     // A unix socket connects at once or not at all.
     if (!fd || ::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         return {};
@@ -115,7 +115,7 @@ board::Descriptor connect_to_bus() noexcept
 
 void BusClient::connect() noexcept
 {
-    board::Descriptor fd = connect_to_bus();
+    base::Fd fd = connect_to_bus();
     if (!fd) {
         look_again();
         return;

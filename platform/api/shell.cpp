@@ -3,10 +3,10 @@
 // Failure policy: a shell that cannot be started is -1 with errno set.  The wait ends with the shell, not
 // with what it left in the background, so `daemon &` never holds the caller.  Of a line run for a vty, what
 // hangs or prints without end is killed, and the log says so.
-#include "descriptor.hpp"
-#include "empty_terminal.hpp"
+#include "base/fd.hpp"
+#include "platform/api/empty_terminal.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
-#include "tq_trace.hpp"
 
 #include <zebra.h>
 
@@ -215,8 +215,8 @@ int run_for_vty(struct vty *vty, const char *line) noexcept
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) < 0)
         return -1;
-    board::Descriptor from(ends[0]);
-    board::Descriptor to(ends[1]);
+    base::Fd from(ends[0]);
+    base::Fd to(ends[1]);
     const EmptyTerminal terminal;
     const pid_t pid = start_shell(line, to.get(), terminal.get());
     if (pid < 0)
@@ -224,7 +224,7 @@ int run_for_vty(struct vty *vty, const char *line) noexcept
     to.reset();
     fcntl(from.get(), F_SETFL, O_NONBLOCK);
     // Without it (an old kernel) the wait ends with the last holder of the outputs.
-    const board::Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+    const base::Fd process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     if (const char *fault = copy_output(vty, from.get(), process.get())) {
         zlog_warn("'%s' %s: killed", line, fault);
         kill(-pid, SIGKILL);

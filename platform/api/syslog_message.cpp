@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Syslog messages (RFC 5424; see syslog_message.hpp).
-#include "syslog_message.hpp"
+#include "platform/api/syslog_message.hpp"
 
-#include "syslog_severity.hpp"
+#include "base/utf8.hpp"
+#include "platform/api/syslog_severity.hpp"
 #include "tq_api.h"
-#include "utf8.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -70,7 +70,7 @@ std::size_t utf8_prefix(std::string_view text)
 {
     std::size_t size = 0;
     while (size < text.size()) {
-        const std::size_t length = diagd::utf8_length(text.substr(size));
+        const std::size_t length = base::utf8_length(text.substr(size));
         if (length == 0)
             break;
         size += length;
@@ -84,7 +84,7 @@ std::string message_part(std::string_view text, std::size_t room)
     const bool is_ascii = std::ranges::all_of(text, [](char c) { return (c & 0x80) == 0; });
     text = text.substr(0, room - (is_ascii ? 0 : byte_order_mark.size()));
     const std::size_t well_formed = utf8_prefix(text);
-    const bool is_utf8 = well_formed == text.size() || diagd::utf8_is_cut(text.substr(well_formed));
+    const bool is_utf8 = well_formed == text.size() || base::utf8_is_cut(text.substr(well_formed));
     if (is_utf8)
         text = text.substr(0, well_formed);
     std::string part(is_utf8 && !is_ascii ? byte_order_mark : "");

@@ -2,7 +2,7 @@
 // An alarm as a syslog message (RFC 5424).
 #pragma once
 
-#include "alarm.hpp"
+#include "platform/api/alarm.hpp"
 
 #include <string>
 

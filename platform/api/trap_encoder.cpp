@@ -3,7 +3,7 @@
 //
 // net-snmp encodes; it opens no session.  A session would bring its initialisation, which reads the machine's
 // configuration files and changes the process's locale, and a socket whose sending may wait.
-#include "trap_encoder.hpp"
+#include "platform/api/trap_encoder.hpp"
 
 #include "tq_api.h"
 

@@ -4,7 +4,7 @@
 // trap_message() loads when there is a trap to send.
 #pragma once
 
-#include "alarm.hpp"
+#include "platform/api/alarm.hpp"
 
 #include <string>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Access to the library that makes notifications (see trap_encoder.hpp).
 // Failure policy: a library that cannot be loaded is said in the log once, and not looked for again.
-#include "trap_message.hpp"
+#include "platform/api/trap_message.hpp"
 
-#include "trap_encoder.hpp"
+#include "platform/api/trap_encoder.hpp"
 
 #include <dlfcn.h>
 

@@ -2,7 +2,7 @@
 // An alarm as an SNMPv2c notification, oltAlarm of platform/mibs/OLT-ALARM-MIB.txt.
 #pragma once
 
-#include "alarm.hpp"
+#include "platform/api/alarm.hpp"
 
 #include <string>
 

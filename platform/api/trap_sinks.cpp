@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text of the file of trap sinks (see trap_sinks.hpp).
-#include "trap_sinks.hpp"
+#include "platform/api/trap_sinks.hpp"
 
-#include "trap_message.hpp"
-#include "udp_receiver.hpp"
+#include "platform/api/trap_message.hpp"
+#include "platform/api/udp_receiver.hpp"
 
 #include <charconv>
 #include <optional>

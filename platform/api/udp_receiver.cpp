@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Sending datagrams (see udp_receiver.hpp).
-#include "udp_receiver.hpp"
+#include "platform/api/udp_receiver.hpp"
 
 #include <arpa/inet.h>
 #include <netdb.h>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Choice of the transport.  Failure policy: without a usable description there is no bus, and every call of
 // the libraries fails with ENODEV.
-#include "bus.hpp"
+#include "platform/board/bus.hpp"
 
 #include <memory>
 
-#include "bus_linux.hpp"
-#include "bus_sim.hpp"
+#include "platform/board/bus_linux.hpp"
+#include "platform/board/bus_sim.hpp"
 
 namespace board {
 

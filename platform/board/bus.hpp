@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <span>
 
-#include "board_description.hpp"
+#include "platform/description/board_description.hpp"
 
 namespace board {
 

@@ -3,7 +3,7 @@
 //
 // Failure policy: the kernel's errno as it is (a device that does not acknowledge is mostly ENXIO or
 // EREMOTEIO), ETIMEDOUT after a second of a bus that hangs.  Nothing is retried.
-#include "bus_linux.hpp"
+#include "platform/board/bus_linux.hpp"
 
 #include <fcntl.h>
 #include <linux/i2c-dev.h>
@@ -21,7 +21,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "descriptor.hpp"
+#include "base/fd.hpp"
 
 namespace board {
 
@@ -75,7 +75,7 @@ int mii(unsigned long what, const char *interface, std::uint32_t phy, std::uint3
     static_assert(sizeof data <= sizeof request.ifr_ifru);
     std::memcpy(&request.ifr_ifru, &data, sizeof data);
 
-    const Descriptor any(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const base::Fd any(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!any || ::ioctl(any.get(), what, &request) < 0)
         return -errno;
     std::memcpy(&data, &request.ifr_ifru, sizeof data);
@@ -94,7 +94,7 @@ int LinuxBus::open(int bus, HandleKind) const
 {
     std::array<char, 24> path{};
     std::snprintf(path.data(), path.size(), "/dev/i2c-%d", bus);
-    Descriptor fd(::open(path.data(), O_RDWR | O_CLOEXEC));
+    base::Fd fd(::open(path.data(), O_RDWR | O_CLOEXEC));
     // They count for everybody on the adapter, from now on.
     if (!fd || ::ioctl(fd.get(), I2C_TIMEOUT, timeout_10ms) < 0 || ::ioctl(fd.get(), I2C_RETRIES, 0UL) < 0)
         return -errno;

@@ -3,7 +3,7 @@
 // their network interfaces.
 #pragma once
 
-#include "bus.hpp"
+#include "platform/board/bus.hpp"
 
 namespace board {
 

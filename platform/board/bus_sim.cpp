@@ -4,7 +4,7 @@
 // Failure policy: no board gives ECONNREFUSED or ENOENT at once, a silent one ETIMEDOUT after a second.  A
 // handle outlives its board: when the board has been started anew, the next transaction connects the same
 // descriptor again, as device nodes would go on working after a power cycle of what is behind them.
-#include "bus_sim.hpp"
+#include "platform/board/bus_sim.hpp"
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -23,7 +23,7 @@
 #include <cstring>
 #include <mutex>
 
-#include "descriptor.hpp"
+#include "base/fd.hpp"
 
 namespace board {
 
@@ -149,7 +149,7 @@ int SimBus::connect(int bus, HandleKind kind) const
     if (socket_path_.size() >= sizeof address.sun_path)
         return -ENAMETOOLONG;
     std::copy(socket_path_.begin(), socket_path_.end(), address.sun_path);
-    Descriptor fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    base::Fd fd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
     if (fd.get() < 0)
         return -errno;
     // Connecting to a board that does not accept would block, too: the send time bounds it.
@@ -188,7 +188,7 @@ int SimBus::reconnect(int handle) const
     const int made = connect(bus, kind);
     if (made < 0)
         return made;
-    const Descriptor fd(made);
+    const base::Fd fd(made);
     return ::dup3(fd.get(), handle, O_CLOEXEC) < 0 ? -errno : 0;
 }
 
@@ -284,7 +284,7 @@ int SimBus::phy(SimOp op, const char *interface, std::uint32_t phy, std::uint32_
     const int made = connect(0, HandleKind::raw);
     if (made < 0)
         return made;
-    const Descriptor fd(made);
+    const base::Fd fd(made);
     SimReply reply{};
     const int result = exchange_packets(fd.get(), request, {}, reply, {});
     if (result == 0)

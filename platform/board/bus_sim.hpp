@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "bus.hpp"
-#include "sim_protocol.hpp"
+#include "platform/board/bus.hpp"
+#include "platform/board/sim_protocol.hpp"
 
 namespace board {
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "bus.hpp"
+#include "platform/board/bus.hpp"
 
 namespace board {
 

@@ -9,8 +9,8 @@
 
 #include <climits>
 
-#include "c_api.hpp"
-#include "tq_trace.hpp"
+#include "platform/board/c_api.hpp"
+#include "platform/trace/tq_trace.hpp"
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 

@@ -5,8 +5,8 @@
 // within about a second; the caller's buffer is then undefined.  Nothing is retried.
 #include "util_i2c.h"
 
-#include "c_api.hpp"
-#include "tq_trace.hpp"
+#include "platform/board/c_api.hpp"
+#include "platform/trace/tq_trace.hpp"
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Exported functions about the database itself: life, transactions, XML, subscriptions, sessions.
-#include "api.hpp"
-#include "log.hpp"
+#include "platform/database/api.hpp"
+#include "platform/database/log.hpp"
 
 #include <map>
 #include <utility>

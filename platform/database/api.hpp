@@ -3,9 +3,9 @@
 // through the C boundary.
 #pragma once
 
-#include "database.hpp"
+#include "platform/database/database.hpp"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_errno.h"
-#include "tq_trace.hpp"
 
 #include <new>
 

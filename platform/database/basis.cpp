@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What a connection stands on.
-#include "basis.hpp"
+#include "platform/database/basis.hpp"
 
-#include "settings.hpp"
-#include "shared_state.hpp"
+#include "platform/database/settings.hpp"
+#include "platform/database/shared_state.hpp"
 #include "tq_errno.h"
 
 #include <sys/stat.h>

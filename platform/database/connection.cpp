@@ -5,7 +5,7 @@
 // was replaced, or whose shared state is gone, is connected to anew: at every change that is asked for and
 // every look, unless the last attempt took long.  A state that was cut, or whose locks died with their holder
 // while nobody else is connected, is made anew.  What it had then comes from the mirror.
-#include "database.hpp"
+#include "platform/database/database.hpp"
 
 #include "tq_errno.h"
 

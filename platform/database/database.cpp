@@ -5,10 +5,10 @@
 // with it, and its code returned; it would be refused again with every later transaction.  A change while
 // the database is away is refused, too.  Nobody waits longer than the times below, however long sysrepo does;
 // a change that was given up in the middle may come through all the same, and then shows.
-#include "database.hpp"
+#include "platform/database/database.hpp"
 
+#include "platform/database/value.hpp"
 #include "tq_errno.h"
-#include "value.hpp"
 
 #include <cstring>
 #include <utility>

@@ -2,9 +2,9 @@
 // What stands behind a tq_database_t: the settings with their pending changes, over one Repository.
 #pragma once
 
-#include "keeper.hpp"
-#include "mirror.hpp"
-#include "repository.hpp"
+#include "platform/database/keeper.hpp"
+#include "platform/database/mirror.hpp"
+#include "platform/database/repository.hpp"
 #include "tq_database.h"
 
 #include <atomic>

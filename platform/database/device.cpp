@@ -2,8 +2,8 @@
 // Data of the device that the database hands out: they come from the description of the board.
 // Failure policy: a description that is absent or wrong gives TQ_ERR_NOT_FOUND and leaves the record as it
 // is.
-#include "api.hpp"
-#include "board_description.hpp"
+#include "platform/database/api.hpp"
+#include "platform/description/board_description.hpp"
 
 #include <algorithm>
 #include <span>

@@ -3,38 +3,17 @@
 #pragma once
 
 #include <sys/file.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
 #include <thread>
 
+#include "base/fd.hpp"
+
 namespace tq::db {
 
-class Descriptor {
-public:
-    Descriptor() = default;
-    ~Descriptor()
-    {
-        if (fd_ >= 0)
-            ::close(fd_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    // Owns `fd`; whether it is one.
-    bool take(int fd)
-    {
-        fd_ = fd;
-        return fd >= 0;
-    }
-    int get() const { return fd_; }
-
-private:
-    int fd_ = -1;
-};
-
 // Whether the lock was had within `wait`.
-inline bool lock_file(const Descriptor &file, std::chrono::milliseconds wait)
+inline bool lock_file(const base::Fd &file, std::chrono::milliseconds wait)
 {
     const auto deadline = std::chrono::steady_clock::now() + wait;
     while (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
@@ -45,7 +24,7 @@ inline bool lock_file(const Descriptor &file, std::chrono::milliseconds wait)
     return true;
 }
 
-inline void unlock_file(const Descriptor &file)
+inline void unlock_file(const base::Fd &file)
 {
     ::flock(file.get(), LOCK_UN);
 }
@@ -54,8 +33,7 @@ inline void unlock_file(const Descriptor &file)
 // other. Who does not get its turn in time goes on without.
 class Turn {
 public:
-    Turn(const Descriptor &file, std::chrono::milliseconds wait)
-        : file_(file), is_mine_(lock_file(file, wait))
+    Turn(const base::Fd &file, std::chrono::milliseconds wait) : file_(file), is_mine_(lock_file(file, wait))
     {
     }
     ~Turn()
@@ -67,7 +45,7 @@ public:
     Turn &operator=(const Turn &) = delete;
 
 private:
-    const Descriptor &file_;
+    const base::Fd &file_;
     bool is_mine_;
 };
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The thread that waits in the callers' place.
-#include "keeper.hpp"
+#include "platform/database/keeper.hpp"
 
-#include "thread.hpp"
+#include "platform/database/thread.hpp"
 #include "tq_errno.h"
 
 #include <new>

@@ -5,10 +5,10 @@
 //   8  trace of the apply lock, printed by the daemon
 // A message function is called on any thread of the process, also on those that libfrr does not know: it must
 // not log through libfrr.
-#include "log.hpp"
+#include "platform/database/log.hpp"
 
+#include "platform/trace/tq_trace.hpp"
 #include "tq_database.h"
-#include "tq_trace.hpp"
 
 #include <libyang/libyang.h>
 #include <sysrepo.h>

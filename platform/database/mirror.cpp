@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Copy of the settings.
-#include "mirror.hpp"
+#include "platform/database/mirror.hpp"
 
+#include "platform/database/value.hpp"
+#include "platform/database/xml.hpp"
 #include "tq_errno.h"
-#include "value.hpp"
-#include "xml.hpp"
 
 #include <utility>
 

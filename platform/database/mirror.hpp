@@ -3,7 +3,7 @@
 // current, whoever made the change.  All members may be called from any thread; none waits for the database.
 #pragma once
 
-#include "settings.hpp"
+#include "platform/database/settings.hpp"
 
 #include <array>
 #include <map>

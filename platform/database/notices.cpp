@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Subscriptions of a Repository and the thread that takes their notices.
-#include "repository.hpp"
-#include "thread.hpp"
+#include "platform/database/repository.hpp"
+#include "platform/database/thread.hpp"
 #include "tq_errno.h"
 
 #include <libyang/libyang.h>
@@ -238,7 +238,8 @@ int Repository::start_thread()
 {
     if (sr_get_event_pipe(subscription_.get(), &event_fd_) != SR_ERR_OK)
         return TQ_ERR;
-    if (!stop_.take(eventfd(0, EFD_CLOEXEC)))
+    stop_.reset(eventfd(0, EFD_CLOEXEC));
+    if (!stop_)
         return TQ_ERR_NO_MEMORY;
     return db::start_thread(thread_, "tq_database", [this] { run(); });
 }

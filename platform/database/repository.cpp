@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Connection, transactions and locks.
-#include "repository.hpp"
+#include "platform/database/repository.hpp"
 
-#include "owner_identity.hpp"
+#include "platform/database/owner_identity.hpp"
 #include "tq_errno.h"
 
 #include <fcntl.h>
@@ -213,9 +213,10 @@ void Repository::forget_the_dead()
 
 int Repository::open_locks()
 {
-    const auto open_file = [](Descriptor &file, const char *name) {
+    const auto open_file = [](base::Fd &file, const char *name) {
         const std::string path = std::string(sr_get_repo_path()) + name;
-        return file.take(::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644));
+        file.reset(::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644));
+        return static_cast<bool>(file);
     };
     return open_file(lock_, "/apply_lock") && open_file(turn_, "/turn_lock") ? TQ_OK : TQ_ERR_ACCESS;
 }

@@ -10,12 +10,12 @@
 // everything is read anew.
 #pragma once
 
-#include "basis.hpp"
-#include "file_lock.hpp"
-#include "mirror.hpp"
-#include "settings.hpp"
-#include "shared_state.hpp"
-#include "sr_error.hpp"
+#include "platform/database/basis.hpp"
+#include "platform/database/file_lock.hpp"
+#include "platform/database/mirror.hpp"
+#include "platform/database/settings.hpp"
+#include "platform/database/shared_state.hpp"
+#include "platform/database/sr_error.hpp"
 #include "tq_database.h"
 
 #include <atomic>
@@ -152,9 +152,9 @@ private:
     std::atomic<bool> is_stuck_ = false;
     std::mutex notices_; // one taker at a time
     int event_fd_ = -1;  // the subscription's
-    Descriptor stop_;
-    Descriptor lock_; // files of the apply lock and of turns
-    Descriptor turn_;
+    base::Fd stop_;
+    base::Fd lock_; // files of the apply lock and of turns
+    base::Fd turn_;
     bool is_locked_ = false;
     Connection connection_;
     Session session_;  // of the writer

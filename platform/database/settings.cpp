@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Places of the settings in the data tree.
-#include "settings.hpp"
+#include "platform/database/settings.hpp"
 
 #include <cstdio>
 #include <string_view>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Exported setters, getters and deleters: one line for each, over the table of settings.
-#include "api.hpp"
+#include "platform/database/api.hpp"
 
 #include <cstring>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // sysrepo's state in shared memory.
 // Failure policy: what cannot be repaired stays; connecting then fails as it would have failed without.
-#include "shared_state.hpp"
+#include "platform/database/shared_state.hpp"
 
-#include "owner_identity.hpp"
-#include "settings.hpp"
+#include "platform/database/owner_identity.hpp"
+#include "platform/database/settings.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // sysrepo's results as platform error codes.
-#include "sr_error.hpp"
+#include "platform/database/sr_error.hpp"
 
 #include "tq_errno.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Conversion of values.
-#include "value.hpp"
+#include "platform/database/value.hpp"
 
 #include "tq_errno.h"
 

@@ -2,7 +2,7 @@
 // Values between a caller's memory and the text that the data tree holds.
 #pragma once
 
-#include "settings.hpp"
+#include "platform/database/settings.hpp"
 
 #include <optional>
 #include <string>

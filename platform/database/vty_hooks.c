@@ -3,8 +3,8 @@
 // another libyang than sysrepo's.
 #include <zebra.h>
 
+#include "platform/database/vty_hooks.h"
 #include "vty.h"
-#include "vty_hooks.h"
 
 static void (*session_opened)(struct vty *vty);
 static void (*session_closed)(struct vty *vty);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's callbacks for sessions that open and close.  Main thread only, like the sessions themselves.
+#include "platform/database/vty_hooks.h"
+#include "platform/trace/tq_trace.hpp"
 #include "tq_database.h"
-#include "tq_trace.hpp"
-#include "vty_hooks.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // XML texts, printed from the paths of the settings.
-#include "xml.hpp"
+#include "platform/database/xml.hpp"
 
 #include <string_view>
 #include <vector>

@@ -3,7 +3,7 @@
 // no element for what is not set.
 #pragma once
 
-#include "settings.hpp"
+#include "platform/database/settings.hpp"
 
 #include <optional>
 #include <span>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Board description reader.  Failure policy: a description with any mistake is refused as a whole.
-#include "board_description.hpp"
+#include "platform/description/board_description.hpp"
 
 #include <cstdio>
 #include <cstdlib>
 #include <set>
 
-#include "json_fields.hpp"
+#include "platform/description/json_fields.hpp"
 
 namespace board {
 

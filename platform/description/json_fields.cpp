@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Strict access to JSON members.  Failure policy: every complaint is a json::Error with file and field.
-#include "json_fields.hpp"
+#include "platform/description/json_fields.hpp"
 
 #include <algorithm>
 #include <cerrno>

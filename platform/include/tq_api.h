@@ -28,10 +28,11 @@ const char *tq_strerror(int code);
 
 /* Runs a shell line with no input and writes what it prints (standard output and error) to the vty, line by
  * line.  While it waits for more, the operator sees what there is.  For tools that show something: one that
- * takes more than a minute, or prints more than 16 MiB, is killed with all it started.  Returns the wait status, or
- * -1 when it cannot be started. */
+ * takes more than a minute, or prints more than 16 MiB, is killed with all it started.  Returns the wait
+ * status, or -1 when it cannot be started. */
 int system_cmd(struct vty *vty, const char *line);
-/* Runs a shell line and waits for it, as long as it takes.  Returns the wait status, or -1 when it cannot be started. */
+/* Runs a shell line and waits for it, as long as it takes.  Returns the wait status, or -1 when it cannot be
+ * started. */
 int pal_system(const char *line);
 
 /* Builds the interface table from the port record: PON ports 1 to the larger of the two numbers.  0, or
@@ -69,10 +70,10 @@ int get_alarm_id_by_name(const char *name);
 /* Level of the flash file: 0..7, 8 when none is set, -1 on error. */
 int get_flash_level_from_database(tq_database_t *db);
 /* Files an alarm: acts on its print, record, trap and remote switches.  Takes alarm_log_sem_id itself; the
- * thread must be one that libfrr knows.  Nothing waits for the network: what cannot leave at once is an error,
- * and said in the log when that begins and ends.  A record keeps the first 127 characters of the message.  An id that
- * the catalogue does not have is recorded and printed at level info. 0, or a platform error code when an
- * action failed; one failed action never keeps the others. */
+ * thread must be one that libfrr knows.  Nothing waits for the network: what cannot leave at once is an
+ * error, and said in the log when that begins and ends.  A record keeps the first 127 characters of the
+ * message.  An id that the catalogue does not have is recorded and printed at level info. 0, or a platform
+ * error code when an action failed; one failed action never keeps the others. */
 int cli_log(tq_database_t *db, tq_alarm_req_t *req, const char *fmt, ...)
     __attribute__((format(printf, 3, 4)));
 /* Reads the per-alarm configuration XML into the array. */

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Fault table of the platform libraries.  The file is small and only tests have one, so it is read at every
 // call: a change counts from the next call on, however fast it follows the last.
-#include "tq_trace.hpp"
+#include "platform/trace/tq_trace.hpp"
 
 #include <algorithm>
 #include <charconv>

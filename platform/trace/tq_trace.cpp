@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Call trace of the platform libraries: building a line and appending it with one write.
-#include "tq_trace.hpp"
+#include "platform/trace/tq_trace.hpp"
 
 #include <atomic>
 #include <cinttypes>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Failure policy: no board, or one that goes away, is one complaint and status 1.
-#include "control_client.hpp"
+#include "sim/boardctl/control_client.hpp"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -12,8 +12,8 @@
 #include <cstdio>
 #include <cstring>
 
-#include "descriptor.hpp"
-#include "sim_protocol.hpp"
+#include "base/fd.hpp"
+#include "platform/board/sim_protocol.hpp"
 
 namespace sim {
 
@@ -43,14 +43,14 @@ int ask_board(const std::string &folder, const std::vector<std::string> &words, 
     const std::string file = folder + "/" + board::sim_control_socket;
     // An address holds 108 characters and a build folder may lie deeper: the folder is opened and the socket
     // named through its descriptor.
-    const board::Descriptor folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const base::Fd folder_fd(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!folder_fd)
         return complain(sink, "no board at " + file);
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::snprintf(address.sun_path, sizeof address.sun_path, "/proc/self/fd/%d/%s", folder_fd.get(),
                   board::sim_control_socket);
-    const board::Descriptor fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const base::Fd fd(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!fd || ::connect(fd.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         return complain(sink, "no board at " + file);
     std::string request;

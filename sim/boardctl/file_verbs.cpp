@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "file_verbs.hpp"
+#include "sim/boardctl/file_verbs.hpp"
 
 #include <cstdio>
 #include <stdexcept>
 
-#include "module_file.hpp"
-#include "module_make.hpp"
+#include "sim/boardctl/module_make.hpp"
+#include "sim/modules/module_file.hpp"
 
 namespace sim {
 

@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <exception>
 
-#include "board_description.hpp"
-#include "control_client.hpp"
-#include "file_verbs.hpp"
+#include "platform/description/board_description.hpp"
+#include "sim/boardctl/control_client.hpp"
+#include "sim/boardctl/file_verbs.hpp"
 
 namespace {
 

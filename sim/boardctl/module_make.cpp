@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "module_make.hpp"
+#include "sim/boardctl/module_make.hpp"
 
 #include <cerrno>
 #include <cstring>
@@ -7,9 +7,9 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "generator.hpp"
-#include "json_fields.hpp"
-#include "text.hpp"
+#include "platform/description/json_fields.hpp"
+#include "sim/modules/generator.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // State file: lines of text, one per part; a module follows its cage in the text form of module_image.
-#include "board_state.hpp"
+#include "sim/boardsim/board_state.hpp"
 
 #include <sys/stat.h>
 
@@ -12,7 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "text.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

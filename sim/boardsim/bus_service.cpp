@@ -3,7 +3,7 @@
 //
 // Failure policy: a client that breaks the protocol or goes away loses its handle and nothing else; a
 // client that does not read its replies loses them.
-#include "bus_service.hpp"
+#include "sim/boardsim/bus_service.hpp"
 
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -13,8 +13,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "bus.hpp"
-#include "text.hpp"
+#include "platform/board/bus.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 
@@ -23,7 +23,7 @@ using board::SimReply;
 using board::SimRequest;
 
 struct BusService::Handle {
-    board::Descriptor fd;
+    base::Fd fd;
     std::uint32_t number = 0;
     bool opened = false;
     board::HandleKind kind = board::HandleKind::raw;
@@ -31,7 +31,7 @@ struct BusService::Handle {
     int channel = no_channel;
 };
 
-BusService::BusService(EventLoop &loop, SimulatedBoard &board, board::Descriptor listener)
+BusService::BusService(EventLoop &loop, SimulatedBoard &board, base::Fd listener)
     : loop_(loop), board_(board), listener_(std::move(listener)),
       packet_(sizeof(SimRequest) + board::Bus::max_transfer)
 {
@@ -42,7 +42,7 @@ BusService::~BusService() = default;
 
 void BusService::accept()
 {
-    board::Descriptor fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    base::Fd fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!fd)
         return;
     auto handle = std::make_unique<Handle>();

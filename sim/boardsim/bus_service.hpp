@@ -7,15 +7,15 @@
 #include <unordered_map>
 #include <vector>
 
-#include "event_loop.hpp"
-#include "simulated_board.hpp"
+#include "sim/boardsim/event_loop.hpp"
+#include "sim/boardsim/simulated_board.hpp"
 
 namespace sim {
 
 class BusService {
 public:
     // Listens on an already bound socket.
-    BusService(EventLoop &loop, SimulatedBoard &board, board::Descriptor listener);
+    BusService(EventLoop &loop, SimulatedBoard &board, base::Fd listener);
     ~BusService();
     // Called after a transaction that may have changed what the state folder keeps.
     void on_write(std::function<void()> written) { written_ = std::move(written); }
@@ -34,7 +34,7 @@ private:
 
     EventLoop &loop_;
     SimulatedBoard &board_;
-    board::Descriptor listener_;
+    base::Fd listener_;
     std::unordered_map<std::uint32_t, std::unique_ptr<Handle>> handles_;
     std::uint32_t last_number_ = 0;
     std::function<void()> written_;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "cages.hpp"
+#include "sim/boardsim/cages.hpp"
 
 #include <cerrno>
 

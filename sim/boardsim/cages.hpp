@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "board_description.hpp"
-#include "module_image.hpp"
+#include "platform/description/board_description.hpp"
+#include "sim/modules/module_image.hpp"
 
 namespace sim {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The control socket.  Failure policy: a client that sends too much or goes away loses its connection only.
-#include "control_service.hpp"
+#include "sim/boardsim/control_service.hpp"
 
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -31,7 +31,7 @@ Words split(const std::string &text)
 
 class ControlService::Connection final : public ControlClient {
 public:
-    Connection(EventLoop &loop, board::Descriptor fd) : loop_(loop), fd_(std::move(fd)) {}
+    Connection(EventLoop &loop, base::Fd fd) : loop_(loop), fd_(std::move(fd)) {}
     ~Connection() override
     {
         loop_.unwatch(fd_.get());
@@ -86,7 +86,7 @@ public:
 
 private:
     EventLoop &loop_;
-    board::Descriptor fd_;
+    base::Fd fd_;
     std::string input_;
     std::string output_;
     bool complete_ = false;
@@ -94,7 +94,7 @@ private:
     std::function<void()> gone_;
 };
 
-ControlService::ControlService(EventLoop &loop, board::Descriptor listener, Handler handler)
+ControlService::ControlService(EventLoop &loop, base::Fd listener, Handler handler)
     : loop_(loop), listener_(std::move(listener)), handler_(std::move(handler))
 {
     loop_.watch(listener_.get(), EPOLLIN, [this](std::uint32_t) { accept(); });
@@ -104,7 +104,7 @@ ControlService::~ControlService() = default;
 
 void ControlService::accept()
 {
-    board::Descriptor fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    base::Fd fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!fd)
         return;
     const int raw = fd.get();

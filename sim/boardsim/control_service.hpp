@@ -11,7 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "event_loop.hpp"
+#include "sim/boardsim/event_loop.hpp"
 
 namespace sim {
 
@@ -32,7 +32,7 @@ class ControlService {
 public:
     using Handler = std::function<void(const Words &words, ControlClient &client)>;
 
-    ControlService(EventLoop &loop, board::Descriptor listener, Handler handler);
+    ControlService(EventLoop &loop, base::Fd listener, Handler handler);
     ~ControlService();
 
 private:
@@ -42,7 +42,7 @@ private:
     void drop(int fd);
 
     EventLoop &loop_;
-    board::Descriptor listener_;
+    base::Fd listener_;
     Handler handler_;
     std::unordered_map<int, std::unique_ptr<Connection>> connections_;
 };

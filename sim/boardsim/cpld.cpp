@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "cpld.hpp"
+#include "sim/boardsim/cpld.hpp"
 
 namespace sim {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "cages.hpp"
+#include "sim/boardsim/cages.hpp"
 
 namespace sim {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "drift.hpp"
+#include "sim/boardsim/drift.hpp"
 
 #include <algorithm>
 #include <cmath>

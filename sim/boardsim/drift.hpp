@@ -6,7 +6,7 @@
 #include <map>
 #include <random>
 
-#include "simulated_board.hpp"
+#include "sim/boardsim/simulated_board.hpp"
 
 namespace sim {
 

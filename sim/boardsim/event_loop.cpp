@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Event loop.  Failure policy: without epoll there is no board, so set-up errors are exceptions.
-#include "event_loop.hpp"
+#include "sim/boardsim/event_loop.hpp"
 
 #include <csignal>
 #include <sys/epoll.h>

@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-#include "descriptor.hpp"
+#include "base/fd.hpp"
 
 namespace sim {
 
@@ -43,8 +43,8 @@ private:
     void run_timers();
     [[nodiscard]] int wait_ms() const;
 
-    board::Descriptor epoll_;
-    board::Descriptor signals_;
+    base::Fd epoll_;
+    base::Fd signals_;
     std::vector<Watch> watches_; // by descriptor
     std::map<TimerId, Timer> timers_;
     std::uint64_t timer_count_ = 0;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "faults.hpp"
+#include "sim/boardsim/faults.hpp"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
 
-#include "text.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "transaction.hpp"
+#include "sim/boardsim/transaction.hpp"
 
 namespace sim {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "front_panel.hpp"
+#include "sim/boardsim/front_panel.hpp"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -10,13 +10,13 @@
 #include <new>
 #include <system_error>
 
-#include "descriptor.hpp"
+#include "base/fd.hpp"
 
 namespace sim {
 
 MappedFile::MappedFile(std::string path, std::size_t size) : path_(std::move(path)), size_(size)
 {
-    const board::Descriptor fd(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+    const base::Fd fd(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
     // The daemon reaches it as an ordinary user, whatever the umask.
     if (!fd || ::fchmod(fd.get(), 0666) != 0 || ::ftruncate(fd.get(), static_cast<off_t>(size)) != 0)
         throw std::system_error(errno, std::generic_category(), path_);

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "board_description.hpp"
-#include "gpio_file.hpp"
+#include "platform/description/board_description.hpp"
+#include "sim/boardsim/gpio_file.hpp"
 
 namespace sim {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "fru.hpp"
+#include "sim/boardsim/fru.hpp"
 
 #include <algorithm>
 #include <numeric>

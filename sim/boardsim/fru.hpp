@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "board_description.hpp"
+#include "platform/description/board_description.hpp"
 
 namespace sim {
 

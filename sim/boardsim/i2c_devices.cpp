@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "i2c_devices.hpp"
+#include "sim/boardsim/i2c_devices.hpp"
 
 #include <algorithm>
 #include <cerrno>

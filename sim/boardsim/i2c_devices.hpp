@@ -8,9 +8,9 @@
 #include <variant>
 #include <vector>
 
-#include "board_description.hpp"
-#include "fru.hpp"
-#include "sensors.hpp"
+#include "platform/description/board_description.hpp"
+#include "sim/boardsim/fru.hpp"
+#include "sim/boardsim/sensors.hpp"
 
 namespace sim {
 

@@ -11,19 +11,19 @@
 #include <exception>
 #include <string>
 
-#include "board_state.hpp"
-#include "bus_service.hpp"
-#include "control_service.hpp"
-#include "drift.hpp"
-#include "event_loop.hpp"
-#include "front_panel.hpp"
-#include "population.hpp"
-#include "service_bus.hpp"
-#include "service_bus_protocol.hpp"
-#include "sim_protocol.hpp"
-#include "sockets.hpp"
-#include "text.hpp"
-#include "verbs.hpp"
+#include "platform/board/service_bus_protocol.hpp"
+#include "platform/board/sim_protocol.hpp"
+#include "sim/boardsim/board_state.hpp"
+#include "sim/boardsim/bus_service.hpp"
+#include "sim/boardsim/control_service.hpp"
+#include "sim/boardsim/drift.hpp"
+#include "sim/boardsim/event_loop.hpp"
+#include "sim/boardsim/front_panel.hpp"
+#include "sim/boardsim/population.hpp"
+#include "sim/boardsim/service_bus.hpp"
+#include "sim/boardsim/sockets.hpp"
+#include "sim/boardsim/verbs.hpp"
+#include "sim/modules/text.hpp"
 
 namespace {
 

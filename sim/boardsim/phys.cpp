@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "phys.hpp"
+#include "sim/boardsim/phys.hpp"
 
 #include <algorithm>
 #include <cerrno>

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "board_description.hpp"
-#include "phy_registers.hpp"
+#include "platform/description/board_description.hpp"
+#include "sim/boardsim/phy_registers.hpp"
 
 namespace sim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "population.hpp"
+#include "sim/boardsim/population.hpp"
 
 #include <filesystem>
 
-#include "json_fields.hpp"
-#include "module_file.hpp"
+#include "platform/description/json_fields.hpp"
+#include "sim/modules/module_file.hpp"
 
 namespace sim {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "simulated_board.hpp"
+#include "sim/boardsim/simulated_board.hpp"
 
 namespace sim {
 

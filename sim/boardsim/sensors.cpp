@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "sensors.hpp"
+#include "sim/boardsim/sensors.hpp"
 
 #include <cerrno>
 #include <cmath>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The service bus's broker.  Failure policy: a client that breaks the framing, goes away or does not read
 // loses its connection only.
-#include "service_bus.hpp"
+#include "sim/boardsim/service_bus.hpp"
 
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -10,8 +10,8 @@
 #include <chrono>
 #include <vector>
 
-#include "service_bus_protocol.hpp"
-#include "text.hpp"
+#include "platform/board/service_bus_protocol.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 
@@ -63,7 +63,7 @@ void ServiceBus::set_up(bool up)
 
 void ServiceBus::accept()
 {
-    board::Descriptor fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    base::Fd fd(::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
     if (!fd)
         return;
     const int raw = fd.get();

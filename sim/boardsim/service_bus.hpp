@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-#include "event_loop.hpp"
+#include "sim/boardsim/event_loop.hpp"
 
 namespace sim {
 
@@ -17,7 +17,7 @@ class ServiceBus {
 public:
     // Makes the listening socket each time the bus comes up, removes it when it goes down.
     struct Socket {
-        std::function<board::Descriptor()> listen;
+        std::function<base::Fd()> listen;
         std::function<void()> remove;
     };
 
@@ -40,7 +40,7 @@ public:
 
 private:
     struct Client {
-        board::Descriptor fd;
+        base::Fd fd;
         std::string input;
         bool known = false; // has said hello
         unsigned type = 0;
@@ -56,7 +56,7 @@ private:
 
     EventLoop &loop_;
     Socket socket_;
-    board::Descriptor listener_;
+    base::Fd listener_;
     std::map<int, Client> clients_;
     std::deque<std::string> log_;
     std::uint64_t logged_ = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "simulated_board.hpp"
+#include "sim/boardsim/simulated_board.hpp"
 
 #include <cerrno>
 

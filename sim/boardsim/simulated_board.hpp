@@ -4,13 +4,13 @@
 
 #include <functional>
 
-#include "cages.hpp"
-#include "cpld.hpp"
-#include "faults.hpp"
-#include "i2c_devices.hpp"
-#include "phys.hpp"
-#include "sensors.hpp"
-#include "transaction_log.hpp"
+#include "sim/boardsim/cages.hpp"
+#include "sim/boardsim/cpld.hpp"
+#include "sim/boardsim/faults.hpp"
+#include "sim/boardsim/i2c_devices.hpp"
+#include "sim/boardsim/phys.hpp"
+#include "sim/boardsim/sensors.hpp"
+#include "sim/boardsim/transaction_log.hpp"
 
 namespace sim {
 

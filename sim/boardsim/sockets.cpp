@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The board's folder.  The lock on it, not the presence of a socket, tells a live boardsim from a dead one.
-#include "sockets.hpp"
+#include "sim/boardsim/sockets.hpp"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -45,7 +45,7 @@ BoardFolder::~BoardFolder()
         ::unlink(file.c_str());
 }
 
-board::Descriptor BoardFolder::listen(const char *name, int type)
+base::Fd BoardFolder::listen(const char *name, int type)
 {
     const std::string file = path_ + "/" + name;
     sockaddr_un address{};
@@ -53,7 +53,7 @@ board::Descriptor BoardFolder::listen(const char *name, int type)
     if (file.size() >= sizeof address.sun_path)
         throw std::runtime_error(file + ": name too long for a socket");
     std::copy(file.begin(), file.end(), address.sun_path);
-    board::Descriptor fd(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    base::Fd fd(::socket(AF_UNIX, type | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!fd)
         fail(file);
     ::unlink(file.c_str());

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "descriptor.hpp"
+#include "base/fd.hpp"
 
 namespace sim {
 
@@ -20,14 +20,14 @@ public:
     ~BoardFolder();
 
     // Bound, listening and open to every user.  `type`: SOCK_SEQPACKET or SOCK_STREAM.
-    board::Descriptor listen(const char *name, int type);
+    base::Fd listen(const char *name, int type);
     // Takes the name of a socket away, so that nobody finds it.
     void remove(const char *name);
     [[nodiscard]] const std::string &path() const { return path_; }
 
 private:
     std::string path_;
-    board::Descriptor lock_;
+    base::Fd lock_;
     std::set<std::string> sockets_; // paths
 };
 

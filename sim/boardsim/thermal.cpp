@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "thermal.hpp"
+#include "sim/boardsim/thermal.hpp"
 
 #include <cmath>
 

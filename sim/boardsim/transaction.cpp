@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "transaction.hpp"
+#include "sim/boardsim/transaction.hpp"
 
 #include <cstring>
 
-#include "text.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

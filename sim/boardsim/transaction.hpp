@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "sim_protocol.hpp"
+#include "platform/board/sim_protocol.hpp"
 
 namespace sim {
 

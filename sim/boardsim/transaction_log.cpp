@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "transaction_log.hpp"
+#include "sim/boardsim/transaction_log.hpp"
 
 #include <algorithm>
 #include <cstdio>

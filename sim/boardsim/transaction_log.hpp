@@ -8,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "event_loop.hpp"
-#include "transaction.hpp"
+#include "sim/boardsim/event_loop.hpp"
+#include "sim/boardsim/transaction.hpp"
 
 namespace sim {
 

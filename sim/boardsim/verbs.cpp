@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The table of verbs and their dispatch.  Failure policy: a mistake changes nothing and is one line.
-#include "verbs.hpp"
+#include "sim/boardsim/verbs.hpp"
 
 #include <exception>
 #include <stdexcept>
 
-#include "text.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

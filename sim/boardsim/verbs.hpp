@@ -6,13 +6,13 @@
 #include <optional>
 #include <string>
 
-#include "bus_service.hpp"
-#include "control_service.hpp"
-#include "drift.hpp"
-#include "front_panel.hpp"
-#include "service_bus.hpp"
-#include "simulated_board.hpp"
-#include "thermal.hpp"
+#include "sim/boardsim/bus_service.hpp"
+#include "sim/boardsim/control_service.hpp"
+#include "sim/boardsim/drift.hpp"
+#include "sim/boardsim/front_panel.hpp"
+#include "sim/boardsim/service_bus.hpp"
+#include "sim/boardsim/simulated_board.hpp"
+#include "sim/boardsim/thermal.hpp"
 
 namespace sim {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Verbs on the service bus.
-#include "module_image.hpp"
-#include "text.hpp"
-#include "verbs.hpp"
+#include "sim/boardsim/verbs.hpp"
+#include "sim/modules/module_image.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

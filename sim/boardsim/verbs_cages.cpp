@@ -4,8 +4,8 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "text.hpp"
-#include "verbs.hpp"
+#include "sim/boardsim/verbs.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

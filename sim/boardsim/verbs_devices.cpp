@@ -4,10 +4,10 @@
 #include <optional>
 #include <stdexcept>
 
-#include "fru.hpp"
-#include "module_image.hpp"
-#include "text.hpp"
-#include "verbs.hpp"
+#include "sim/boardsim/fru.hpp"
+#include "sim/boardsim/verbs.hpp"
+#include "sim/modules/module_image.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "text.hpp"
-#include "verbs.hpp"
+#include "sim/boardsim/verbs.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "text.hpp"
-#include "verbs.hpp"
+#include "sim/boardsim/verbs.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -17,7 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "gpio_file.hpp"
+#include "sim/boardsim/gpio_file.hpp"
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 

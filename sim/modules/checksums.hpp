@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "module_image.hpp"
+#include "sim/modules/module_image.hpp"
 
 namespace sim {
 

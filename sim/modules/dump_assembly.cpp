@@ -4,9 +4,9 @@
 #include <numeric>
 #include <optional>
 
-#include "checksums.hpp"
-#include "dump_reader.hpp"
-#include "text.hpp"
+#include "sim/modules/checksums.hpp"
+#include "sim/modules/dump_reader.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

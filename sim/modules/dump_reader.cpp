@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text and raw forms of a memory dump.  Failure policy: what cannot be read without guessing is refused,
 // with the line and what is wrong in it.
-#include "dump_reader.hpp"
+#include "sim/modules/dump_reader.hpp"
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 
-#include "text.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "module_image.hpp"
+#include "sim/modules/module_image.hpp"
 
 namespace sim {
 

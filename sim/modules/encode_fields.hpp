@@ -8,8 +8,8 @@
 #include <span>
 #include <string>
 
-#include "module_description.hpp"
-#include "text.hpp"
+#include "sim/modules/module_description.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // SFF-8472 encoder: A0h identification (tables 4-1 and on), A2h diagnostics (tables 9-1 and on).
-#include "checksums.hpp"
-#include "encode_fields.hpp"
+#include "sim/modules/checksums.hpp"
+#include "sim/modules/encode_fields.hpp"
 
 namespace sim {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // SFF-8636 encoder: lower memory (table 6-1), pages 00h (table 6-15) and 03h (table 6-29).  Offsets of upper
 // pages are given as in the document, 128 and up.
-#include "checksums.hpp"
-#include "encode_fields.hpp"
+#include "sim/modules/checksums.hpp"
+#include "sim/modules/encode_fields.hpp"
 
 namespace sim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Module descriptions in JSON.  Failure policy: a description with any mistake is refused as a whole.
-#include "generator.hpp"
+#include "sim/modules/generator.hpp"
 
-#include "json_fields.hpp"
-#include "module_description.hpp"
+#include "platform/description/json_fields.hpp"
+#include "sim/modules/module_description.hpp"
 
 namespace sim {
 

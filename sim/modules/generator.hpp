@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "module_image.hpp"
+#include "sim/modules/module_image.hpp"
 
 namespace sim {
 

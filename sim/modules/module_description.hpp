@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "module_image.hpp"
+#include "sim/modules/module_image.hpp"
 
 namespace sim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "module_file.hpp"
+#include "sim/modules/module_file.hpp"
 
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 
-#include "generator.hpp"
+#include "sim/modules/generator.hpp"
 
 namespace sim {
 

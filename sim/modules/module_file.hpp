@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "dump_reader.hpp"
+#include "sim/modules/dump_reader.hpp"
 
 namespace sim {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "module_image.hpp"
+#include "sim/modules/module_image.hpp"
 
 #include <charconv>
 #include <cstdio>
@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "text.hpp"
+#include "sim/modules/text.hpp"
 
 namespace sim {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "text.hpp"
+#include "sim/modules/text.hpp"
 
 #include <cerrno>
 #include <cmath>

@@ -2,8 +2,8 @@
 // Preloaded into the daemon by tests: its calls of libfrr and libc appear in the call trace (TQ_TRACE) among
 // those of the platform, and obey the fault table (TQ_FAULTS), by the function's name.
 // A call that the trace itself makes, or that a recorded one makes in turn inside libc, is not recorded.
-#include "frr.hpp"
-#include "tq_trace.hpp"
+#include "diagd/core/frr.hpp"
+#include "platform/trace/tq_trace.hpp"
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -456,9 +456,9 @@ ssize_t recvmsg(int fd, struct msghdr *message, int flags)
     if (!OF_THE_DAEMON())
         return real(fd, message, flags);
     return recorded<leaf>(
-        "recvmsg", [&] { return real(fd, message, flags); },
-        tq::arg("length", message->msg_iov[0].iov_len),
-        tq::out_bytes("head", message->msg_iov[0].iov_base, std::min<std::size_t>(message->msg_iov[0].iov_len, 32)));
+        "recvmsg", [&] { return real(fd, message, flags); }, tq::arg("length", message->msg_iov[0].iov_len),
+        tq::out_bytes("head", message->msg_iov[0].iov_base,
+                      std::min<std::size_t>(message->msg_iov[0].iov_len, 32)));
 }
 
 } // extern "C"

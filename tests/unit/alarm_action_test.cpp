@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Which switches of the database an action word changes, in which order, and what of a failure is told.
-#include "alarm_action.hpp"
+#include "diagd/alarm_log/alarm_action.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // A writer that dies at any instruction: a child changes a shared store and is stepped through it one
 // instruction at a time; whatever the memory looks like then is what the next process would find had the
 // child died there.
-#include "alarm_chain_view.hpp"
+#include "tests/unit/alarm_chain_view.hpp"
 
 #include <algorithm>
 #include <csignal>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The chain of alarm records: order, replacement, removal, and damage done by others.
-#include "alarm_chain_view.hpp"
+#include "tests/unit/alarm_chain_view.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

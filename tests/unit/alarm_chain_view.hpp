@@ -2,7 +2,7 @@
 // What a reader of the alarm store sees, and whether the store is in order; for tests.
 #pragma once
 
-#include "alarm_chain.hpp"
+#include "platform/api/alarm_chain.hpp"
 
 #include <cstdio>
 #include <cstring>

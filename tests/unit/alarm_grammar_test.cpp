@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The names that commands offer, against the catalogue, and the words and help joined from them.
-#include "alarm_grammar.hpp"
+#include "diagd/alarm_log/alarm_grammar.hpp"
 
 #include "tq_api.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What the daemon registers with the configuration database, and its callbacks.
-#include "remote_change.hpp"
-#include "state.hpp"
+#include "diagd/alarm_log/remote_change.hpp"
+#include "diagd/core/state.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

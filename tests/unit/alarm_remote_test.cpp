@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Which log servers get an alarm, and what is said when one does not.
-#include "alarm.hpp"
-#include "database_getters_double.hpp"
-#include "log_target.hpp"
-#include "loopback.hpp"
+#include "platform/api/alarm.hpp"
+#include "tests/unit/database_getters_double.hpp"
+#include "tests/unit/log_target.hpp"
+#include "tests/unit/loopback.hpp"
 #include "tq_errno.h"
 
 #include <gmock/gmock.h>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The shared alarm store between processes: making, attaching, replacing, refusing, and writers that are
 // killed.
-#include "alarm_chain_view.hpp"
-#include "private_ipc.hpp"
-#include "process.hpp"
+#include "tests/unit/alarm_chain_view.hpp"
+#include "tests/unit/private_ipc.hpp"
+#include "tests/unit/process.hpp"
 #include "tq_api.h"
 
 #include <cerrno>

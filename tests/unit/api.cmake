@@ -25,5 +25,4 @@ target_compile_definitions(board_ports_test PRIVATE OLT8_JSON="${CMAKE_SOURCE_DI
 diagd_api_test(shell_test shell_test.cpp)
 diagd_api_test(api_trace_test api_trace_test.cpp private_ipc.cpp)
 diagd_api_test(service_bus_test service_bus_test.cpp)
-target_include_directories(service_bus_test PRIVATE ${CMAKE_SOURCE_DIR}/platform/board)
 target_compile_definitions(service_bus_test PRIVATE OLT8_JSON="${CMAKE_SOURCE_DIR}/sim/boards/olt8.json")

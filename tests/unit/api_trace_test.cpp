@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What libtqapi's calls look like in the trace, and how they fail when the fault table says so.
-#include "private_ipc.hpp"
+#include "tests/unit/private_ipc.hpp"
+#include "tests/unit/trace_files.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
-#include "trace_files.hpp"
 
 #include <cerrno>
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Order in which the board bracket takes and gives back what it needs, with the calls recorded.
-#include "board_bracket.hpp"
-#include "privileges.hpp"
-#include "state.hpp"
+#include "diagd/core/board_bracket.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/state.hpp"
 
 #include "util_cpld.h"
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <future>
 
-#include "running_board.hpp"
+#include "tests/unit/running_board.hpp"
 
 namespace {
 

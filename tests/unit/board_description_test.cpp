@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "board_description.hpp"
+#include "platform/description/board_description.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,8 +7,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "json_fields.hpp"
-#include "temporary_folder.hpp"
+#include "platform/description/json_fields.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <cstring>
 #include <thread>
 
-#include "running_board.hpp"
+#include "tests/unit/running_board.hpp"
 #include "util_cpld.h"
 #include "util_i2c.h"
 #include "util_phy.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Board records, interface table and PON mode as the board description gives them.
-#include "temporary_folder.hpp"
+#include "tests/unit/temporary_folder.hpp"
 #include "tq_api.h"
 #include "tq_board.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Ports listed from hand-made board records.
-#include "board_records.hpp"
+#include "diagd/core/board_records.hpp"
 
 #include <gtest/gtest.h>
 

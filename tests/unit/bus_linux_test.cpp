@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The three C libraries on device nodes: what they ask of i2c-dev and of the MII ioctls.  The kernel's side
 // is here: I2C adapters with a CPLD, a multiplexer, modules and a sensor, and a network interface with PHYs.
-#include "bus_linux.hpp"
-#include "temporary_folder.hpp"
+#include "platform/board/bus_linux.hpp"
+#include "tests/unit/temporary_folder.hpp"
 #include "util_cpld.h"
 #include "util_i2c.h"
 #include "util_phy.h"

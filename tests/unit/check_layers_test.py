@@ -8,10 +8,10 @@ from pathlib import Path
 
 TOOL = Path(__file__).resolve().parents[2] / "tools" / "check_layers.py"
 HEADERS = {
+    "base/fd.hpp": "#include <unistd.h>\n",
     "diagd/units.hpp": "",
     "diagd/core/frr.hpp": "#include <zebra.h>\n#include <vty.h>\n",
     "diagd/core/text.hpp": "#include <string_view>\n",
-    "diagd/core/unique_fd.hpp": "#include <unistd.h>\n",
     "diagd/fan/fan_private.hpp": "",
     "diagd/fan/export/lm75.hpp": "",
     "platform/include/tq_api.h": "",
@@ -41,40 +41,47 @@ class CheckLayers(unittest.TestCase):
         self.assertEqual(self.check(file, text), (0, "every include stays in its layer\n"))
 
     def test_a_unit_uses_core_the_c_api_and_exports(self):
-        self.assert_allowed("diagd/cpld/a.cpp", '#include "frr.hpp"\n#include "tq_api.h"\n#include "lm75.hpp"\n')
+        self.assert_allowed("diagd/cpld/a.cpp", '#include "diagd/core/frr.hpp"\n#include "tq_api.h"\n#include "diagd/fan/export/lm75.hpp"\n')
 
     def test_a_unit_does_not_see_what_another_keeps_to_itself(self):
-        self.assert_refused("diagd/cpld/a.cpp", '#include "fan_private.hpp"\n', "only through its export folder")
+        self.assert_refused("diagd/cpld/a.cpp", '#include "diagd/fan/fan_private.hpp"\n', "only through its export folder")
 
     def test_a_unit_does_not_look_up(self):
-        self.assert_refused("diagd/fan/a.cpp", '#include "units.hpp"\n', "includes go down only")
+        self.assert_refused("diagd/fan/a.cpp", '#include "diagd/units.hpp"\n', "includes go down only")
 
     def test_core_does_not_know_the_units(self):
-        self.assert_refused("diagd/core/a.cpp", '#include "lm75.hpp"\n', "core includes nothing but itself")
+        self.assert_refused("diagd/core/a.cpp", '#include "diagd/fan/export/lm75.hpp"\n', "core includes nothing but itself")
 
     def test_the_daemon_sees_only_the_c_api_of_the_platform(self):
-        self.assert_refused("diagd/fan/a.cpp", '#include "tq_trace.hpp"\n', "only its C API")
+        self.assert_refused("diagd/fan/a.cpp", '#include "platform/trace/tq_trace.hpp"\n', "only its C API")
 
     def test_libfrr_has_one_door(self):
-        self.assert_refused("diagd/fan/a.cpp", "#include <zebra.h>\n", 'only through "frr.hpp"')
+        self.assert_refused("diagd/fan/a.cpp", "#include <zebra.h>\n", 'only through "diagd/core/frr.hpp"')
 
     def test_sysrepo_and_libfrr_do_not_meet(self):
-        self.assert_refused("diagd/fan/a.cpp", '#include "frr.hpp"\n#include <sysrepo.h>\n', "different libyangs")
+        self.assert_refused("diagd/fan/a.cpp", '#include "diagd/core/frr.hpp"\n#include <sysrepo.h>\n', "different libyangs")
         self.assert_allowed("diagd/fan/a.cpp", '#include "tq_api.h"\n#include <sysrepo.h>\n')
 
     def test_pure_files_reach_only_the_standard_library(self):
-        self.assert_allowed("diagd/fan/fan_policy.cpp", '#include "text.hpp"\n#include <array>\n')
-        self.assert_refused("diagd/fan/fan_policy.cpp", '#include "unique_fd.hpp"\n', "<unistd.h>")
-        self.assert_refused("diagd/transceiver/decode/a.hpp", '#include "frr.hpp"\n', "standard library only")
+        self.assert_allowed("diagd/fan/fan_policy.cpp", '#include "diagd/core/text.hpp"\n#include <array>\n')
+        self.assert_refused("diagd/fan/fan_policy.cpp", '#include "base/fd.hpp"\n', "<unistd.h>")
+        self.assert_refused("diagd/transceiver/decode/a.hpp", '#include "diagd/core/frr.hpp"\n', "standard library only")
 
     def test_the_platform_does_not_know_what_is_built_on_it(self):
-        self.assert_refused("platform/api/a.cpp", '#include "text.hpp"\n', "platform never includes diagd")
-        self.assert_refused("platform/api/a.cpp", '#include "board.hpp"\n', "platform never includes sim")
-        self.assert_allowed("platform/api/a.cpp", '#include "tq_trace.hpp"\n')
+        self.assert_refused("platform/api/a.cpp", '#include "diagd/core/text.hpp"\n', "platform never includes diagd")
+        self.assert_refused("platform/api/a.cpp", '#include "sim/boardsim/board.hpp"\n', "platform never includes sim")
+        self.assert_allowed("platform/api/a.cpp", '#include "platform/trace/tq_trace.hpp"\n')
+
+    def test_base_is_for_all_and_needs_nobody(self):
+        self.assert_refused("base/a.hpp", '#include "tq_api.h"\n', "nothing of its surroundings")
+        self.assert_allowed("platform/api/a.cpp", '#include "base/fd.hpp"\n')
+
+    def test_an_include_says_where_it_leads(self):
+        self.assert_refused("diagd/fan/a.cpp", '#include "fan_private.hpp"\n', "is no header of the tree")
 
     def test_the_shell_shares_the_descriptor_owner_and_no_more(self):
-        self.assert_allowed("shell/a.cpp", '#include "unique_fd.hpp"\n')
-        self.assert_refused("shell/a.cpp", '#include "text.hpp"\n', "shell never includes diagd")
+        self.assert_allowed("shell/a.cpp", '#include "base/fd.hpp"\n')
+        self.assert_refused("shell/a.cpp", '#include "diagd/core/text.hpp"\n', "shell never includes diagd")
 
 
 if __name__ == "__main__":

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What cli_log does with an alarm: settings, record, log line, and failures.
-#include "alarm.hpp"
-#include "alarm_chain_view.hpp"
-#include "database_getters_double.hpp"
-#include "log_target.hpp"
-#include "private_ipc.hpp"
+#include "platform/api/alarm.hpp"
+#include "tests/unit/alarm_chain_view.hpp"
+#include "tests/unit/database_getters_double.hpp"
+#include "tests/unit/log_target.hpp"
+#include "tests/unit/private_ipc.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "clock_parser.hpp"
+#include "diagd/system_cli/clock_parser.hpp"
 
 #include <gtest/gtest.h>
 

@@ -9,70 +9,53 @@ set(start_sources ${diagd_dir}/diag_main.cpp ${diagd_dir}/start_steps.cpp ${diag
                   ${diagd_dir}/core/alarm_record.cpp)
 diagd_unit_test(start_order_test start_order_test.cpp ${start_sources} LIBS platform_headers deps::frr deps::jsonc)
 target_compile_definitions(start_order_test PRIVATE main=diagd_main)
-target_include_directories(start_order_test PRIVATE ${diagd_dir} ${diagd_dir}/core)
 
 diagd_unit_test(board_bracket_test board_bracket_test.cpp ${diagd_dir}/core/board_bracket.cpp
                 ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/semaphore.cpp ${diagd_dir}/core/state.cpp
                 LIBS platform_headers deps::frr deps::jsonc)
-target_include_directories(board_bracket_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(board_records_test board_records_test.cpp ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
-target_include_directories(board_records_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(text_test text_test.cpp)
-target_include_directories(text_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(slot_port_test slot_port_test.cpp)
-target_include_directories(slot_port_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(gpio_reset_test gpio_reset_test.cpp ${diagd_dir}/diag_cli/gpio_reset.cpp
                 ${diagd_dir}/core/privileges.cpp LIBS deps::frr deps::jsonc)
-target_include_directories(gpio_reset_test PRIVATE ${diagd_dir}/core ${diagd_dir}/diag_cli)
 
 diagd_unit_test(record_view_test record_view_test.cpp ${diagd_dir}/alarm_log/record_chain.cpp
                 ${diagd_dir}/alarm_log/record_view.cpp LIBS platform_headers)
-target_include_directories(record_view_test PRIVATE ${diagd_dir}/alarm_log)
 
 diagd_unit_test(debug_message_test debug_message_test.cpp ${diagd_dir}/alarm_log/debug_message.cpp)
-target_include_directories(debug_message_test PRIVATE ${diagd_dir}/alarm_log)
 
 diagd_unit_test(alarm_grammar_test alarm_grammar_test.cpp LIBS platform_headers tqapi)
-target_include_directories(alarm_grammar_test PRIVATE ${diagd_dir}/alarm_log)
 
 diagd_unit_test(alarm_action_test alarm_action_test.cpp ${diagd_dir}/alarm_log/alarm_action.cpp LIBS platform_headers)
-target_include_directories(alarm_action_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
 
 diagd_unit_test(alarm_id_test alarm_id_test.cpp ${diagd_dir}/alarm_log/alarm_id.cpp LIBS platform_headers)
-target_include_directories(alarm_id_test PRIVATE ${diagd_dir}/alarm_log)
 
 diagd_unit_test(remote_server_test remote_server_test.cpp ${diagd_dir}/alarm_log/remote_server.cpp LIBS platform_headers)
-target_include_directories(remote_server_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
 
 # remote_change.cpp comes as an object, so that the test sees no headers of sysrepo.
 diagd_unit_test(alarm_log_database_test alarm_log_database_test.cpp ${diagd_dir}/alarm_log/alarm_log_database.cpp
                 ${diagd_dir}/core/state.cpp LIBS platform_headers)
 target_sources(alarm_log_database_test PRIVATE $<TARGET_OBJECTS:diagd_alarm_log_sysrepo>)
-target_include_directories(alarm_log_database_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
 
 # All units: the alarm log reaches into several of them.
 list(TRANSFORM diagd_units PREPEND diagd_ OUTPUT_VARIABLE unit_targets)
 diagd_unit_test(install_order_test install_order_test.cpp LIBS ${unit_targets} diagd_alarm_log_sysrepo
                 transceiver_decode platform_headers deps::frr deps::jsonc deps::sysrepo tqapi tqdatabase util_cpld
                 util_i2c util_phy)
-target_include_directories(install_order_test PRIVATE ${diagd_dir}/core)
 
 diagd_unit_test(peer_test peer_test.cpp ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
                 LIBS diagd_peer platform_headers deps::frr deps::jsonc)
-target_include_directories(peer_test PRIVATE ${diagd_dir}/core ${diagd_dir}/peer ${diagd_dir}/peer/export)
 
 diagd_unit_test(port_switch_test port_switch_test.cpp ${diagd_dir}/cpld/port_switch.cpp
                 ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
-target_include_directories(port_switch_test PRIVATE ${diagd_dir}/core ${diagd_dir}/cpld)
 
 diagd_unit_test(register_commands_test register_commands_test.cpp ${diagd_dir}/phy/phy_cli.cpp
                 ${diagd_dir}/i2c/i2c_cli.cpp ${diagd_dir}/core/privileges.cpp
                 LIBS platform_headers deps::frr deps::jsonc)
-target_include_directories(register_commands_test PRIVATE ${diagd_dir}/core ${diagd_dir}/phy)
 
 # The layers of the tree, and the check itself.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)

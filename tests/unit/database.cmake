@@ -6,7 +6,6 @@ set(database_source ${CMAKE_SOURCE_DIR}/platform/database)
 diagd_unit_test(
   database_values_test database/values_test.cpp ${database_source}/settings.cpp ${database_source}/value.cpp
   ${database_source}/xml.cpp LIBS platform_headers)
-target_include_directories(database_values_test PRIVATE ${database_source})
 
 # Another program that uses the database.
 add_executable(database_peer database/peer.cpp)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "database_getters_double.hpp"
+#include "tests/unit/database_getters_double.hpp"
 #include "tq_database.h"
 
 #include <cstring>

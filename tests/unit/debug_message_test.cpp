@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "debug_message.hpp"
+#include "diagd/alarm_log/debug_message.hpp"
 
 #include <gtest/gtest.h>
 

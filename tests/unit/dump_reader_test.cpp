@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "dump_reader.hpp"
+#include "sim/modules/dump_reader.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "checksums.hpp"
-#include "module_file.hpp"
-#include "temporary_folder.hpp"
-#include "text.hpp"
+#include "sim/modules/checksums.hpp"
+#include "sim/modules/module_file.hpp"
+#include "sim/modules/text.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The fan policy: its borders, its ratchet, and days of it on the simulated board.
-#include "fan_policy.hpp"
+#include "diagd/fan/fan_policy.hpp"
 
-#include "thermal.hpp"
+#include "sim/boardsim/thermal.hpp"
 
 #include <gtest/gtest.h>
 

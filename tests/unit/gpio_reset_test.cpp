@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Resets through the GPIO device: requests, their order, and what is closed when one fails.
-#include "gpio_reset.hpp"
+#include "diagd/diag_cli/gpio_reset.hpp"
 
-#include "privileges.hpp"
+#include "diagd/core/privileges.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -8,7 +8,7 @@
 
 #include <cerrno>
 
-#include "running_board.hpp"
+#include "tests/unit/running_board.hpp"
 
 namespace {
 

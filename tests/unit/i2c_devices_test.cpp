@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Devices of the simulated board's I2C buses that only people ask, and the inventory in their memories.
-#include "i2c_devices.hpp"
+#include "sim/boardsim/i2c_devices.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 #include <cerrno>
 #include <numeric>
 
-#include "board_state.hpp"
-#include "module_file.hpp"
-#include "simulated_board.hpp"
-#include "temporary_folder.hpp"
+#include "sim/boardsim/board_state.hpp"
+#include "sim/boardsim/simulated_board.hpp"
+#include "sim/modules/module_file.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 namespace {
 

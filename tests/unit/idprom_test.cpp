@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A module's identification: which bytes are read for which display, and what becomes of those that fail.
-#include "idprom.hpp"
+#include "diagd/transceiver/idprom.hpp"
 
-#include "module_board_double.hpp"
+#include "tests/unit/module_board_double.hpp"
 
 #include <gtest/gtest.h>
 

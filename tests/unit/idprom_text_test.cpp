@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text of a module's identification, byte by byte.
-#include "idprom_text.hpp"
+#include "diagd/transceiver/idprom_text.hpp"
 
 #include <gtest/gtest.h>
 

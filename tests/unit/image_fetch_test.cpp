@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Fetching a CPLD image with an argument missing; what fetching does is tested in a box.
-#include "alarm_record.hpp"
-#include "frr.hpp"
-#include "image_fetch.hpp"
-#include "printing_vty.hpp"
-#include "shell_runner.hpp"
+#include "diagd/core/alarm_record.hpp"
+#include "diagd/core/frr.hpp"
+#include "diagd/cpld/image_fetch.hpp"
+#include "diagd/cpld/shell_runner.hpp"
+#include "tests/unit/printing_vty.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Names of CPLD images and the lines that fetch them.
-#include "image_lines.hpp"
+#include "diagd/cpld/image_lines.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Programming the CPLD: what is done with which monitors on, with the calls recorded.
-#include "image_program.hpp"
-#include "reset_clients.hpp"
-#include "shell_runner.hpp"
-#include "state.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/cpld/image_program.hpp"
+#include "diagd/cpld/shell_runner.hpp"
+#include "diagd/peer/export/reset_clients.hpp"
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 #include "tq_api.h"
 #include "util_cpld.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Nodes and commands of the daemon's frame: what is installed, where, in which order, with which words and
 // help.
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include <zlog_live.h>
 
-#include "live_record.hpp"
+#include "shell/live_record.hpp"
 
 #include <cstdlib>
 #include <cstring>

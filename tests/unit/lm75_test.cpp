@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The board's temperature sensor on a recorded bus.
-#include "lm75.hpp"
+#include "diagd/fan/export/lm75.hpp"
 
-#include "board_sensor.hpp"
+#include "diagd/fan/board_sensor.hpp"
 
 #include "util_i2c.h"
 

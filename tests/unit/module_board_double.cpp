@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A board with modules in place of the platform libraries (see module_board_double.hpp).
-#include "module_board_double.hpp"
+#include "tests/unit/module_board_double.hpp"
 
-#include "privileges.hpp"
+#include "diagd/core/privileges.hpp"
 
 #include "tq_api.h"
 #include "util_cpld.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The generated memories, read back the way the SFF documents tell a host to.
-#include "generator.hpp"
+#include "sim/modules/generator.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 #include <numeric>
 #include <sstream>
 
-#include "module_file.hpp"
+#include "sim/modules/module_file.hpp"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The modules of all interfaces: which interfaces are listed, and what is read from each in which order.
-#include "module_listing.hpp"
+#include "diagd/transceiver/module_listing.hpp"
 
-#include "module_board_double.hpp"
+#include "tests/unit/module_board_double.hpp"
 
 #include "tq_board.h"
 

@@ -4,18 +4,13 @@ set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
 
 # The policy closes the loop with the simulated board's warmth.
 diagd_unit_test(fan_policy_test fan_policy_test.cpp LIBS sim_board)
-target_include_directories(fan_policy_test PRIVATE ${diagd_dir}/fan)
 
 diagd_unit_test(fan_settings_test fan_settings_test.cpp ${diagd_dir}/fan/fan_settings.cpp)
-target_include_directories(fan_settings_test PRIVATE ${diagd_dir}/fan)
 
 diagd_unit_test(power_policy_test power_policy_test.cpp)
-target_include_directories(power_policy_test PRIVATE ${diagd_dir}/fan)
 
 diagd_unit_test(button_policy_test button_policy_test.cpp)
-target_include_directories(button_policy_test PRIVATE ${diagd_dir}/fan)
 
 diagd_unit_test(uevent_parser_test uevent_parser_test.cpp)
-target_include_directories(uevent_parser_test PRIVATE ${diagd_dir}/fan)
 
 diagd_unit_test(thermal_test thermal_test.cpp LIBS sim_board)

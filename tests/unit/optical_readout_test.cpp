@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The readout of one module: which bytes it reads in which order, what it makes of them, and in which half of
 // the record the values land.
-#include "module_board_double.hpp"
-#include "optical_readout.hpp"
+#include "diagd/cpld/optical_readout.hpp"
+#include "tests/unit/module_board_double.hpp"
 
 #include "util_cpld.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Module families, wavelengths, units, calibration words and conversions of raw diagnostic fields.
-#include "optical_values.hpp"
+#include "diagd/transceiver/export/optical_values.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Registers of the simulated PHYs, as IEEE 802.3 has them.
-#include "phys.hpp"
+#include "sim/boardsim/phys.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Optical readings of a PON port: the bracket's order, what is read, and what is written where.
-#include "pon_optics.hpp"
+#include "diagd/transceiver/export/pon_optics.hpp"
 
-#include "module_board_double.hpp"
-#include "state.hpp"
+#include "diagd/core/state.hpp"
+#include "tests/unit/module_board_double.hpp"
 
 #include <gtest/gtest.h>
 

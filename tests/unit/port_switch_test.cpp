@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Bits of a port register, and which ports of hand-made board records they are switched for.
-#include "port_switch.hpp"
+#include "diagd/cpld/port_switch.hpp"
 
 #include "util_cpld.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "private_ipc.hpp"
+#include "tests/unit/private_ipc.hpp"
 
 #include <cstdio>
 #include <cstdlib>

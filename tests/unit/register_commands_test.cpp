@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // PHY and I2C commands with arguments that the grammar does not let through, and register numbers.
-#include "arguments.hpp"
-#include "phy_register.hpp"
-#include "privileges.hpp"
+#include "diagd/core/arguments.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/phy/phy_register.hpp"
 
 #include "util_i2c.h"
 #include "util_phy.h"

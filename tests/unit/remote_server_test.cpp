@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reading a remote log server: the widths that the database is told, and texts that fill them.
-#include "remote_server.hpp"
+#include "diagd/alarm_log/remote_server.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

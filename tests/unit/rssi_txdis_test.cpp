@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The shared RSSI/TXDIS pin: what is done to the board, and what the control byte says.
-#include "rssi_txdis.hpp"
+#include "diagd/transceiver/rssi_txdis.hpp"
 
-#include "module_board_double.hpp"
+#include "tests/unit/module_board_double.hpp"
 
 #include <gtest/gtest.h>
 

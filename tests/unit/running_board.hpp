@@ -13,9 +13,9 @@
 #include <thread>
 #include <vector>
 
-#include "control_client.hpp"
-#include "file_verbs.hpp"
-#include "temporary_folder.hpp"
+#include "sim/boardctl/control_client.hpp"
+#include "sim/boardctl/file_verbs.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 class RunningBoard {
 public:

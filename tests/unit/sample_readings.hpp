@@ -2,7 +2,7 @@
 // Modules as they have been read, for the tests of what shows them.
 #pragma once
 
-#include "module_listing.hpp"
+#include "diagd/transceiver/module_listing.hpp"
 
 #include <limits>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // System V semaphores: making, opening, waiting, and what is left when a holder dies.
-#include "private_ipc.hpp"
-#include "process.hpp"
+#include "tests/unit/private_ipc.hpp"
+#include "tests/unit/process.hpp"
 #include "tq_api.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The service bus client against a bus of the test's own, its event loop stepped by hand.
-#include "service_bus_protocol.hpp"
-#include "temporary_folder.hpp"
+#include "platform/board/service_bus_protocol.hpp"
+#include "tests/unit/temporary_folder.hpp"
 #include "tq_api.h"
 
 #include <gtest/gtest.h>

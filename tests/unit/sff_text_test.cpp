@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Texts of module code bytes: every table row, every code without a row, and the fallback buffers.
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Shell lines of the CPLD's upgrade.
-#include "child_programs.hpp"
-#include "shell_runner.hpp"
-#include "temporary_folder.hpp"
+#include "diagd/core/child_programs.hpp"
+#include "diagd/cpld/shell_runner.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Shell lines, run for a vty and by themselves.
-#include "log_target.hpp"
-#include "printing_vty.hpp"
-#include "temporary_folder.hpp"
+#include "tests/unit/log_target.hpp"
+#include "tests/unit/printing_vty.hpp"
+#include "tests/unit/temporary_folder.hpp"
 #include "tq_api.h"
 
 #include <chrono>

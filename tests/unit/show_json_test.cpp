@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // JSON display of the module listing.
-#include "show_json.hpp"
+#include "diagd/transceiver/show_json.hpp"
 
-#include "sample_readings.hpp"
+#include "tests/unit/sample_readings.hpp"
 
 #include <gtest/gtest.h>
 

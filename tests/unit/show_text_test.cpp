@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text displays of the module listing, byte by byte.
-#include "show_text.hpp"
+#include "diagd/transceiver/show_text.hpp"
 
-#include "sample_readings.hpp"
+#include "tests/unit/sample_readings.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The parts of the simulated board, without a process: registers, cages, faults, log, state, drift.
-#include "simulated_board.hpp"
+#include "sim/boardsim/simulated_board.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 #include <cerrno>
 #include <sstream>
 
-#include "board_state.hpp"
-#include "drift.hpp"
-#include "module_file.hpp"
-#include "temporary_folder.hpp"
+#include "sim/boardsim/board_state.hpp"
+#include "sim/boardsim/drift.hpp"
+#include "sim/modules/module_file.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 namespace {
 

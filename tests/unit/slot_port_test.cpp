@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "slot_port.hpp"
+#include "diagd/core/slot_port.hpp"
 
 #include <gtest/gtest.h>
 

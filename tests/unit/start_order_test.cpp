@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's start order: its real main, with everything it calls recorded.
 #undef main
-#include "daemon_info.hpp"
-#include "privileges.hpp"
-#include "state.hpp"
-#include "units.hpp"
+#include "diagd/core/privileges.hpp"
+#include "diagd/core/state.hpp"
+#include "diagd/daemon_info.hpp"
+#include "diagd/units.hpp"
 
 #include "tq_api.h"
 #include "util_cpld.h"

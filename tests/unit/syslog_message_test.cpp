@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The exact text of syslog messages.
-#include "syslog_message.hpp"
+#include "platform/api/syslog_message.hpp"
 
-#include "sample_time.hpp"
+#include "tests/unit/sample_time.hpp"
 #include "tq_api.h"
 
 #include <cstring>

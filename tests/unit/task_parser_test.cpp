@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "task_parser.hpp"
+#include "diagd/system_cli/task_parser.hpp"
 
 #include <gtest/gtest.h>
 

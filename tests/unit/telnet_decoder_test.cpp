@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "telnet_decoder.hpp"
+#include "shell/telnet_decoder.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "text.hpp"
+#include "diagd/core/text.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Warmth of the simulated board.
-#include "thermal.hpp"
+#include "sim/boardsim/thermal.hpp"
 
 #include <gtest/gtest.h>
 

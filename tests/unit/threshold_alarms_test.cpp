@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The threshold alarms against the platform's catalogue, and how optical thresholds read.
-#include "pon_threshold_text.hpp"
-#include "threshold_alarms.hpp"
-#include "threshold_store.hpp"
+#include "diagd/alarm_log/pon_threshold_text.hpp"
+#include "diagd/alarm_log/threshold_alarms.hpp"
+#include "diagd/alarm_log/threshold_store.hpp"
 
 #include "tq_api.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // When threshold alarms are raised and cleared.
-#include "threshold_judge.hpp"
+#include "diagd/alarm_log/threshold_judge.hpp"
 
 #include <gtest/gtest.h>
 

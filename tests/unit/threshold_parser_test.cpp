@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Thresholds from the database's text and from an operator's words.
-#include "threshold_parser.hpp"
+#include "diagd/alarm_log/threshold_parser.hpp"
 
 #include <gtest/gtest.h>
 

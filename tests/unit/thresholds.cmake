@@ -3,21 +3,14 @@
 set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
 
 diagd_unit_test(usage_parser_test usage_parser_test.cpp ${diagd_dir}/system_cli/usage_parser.cpp)
-target_include_directories(usage_parser_test PRIVATE ${diagd_dir}/system_cli)
 
 # On recording doubles in place of the bus and of sleeping.
 diagd_unit_test(lm75_test lm75_test.cpp ${diagd_dir}/fan/lm75.cpp LIBS platform_headers)
-target_include_directories(lm75_test PRIVATE ${diagd_dir}/fan ${diagd_dir}/fan/export)
 
 diagd_unit_test(threshold_judge_test threshold_judge_test.cpp)
-target_include_directories(threshold_judge_test PRIVATE ${diagd_dir}/alarm_log)
 
 diagd_unit_test(threshold_parser_test threshold_parser_test.cpp ${diagd_dir}/alarm_log/threshold_parser.cpp)
-target_include_directories(threshold_parser_test PRIVATE ${diagd_dir}/alarm_log)
 
 diagd_unit_test(threshold_alarms_test threshold_alarms_test.cpp LIBS platform_headers tqapi tqdatabase)
-target_include_directories(threshold_alarms_test PRIVATE ${diagd_dir}/core ${diagd_dir}/alarm_log)
 diagd_unit_test(clock_parser_test clock_parser_test.cpp ${diagd_dir}/system_cli/clock_parser.cpp)
-target_include_directories(clock_parser_test PRIVATE ${diagd_dir}/system_cli)
 diagd_unit_test(task_parser_test task_parser_test.cpp ${diagd_dir}/system_cli/task_parser.cpp)
-target_include_directories(task_parser_test PRIVATE ${diagd_dir}/system_cli ${diagd_dir}/core)

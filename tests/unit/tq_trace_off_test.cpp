@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Without TQ_TRACE and TQ_FAULTS a wrapped function is just called.
-#include "tq_trace.hpp"
+#include "platform/trace/tq_trace.hpp"
 
 #include <gtest/gtest.h>
 

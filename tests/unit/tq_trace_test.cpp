@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Lines of the call trace, and faults by operation, count, thread and change of the table.
-#include "tq_trace.hpp"
-#include "trace_files.hpp"
+#include "platform/trace/tq_trace.hpp"
+#include "tests/unit/trace_files.hpp"
 
 #include <chrono>
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 // program.
 #pragma once
 
-#include "temporary_folder.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 #include <cstdlib>
 #include <fstream>

@@ -8,15 +8,9 @@ foreach(test transceiver_access transceiver_commands pon_optics module_listing s
         rssi_txdis)
   diagd_unit_test(${test}_test ${test}_test.cpp module_board_double.cpp LIBS diagd_transceiver diagd_core
                   platform_headers deps::frr deps::jsonc)
-  target_include_directories(
-    ${test}_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${CMAKE_SOURCE_DIR}/diagd/transceiver
-                         ${CMAKE_SOURCE_DIR}/diagd/transceiver/decode ${CMAKE_SOURCE_DIR}/diagd/transceiver/export)
 endforeach()
 
 # Another unit's reader of modules, on the same board.
 diagd_unit_test(
   optical_readout_test optical_readout_test.cpp module_board_double.cpp ${CMAKE_SOURCE_DIR}/diagd/cpld/optical_readout.cpp
   LIBS diagd_transceiver diagd_core platform_headers deps::frr deps::jsonc)
-target_include_directories(
-  optical_readout_test PRIVATE ${CMAKE_SOURCE_DIR}/diagd/core ${CMAKE_SOURCE_DIR}/diagd/cpld
-                               ${CMAKE_SOURCE_DIR}/diagd/transceiver/export)

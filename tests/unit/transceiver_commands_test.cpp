@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Commands of the transceiver unit that no session reaches: those in no install table, with their words and
 // help, and interface nodes of kinds that the box does not have.
-#include "transceiver_cmd.hpp"
+#include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "module_board_double.hpp"
-#include "printing_vty.hpp"
-#include "transceiver.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
+#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/printing_vty.hpp"
 
 #include <gtest/gtest.h>
 

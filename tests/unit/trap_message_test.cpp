@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Bytes of the notifications, read by hand as BER (X.690); a real receiver reads them in the system tests.
-#include "sample_time.hpp"
-#include "trap_message.hpp"
-#include "trap_sinks.hpp"
+#include "platform/api/trap_message.hpp"
+#include "platform/api/trap_sinks.hpp"
+#include "tests/unit/sample_time.hpp"
 
 #include "tq_api.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The file of trap sinks.
-#include "trap_sinks.hpp"
+#include "platform/api/trap_sinks.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Sending datagrams over loopback.
-#include "udp_receiver.hpp"
+#include "platform/api/udp_receiver.hpp"
 
-#include "loopback.hpp"
+#include "tests/unit/loopback.hpp"
 
 #include <cerrno>
 #include <gtest/gtest.h>

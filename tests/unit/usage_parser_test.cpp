@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Percentages from the kernel's counters.
-#include "usage_parser.hpp"
+#include "diagd/system_cli/usage_parser.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Vendor texts of module memory, made fit for JSON.
-#include "vendor_text.hpp"
+#include "diagd/transceiver/decode/vendor_text.hpp"
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 #include <thread.h>
 #include <zclient.h>
 
-#include "temporary_folder.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 #include <chrono>
 #include <cstdint>

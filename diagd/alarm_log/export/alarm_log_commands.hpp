@@ -2,7 +2,7 @@
 // The alarm-log commands and writers, for the install order.
 #pragma once
 
-#include "frr.hpp"
+#include "diagd/core/frr.hpp"
 
 extern const struct cmd_element show_alarm_log_cmd;
 extern const struct cmd_element show_alarm_log_head_cmd;

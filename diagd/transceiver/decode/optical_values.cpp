@@ -3,9 +3,9 @@
 //
 // Products and sums are single precision, as in the modules' other readers, so that every display of the box
 // shows the same digits; only the logarithm is taken in double precision.
-#include "optical_values.hpp"
+#include "diagd/transceiver/export/optical_values.hpp"
 
-#include "wavelength_table.hpp"
+#include "diagd/transceiver/decode/wavelength_table.hpp"
 
 #include <algorithm>
 #include <cmath>

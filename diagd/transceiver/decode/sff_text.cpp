@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Texts of module code bytes (see transceiver.hpp).
-#include "sff_tables.hpp"
-#include "transceiver.hpp"
+#include "diagd/transceiver/decode/sff_tables.hpp"
+#include "diagd/transceiver/export/transceiver.hpp"
 
 #include <algorithm>
 #include <array>

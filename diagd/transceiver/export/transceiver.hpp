@@ -8,7 +8,7 @@
 // Addresses are 7-bit device addresses, registers the byte numbers of SFF-8472 (A0h/A2h pages) and SFF-8636.
 #pragma once
 
-#include "optical_values.hpp"
+#include "diagd/transceiver/export/optical_values.hpp"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A database that goes away while it is open, and comes back: nothing hangs, nothing is lost.
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 #include <signal.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // A database that is absent, full, read-only, not ours or left behind by the dead: a code, in bounded time.
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 #include <signal.h>
 #include <sys/mount.h>

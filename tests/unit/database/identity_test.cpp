@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The database is opened by root, who then becomes user daemon for good or for most of the time.
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Changes by others, and change callbacks.
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 #include <sysrepo.h>
 #include <sysrepo/values.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 #include <fcntl.h>
 #include <sched.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Start-up sets nine values of 106 alarms, each alarm in one transaction.
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Every setting goes through the database and back.
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 using namespace sandbox;
 

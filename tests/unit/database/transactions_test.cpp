@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Pending changes, what is applied together, the apply lock.
-#include "sandbox.hpp"
+#include "tests/unit/database/sandbox.hpp"
 
 #include <sysrepo.h>
 

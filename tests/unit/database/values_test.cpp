@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "settings.hpp"
+#include "platform/database/settings.hpp"
+#include "platform/database/value.hpp"
+#include "platform/database/xml.hpp"
 #include "tq_errno.h"
-#include "value.hpp"
-#include "xml.hpp"
 
 #include <gtest/gtest.h>
 

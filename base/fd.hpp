@@ -6,22 +6,20 @@
 
 #include <utility>
 
-namespace diagd {
+namespace base {
 
-class UniqueFd {
+class Fd {
 public:
-    UniqueFd() noexcept = default;
-    explicit UniqueFd(int fd) noexcept : fd_(fd) {}
-    UniqueFd(UniqueFd &&other) noexcept : fd_(other.release()) {}
-    UniqueFd &operator=(UniqueFd &&other) noexcept
+    Fd() noexcept = default;
+    explicit Fd(int fd) noexcept : fd_(fd) {}
+    Fd(Fd &&other) noexcept : fd_(other.release()) {}
+    Fd &operator=(Fd &&other) noexcept
     {
-        if (this != &other) {
-            reset();
-            fd_ = other.release();
-        }
+        if (this != &other)
+            reset(other.release());
         return *this;
     }
-    ~UniqueFd() { reset(); }
+    ~Fd() { reset(); }
 
     explicit operator bool() const noexcept { return fd_ >= 0; }
     [[nodiscard]] int get() const noexcept { return fd_; }
@@ -29,15 +27,16 @@ public:
     // Lets go of the descriptor without closing it.  Whoever leaves it open for good says why.
     int release() noexcept { return std::exchange(fd_, -1); }
 
-    void reset() noexcept
+    // Closes what it owns and owns `fd` from now on.
+    void reset(int fd = -1) noexcept
     {
         if (fd_ >= 0)
             ::close(fd_);
-        fd_ = -1;
+        fd_ = fd;
     }
 
 private:
     int fd_ = -1;
 };
 
-} // namespace diagd
+} // namespace base

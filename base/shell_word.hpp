@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace diagd {
+namespace base {
 
 // Whether the shell takes this character for nothing but itself, wherever it stands in an argument.
 [[nodiscard]] constexpr bool is_plain_to_the_shell(char c) noexcept
@@ -30,4 +30,4 @@ namespace diagd {
     return word += '\'';
 }
 
-} // namespace diagd
+} // namespace base

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace diagd {
+namespace base {
 
 // What well-formed sequences that begin with this byte look like (Unicode table 3-7).
 struct Utf8Lead {
@@ -57,4 +57,4 @@ constexpr bool utf8_is_cut(std::string_view text) noexcept
     return text.size() < lead.length && utf8_trail(text, lead) == text.size();
 }
 
-} // namespace diagd
+} // namespace base
