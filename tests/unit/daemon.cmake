@@ -61,3 +61,4 @@ diagd_unit_test(register_commands_test register_commands_test.cpp ${diagd_dir}/p
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 add_test(NAME layers COMMAND Python3::Interpreter ${CMAKE_SOURCE_DIR}/tools/check_layers.py)
 add_test(NAME check_layers_test COMMAND Python3::Interpreter ${CMAKE_CURRENT_SOURCE_DIR}/check_layers_test.py)
+set_tests_properties(layers check_layers_test PROPERTIES TIMEOUT ${unit_test_timeout_s})
