@@ -9,7 +9,7 @@
 #include "diagd/alarm_log/flash_file.hpp"
 #include "diagd/alarm_log/level_words.hpp"
 #include "diagd/alarm_log/record_chain.hpp"
-#include "diagd/core/semaphore.hpp"
+#include "diagd/board/semaphore.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 

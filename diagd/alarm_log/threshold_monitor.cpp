@@ -9,12 +9,12 @@
 #include "diagd/alarm_log/alarm_action.hpp"
 #include "diagd/alarm_log/threshold_parser.hpp"
 #include "diagd/alarm_log/threshold_report.hpp"
+#include "diagd/board/lm75.hpp"
+#include "diagd/board/slot_port.hpp"
 #include "diagd/core/frr.hpp"
-#include "diagd/core/slot_port.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/fan/export/lm75.hpp"
 #include "diagd/system_cli/export/usage_samplers.hpp"
-#include "diagd/transceiver/export/pon_optics.hpp"
+#include "diagd/transceiver/memory/pon_optics.hpp"
 
 namespace diagd {
 

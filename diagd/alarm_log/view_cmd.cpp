@@ -8,7 +8,7 @@
 #include "diagd/alarm_log/catalogue.hpp"
 #include "diagd/alarm_log/level_words.hpp"
 #include "diagd/alarm_log/record_view.hpp"
-#include "diagd/core/semaphore.hpp"
+#include "diagd/board/semaphore.hpp"
 #include "diagd/core/text.hpp"
 
 #include <cerrno>

@@ -7,6 +7,7 @@
 #include "diagd/core/state.hpp"
 #include "diagd/cpld/cpld_cmd.hpp"
 #include "diagd/cpld/port_switch.hpp"
+#include "diagd/transceiver/optical_cmd.hpp"
 
 #include "util_cpld.h"
 

@@ -18,13 +18,6 @@ extern const struct cmd_element sfp_power_config_cmd;
 extern const struct cmd_element fan_mode_cmd;
 extern const struct cmd_element fan_speed_cmd;
 
-// optical_cmd.cpp
-extern const struct cmd_element show_port_laser_cmd;
-extern const struct cmd_element show_xgpon_laser_cmd;
-extern const struct cmd_element show_transceiver_optical_cmd;
-extern const struct cmd_element show_xgpon_transceiver_optical_cmd;
-extern const struct cmd_element show_pon_transceiver_optical_cmd;
-
 // show_cmd.cpp
 extern const struct cmd_element show_pon_led_cmd;
 extern const struct cmd_element show_pon_power_cmd;

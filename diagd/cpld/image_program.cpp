@@ -2,9 +2,9 @@
 // Programming the CPLD; the failure policy stands in image_program.hpp.
 #include "diagd/cpld/image_program.hpp"
 
-#include "diagd/core/board_bracket.hpp"
+#include "diagd/board/register_access.hpp"
+#include "diagd/board/session.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/cpld/register_access.hpp"
 #include "diagd/cpld/shell_runner.hpp"
 #include "diagd/peer/export/reset_clients.hpp"
 

@@ -2,7 +2,7 @@
 // Switching bits of a port register (see port_switch.hpp).
 #include "diagd/cpld/port_switch.hpp"
 
-#include "diagd/cpld/register_access.hpp"
+#include "diagd/board/register_access.hpp"
 
 namespace diagd {
 

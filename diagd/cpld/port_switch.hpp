@@ -2,8 +2,8 @@
 // Switching bits of a port register, for one port or for every port that the board records name.
 #pragma once
 
-#include "diagd/core/board_records.hpp"
-#include "diagd/cpld/cpld_registers.hpp"
+#include "diagd/board/records.hpp"
+#include "diagd/board/registers.hpp"
 
 #include <cstdint>
 

@@ -4,10 +4,10 @@
 // answer a read of a register shows 0.
 #include "diagd/cpld/cpld_cmd.hpp"
 
-#include "diagd/core/board_bracket.hpp"
+#include "diagd/board/register_access.hpp"
+#include "diagd/board/session.hpp"
 #include "diagd/core/json_owner.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/cpld/register_access.hpp"
 
 #include <cstring>
 

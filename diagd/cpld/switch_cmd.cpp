@@ -4,9 +4,9 @@
 // Failure policy: a CPLD that cannot be opened makes the command a warning, without a word.
 #include "diagd/cpld/cpld_cmd.hpp"
 
-#include "diagd/core/board_bracket.hpp"
+#include "diagd/board/register_access.hpp"
+#include "diagd/board/session.hpp"
 #include "diagd/cpld/port_switch.hpp"
-#include "diagd/cpld/register_access.hpp"
 
 #include <cstdlib>
 #include <string_view>

@@ -6,13 +6,13 @@
 #include "diagd/cpld/cpld_cmd.hpp"
 
 #include "base/fd.hpp"
-#include "diagd/core/board_bracket.hpp"
+#include "diagd/board/register_access.hpp"
+#include "diagd/board/session.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/core/vty_flush.hpp"
 #include "diagd/cpld/image_fetch.hpp"
 #include "diagd/cpld/image_lines.hpp"
 #include "diagd/cpld/image_program.hpp"
-#include "diagd/cpld/register_access.hpp"
 #include "diagd/cpld/shell_runner.hpp"
 
 #include <fcntl.h>

@@ -2,11 +2,11 @@
 // Interface nodes, debugging state and the GPIO resets.  All of them succeed on every path.
 #include "diagd/diag_cli/basic_cmd.hpp"
 
-#include "diagd/core/interface_argument.hpp"
+#include "diagd/board/gpio.hpp"
+#include "diagd/board/interface_argument.hpp"
 #include "diagd/core/nodes.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/core/vty_flush.hpp"
-#include "diagd/diag_cli/gpio_reset.hpp"
 
 #include "util_cpld.h"
 #include "util_i2c.h"

@@ -2,9 +2,9 @@
 // Start of fan control.
 // Failure policy: without the sensor's bus or the CPLD's there is no fan control, silently, and the fans stay
 // as they are; the commands are there nevertheless.
+#include "diagd/board/board_sensor.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/fan/board_sensor.hpp"
 #include "diagd/fan/fan_cmd.hpp"
 #include "diagd/fan/fan_monitor.hpp"
 #include "diagd/fan/fan_settings.hpp"

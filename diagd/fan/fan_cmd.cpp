@@ -4,14 +4,14 @@
 // warning without a word.
 #include "diagd/fan/fan_cmd.hpp"
 
-#include "diagd/core/board_bracket.hpp"
+#include "diagd/board/lm75.hpp"
+#include "diagd/board/monitor_registers.hpp"
+#include "diagd/board/session.hpp"
 #include "diagd/core/install.hpp"
 #include "diagd/core/json_owner.hpp"
 #include "diagd/core/nodes.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/fan/export/lm75.hpp"
 #include "diagd/fan/fan_settings.hpp"
-#include "diagd/fan/monitor_registers.hpp"
 
 #include "util_cpld.h"
 

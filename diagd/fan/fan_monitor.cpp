@@ -5,14 +5,14 @@
 // on.
 #include "diagd/fan/fan_monitor.hpp"
 
+#include "diagd/board/lm75.hpp"
+#include "diagd/board/monitor_registers.hpp"
+#include "diagd/board/semaphore.hpp"
 #include "diagd/core/alarm_record.hpp"
-#include "diagd/core/semaphore.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
-#include "diagd/fan/export/lm75.hpp"
 #include "diagd/fan/fan_policy.hpp"
 #include "diagd/fan/fan_settings.hpp"
-#include "diagd/fan/monitor_registers.hpp"
 
 #include "util_cpld.h"
 

@@ -3,11 +3,11 @@
 // Failure policy: without a handle there is no monitor and one line on standard output says so.  A status
 // that cannot be read is passed over in silence, an all-zero one with a line each time; the next look comes
 // two seconds later and is held against the last good one.
+#include "diagd/board/monitor_registers.hpp"
+#include "diagd/board/semaphore.hpp"
 #include "diagd/core/alarm_record.hpp"
-#include "diagd/core/semaphore.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
-#include "diagd/fan/monitor_registers.hpp"
 #include "diagd/fan/power_policy.hpp"
 
 #include "util_cpld.h"

@@ -4,10 +4,10 @@
 // Failure policy: without a handle there is no monitor, and without the hot-plug socket the thread ends; one
 // line on standard output says so and the LED keeps what it shows.  A receive that fails is passed over.
 #include "base/fd.hpp"
+#include "diagd/board/monitor_registers.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
-#include "diagd/fan/monitor_registers.hpp"
 #include "diagd/fan/uevent_parser.hpp"
 
 #include <linux/netlink.h>

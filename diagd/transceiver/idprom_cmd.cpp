@@ -5,10 +5,10 @@
 // cannot be selected, is said to be absent; bytes that cannot be read are 0.
 #include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "diagd/core/interface_argument.hpp"
-#include "diagd/core/module_socket.hpp"
+#include "diagd/board/cage.hpp"
+#include "diagd/board/interface_argument.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/transceiver/idprom_text.hpp"
+#include "diagd/transceiver/show/idprom_text.hpp"
 
 using namespace diagd;
 

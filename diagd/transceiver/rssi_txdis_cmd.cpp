@@ -3,8 +3,8 @@
 // succeed whatever the module does.
 #include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "diagd/transceiver/export/transceiver.hpp"
-#include "diagd/transceiver/rssi_txdis.hpp"
+#include "diagd/transceiver/memory/access.hpp"
+#include "diagd/transceiver/memory/rssi_txdis.hpp"
 
 #include <string_view>
 

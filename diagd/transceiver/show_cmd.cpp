@@ -7,9 +7,9 @@
 
 #include "diagd/core/json_owner.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/transceiver/module_listing.hpp"
-#include "diagd/transceiver/show_json.hpp"
-#include "diagd/transceiver/show_text.hpp"
+#include "diagd/transceiver/memory/module_listing.hpp"
+#include "diagd/transceiver/show/json.hpp"
+#include "diagd/transceiver/show/text.hpp"
 
 using namespace diagd;
 

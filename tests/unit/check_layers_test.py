@@ -13,7 +13,8 @@ HEADERS = {
     "diagd/core/frr.hpp": "#include <zebra.h>\n#include <vty.h>\n",
     "diagd/core/text.hpp": "#include <string_view>\n",
     "diagd/fan/fan_private.hpp": "",
-    "diagd/fan/export/lm75.hpp": "",
+    "diagd/board/session.hpp": "",
+    "diagd/transceiver/memory/pon_optics.hpp": "",
     "platform/include/tq_api.h": "",
     "platform/trace/tq_trace.hpp": "",
     "sim/boardsim/board.hpp": "",
@@ -40,17 +41,28 @@ class CheckLayers(unittest.TestCase):
     def assert_allowed(self, file, text):
         self.assertEqual(self.check(file, text), (0, "every include stays in its layer\n"))
 
-    def test_a_unit_uses_core_the_c_api_and_exports(self):
-        self.assert_allowed("diagd/cpld/a.cpp", '#include "diagd/core/frr.hpp"\n#include "tq_api.h"\n#include "diagd/fan/export/lm75.hpp"\n')
+    def test_a_unit_uses_core_board_the_c_api_and_exports(self):
+        self.assert_allowed(
+            "diagd/cpld/a.cpp",
+            '#include "diagd/core/frr.hpp"\n#include "diagd/board/session.hpp"\n#include "tq_api.h"\n'
+            '#include "diagd/transceiver/memory/pon_optics.hpp"\n',
+        )
 
     def test_a_unit_does_not_see_what_another_keeps_to_itself(self):
-        self.assert_refused("diagd/cpld/a.cpp", '#include "diagd/fan/fan_private.hpp"\n', "only through its export folder")
+        self.assert_refused("diagd/cpld/a.cpp", '#include "diagd/fan/fan_private.hpp"\n', "only through the headers that EXPORTS")
 
     def test_a_unit_does_not_look_up(self):
         self.assert_refused("diagd/fan/a.cpp", '#include "diagd/units.hpp"\n', "includes go down only")
 
-    def test_core_does_not_know_the_units(self):
-        self.assert_refused("diagd/core/a.cpp", '#include "diagd/fan/export/lm75.hpp"\n', "core includes nothing but itself")
+    def test_core_knows_neither_the_board_nor_the_units(self):
+        self.assert_refused("diagd/core/a.cpp", '#include "diagd/board/session.hpp"\n', "core includes nothing but itself")
+        self.assert_refused("diagd/core/a.cpp", '#include "diagd/transceiver/memory/pon_optics.hpp"\n', "core includes nothing")
+
+    def test_the_board_uses_core_and_does_not_know_the_units(self):
+        self.assert_allowed("diagd/board/a.cpp", '#include "diagd/core/frr.hpp"\n#include "tq_api.h"\n')
+        self.assert_refused(
+            "diagd/board/a.cpp", '#include "diagd/transceiver/memory/pon_optics.hpp"\n', "board includes nothing but itself"
+        )
 
     def test_the_daemon_sees_only_the_c_api_of_the_platform(self):
         self.assert_refused("diagd/fan/a.cpp", '#include "platform/trace/tq_trace.hpp"\n', "only its C API")

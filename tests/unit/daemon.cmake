@@ -10,18 +10,7 @@ set(start_sources ${diagd_dir}/diag_main.cpp ${diagd_dir}/start_steps.cpp ${diag
 diagd_unit_test(start_order_test start_order_test.cpp ${start_sources} LIBS platform_headers deps::frr deps::jsonc)
 target_compile_definitions(start_order_test PRIVATE main=diagd_main)
 
-diagd_unit_test(board_bracket_test board_bracket_test.cpp ${diagd_dir}/core/board_bracket.cpp
-                ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/semaphore.cpp ${diagd_dir}/core/state.cpp
-                LIBS platform_headers deps::frr deps::jsonc)
-
-diagd_unit_test(board_records_test board_records_test.cpp ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
-
 diagd_unit_test(text_test text_test.cpp)
-
-diagd_unit_test(slot_port_test slot_port_test.cpp)
-
-diagd_unit_test(gpio_reset_test gpio_reset_test.cpp ${diagd_dir}/diag_cli/gpio_reset.cpp
-                ${diagd_dir}/core/privileges.cpp LIBS deps::frr deps::jsonc)
 
 diagd_unit_test(record_view_test record_view_test.cpp ${diagd_dir}/alarm_log/record_chain.cpp
                 ${diagd_dir}/alarm_log/record_view.cpp LIBS platform_headers)
@@ -49,13 +38,6 @@ diagd_unit_test(install_order_test install_order_test.cpp LIBS ${unit_targets} d
 
 diagd_unit_test(peer_test peer_test.cpp ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
                 LIBS diagd_peer platform_headers deps::frr deps::jsonc)
-
-diagd_unit_test(port_switch_test port_switch_test.cpp ${diagd_dir}/cpld/port_switch.cpp
-                ${diagd_dir}/core/board_records.cpp LIBS platform_headers)
-
-diagd_unit_test(register_commands_test register_commands_test.cpp ${diagd_dir}/phy/phy_cli.cpp
-                ${diagd_dir}/i2c/i2c_cli.cpp ${diagd_dir}/core/privileges.cpp
-                LIBS platform_headers deps::frr deps::jsonc)
 
 # The layers of the tree, and the check itself.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)

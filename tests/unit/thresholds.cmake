@@ -4,9 +4,6 @@ set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
 
 diagd_unit_test(usage_parser_test usage_parser_test.cpp ${diagd_dir}/system_cli/usage_parser.cpp)
 
-# On recording doubles in place of the bus and of sleeping.
-diagd_unit_test(lm75_test lm75_test.cpp ${diagd_dir}/fan/lm75.cpp LIBS platform_headers)
-
 diagd_unit_test(threshold_judge_test threshold_judge_test.cpp)
 
 diagd_unit_test(threshold_parser_test threshold_parser_test.cpp ${diagd_dir}/alarm_log/threshold_parser.cpp)

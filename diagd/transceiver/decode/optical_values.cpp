@@ -3,7 +3,7 @@
 //
 // Products and sums are single precision, as in the modules' other readers, so that every display of the box
 // shows the same digits; only the logarithm is taken in double precision.
-#include "diagd/transceiver/export/optical_values.hpp"
+#include "diagd/transceiver/decode/optical_values.hpp"
 
 #include "diagd/transceiver/decode/wavelength_table.hpp"
 

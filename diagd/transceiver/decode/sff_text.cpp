@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Texts of module code bytes (see transceiver.hpp).
 #include "diagd/transceiver/decode/sff_tables.hpp"
-#include "diagd/transceiver/export/transceiver.hpp"
+#include "diagd/transceiver/memory/access.hpp"
 
 #include <algorithm>
 #include <array>

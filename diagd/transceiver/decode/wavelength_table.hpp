@@ -2,7 +2,7 @@
 // Laser wavelengths (A0h bytes 60-61) by which a module's use is known.
 #pragma once
 
-#include "diagd/transceiver/export/optical_values.hpp"
+#include "diagd/transceiver/decode/optical_values.hpp"
 
 #include <array>
 #include <cstdint>

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Reading the modules of all interfaces (see module_listing.hpp).
+//
+// Failure policy: a socket that is empty or cannot be reached is listed without a module; bytes that cannot
+// be read are 0.  Nothing is retried.
+#include "diagd/transceiver/memory/module_listing.hpp"
+
+#include "diagd/board/cage.hpp"
+#include "diagd/board/records.hpp"
+#include "diagd/transceiver/decode/vendor_text.hpp"
+#include "diagd/transceiver/memory/access.hpp"
+#include "diagd/transceiver/memory/idprom_layout.hpp"
+
+#include <cstdio>
+
+namespace diagd {
+
+namespace {
+
+std::vector<Interface> list_interfaces()
+{
+    std::vector<Interface> interfaces;
+    for (const ListedPort &listed : list_pon_ports())
+        interfaces.push_back({PortKind::gpon, static_cast<int>(listed.slot), listed.port});
+    for (const ListedPort &listed : list_gigabit_ports())
+        interfaces.push_back({PortKind::gigabit_ethernet, static_cast<int>(listed.slot), listed.port});
+    return interfaces;
+}
+
+std::string read_text(std::uint32_t handle, MemoryField field)
+{
+    std::vector<std::uint8_t> bytes(field.length);
+    transceiver_read_block(handle, first_path.id, field.first, bytes.data(), field.length);
+    return vendor_text(bytes);
+}
+
+ModuleIdentity read_sfp_identity(std::uint32_t handle)
+{
+    ModuleIdentity identity;
+    identity.vendor_name = read_text(handle, sff8472_layout.vendor_name);
+    identity.vendor_revision = read_text(handle, sff8472_layout.revision);
+    identity.vendor_serial_number = read_text(handle, sff8472_layout.serial_number);
+    return identity;
+}
+
+// In upper page 00h.
+ModuleIdentity read_qsfp_identity(std::uint32_t handle)
+{
+    ModuleIdentity identity;
+    sff_8636_page_select(handle, 0);
+    identity.vendor_serial_number = read_text(handle, sff8636_layout.serial_number);
+    identity.vendor_revision = read_text(handle, sff8636_layout.revision);
+    identity.vendor_name = read_text(handle, sff8636_layout.vendor_name);
+    sff_8636_page_select(handle, 0);
+    return identity;
+}
+
+SfpReading read_sfp(std::uint32_t handle, ReadScope scope)
+{
+    SfpReading reading{};
+    if (scope == ReadScope::family)
+        return reading;
+    if (scope == ReadScope::values_and_identity)
+        reading.identity = read_sfp_identity(handle);
+
+    reading.first.wavelength_nm = read_wavelength_nm(handle, first_path.id);
+    reading.first.values = read_path_values(handle, first_path, reading.first.wavelength_nm);
+    // A module with one path does not answer at the second address.
+    if (const std::uint16_t wavelength_nm = read_wavelength_nm(handle, second_path.id); wavelength_nm != 0)
+        reading.second = {wavelength_nm, read_path_values(handle, second_path, wavelength_nm)};
+    return reading;
+}
+
+QsfpReading read_qsfp(std::uint32_t handle, ReadScope scope)
+{
+    QsfpReading reading{};
+    if (scope == ReadScope::family)
+        return reading;
+    if (scope == ReadScope::values_and_identity)
+        reading.identity = read_qsfp_identity(handle);
+
+    reading.temperature_c = read_sff8636_temperature_c(handle);
+    reading.voltage_v = read_sff8636_voltage_v(handle);
+    read_sff8636_bias_ma(handle, reading.bias_ma);
+    read_sff8636_tx_power_dbm(handle, reading.tx_power_dbm);
+    read_sff8636_rx_power_dbm(handle, reading.rx_power_dbm);
+    if (scope == ReadScope::values_and_identity)
+        reading.wavelength_word = transceiver_read_word(handle, first_path.id, sff8636_layout.wavelength);
+    return reading;
+}
+
+InterfaceReading read_interface(const BoardBracket &board, const Interface &interface, ReadScope scope)
+{
+    InterfaceReading reading{interface, {}};
+    const ModuleSelect module{board, interface.kind, interface.port};
+    if (!module)
+        return reading;
+    switch (module_family(transceiver_read_byte(module.handle(), first_path.id, 0))) {
+    case ModuleFamily::sff8472:
+        reading.module = read_sfp(module.handle(), scope);
+        break;
+    case ModuleFamily::sff8636:
+        reading.module = read_qsfp(module.handle(), scope);
+        break;
+    case ModuleFamily::unsupported:
+        break;
+    }
+    return reading;
+}
+
+} // namespace
+
+std::string interface_name(const Interface &interface, const char *pon_word)
+{
+    std::array<char, 20> name{};
+    std::snprintf(name.data(), name.size(), "%s %d/%d",
+                  interface.kind == PortKind::gigabit_ethernet ? "GE" : pon_word, interface.slot,
+                  interface.port);
+    return name.data();
+}
+
+std::optional<std::vector<InterfaceReading>> read_module_listing(const char *reason, ReadScope scope)
+{
+    const BoardBracket board{reason, OpenFailure::lower_then_release};
+    if (!board)
+        return std::nullopt;
+    std::vector<InterfaceReading> listing;
+    for (const Interface &interface : list_interfaces())
+        listing.push_back(read_interface(board, interface, scope));
+    return listing;
+}
+
+} // namespace diagd

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// What the modules of all interfaces report: read once, shown as text or as JSON.
+#pragma once
+
+#include "diagd/board/slot_port.hpp"
+#include "diagd/transceiver/memory/module_values.hpp"
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace diagd {
+
+struct Interface {
+    PortKind kind; // gpon for all PON ports, or gigabit_ethernet
+    int slot;
+    int port;
+};
+
+// "GE slot/port" or, with the word that the display has for PON ports, "<word> slot/port".
+[[nodiscard]] std::string interface_name(const Interface &interface, const char *pon_word);
+
+struct ModuleIdentity {
+    std::string vendor_name, vendor_revision, vendor_serial_number;
+};
+
+struct SfpPathReading {
+    std::uint16_t wavelength_nm;
+    std::optional<OpticalValues> values; // empty: the module has no calibrated diagnostics
+};
+
+struct SfpReading {
+    ModuleIdentity identity;
+    SfpPathReading first;
+    std::optional<SfpPathReading> second; // combo modules only
+};
+
+struct QsfpReading {
+    ModuleIdentity identity;
+    float temperature_c;
+    float voltage_v;
+    Lanes bias_ma, tx_power_dbm, rx_power_dbm;
+    std::uint16_t wavelength_word; // bytes 186-187, byte 186 in the low half
+};
+
+struct InterfaceReading {
+    Interface interface;
+    // No alternative: no module, one that cannot be reached, or one of a family not decoded here.
+    std::variant<std::monostate, SfpReading, QsfpReading> module;
+};
+
+enum class ReadScope {
+    family,              // only which alternative it is
+    values,              // all but identity and wavelength_word
+    values_and_identity, // everything
+};
+
+// Reads every interface of the board, PON before gigabit Ethernet, in one board bracket: the semaphore is
+// held for as long as that takes.  Empty when the CPLD cannot be opened.  `reason` is the literal that names
+// the operation for the privilege raise.
+[[nodiscard]] std::optional<std::vector<InterfaceReading>> read_module_listing(const char *reason,
+                                                                               ReadScope scope);
+
+} // namespace diagd
