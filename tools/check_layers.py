@@ -31,7 +31,8 @@ C_API = "platform/include/"
 # What units of the daemon offer each other.
 EXPORTS = {
     "diagd/alarm_log/export/alarm_log_commands.hpp",
-    "diagd/peer/export/reset_clients.hpp",
+    "diagd/monitors/reset_button/system_reset.hpp",
+    "diagd/peers/reset_clients.hpp",
     "diagd/system_cli/export/usage_samplers.hpp",
     "diagd/transceiver/decode/optical_values.hpp",
     "diagd/transceiver/memory/access.hpp",

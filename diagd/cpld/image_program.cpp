@@ -6,7 +6,7 @@
 #include "diagd/board/session.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/cpld/shell_runner.hpp"
-#include "diagd/peer/export/reset_clients.hpp"
+#include "diagd/monitors/reset_button/system_reset.hpp"
 
 #include <chrono>
 #include <cstdio>

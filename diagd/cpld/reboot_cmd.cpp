@@ -4,7 +4,7 @@
 
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/peer/export/reset_clients.hpp"
+#include "diagd/monitors/reset_button/system_reset.hpp"
 
 #include <cstdio>
 

@@ -12,7 +12,7 @@ HEADERS = {
     "diagd/units.hpp": "",
     "diagd/core/frr.hpp": "#include <zebra.h>\n#include <vty.h>\n",
     "diagd/core/text.hpp": "#include <string_view>\n",
-    "diagd/fan/fan_private.hpp": "",
+    "diagd/monitors/fan_private.hpp": "",
     "diagd/board/session.hpp": "",
     "diagd/transceiver/memory/pon_optics.hpp": "",
     "platform/include/tq_api.h": "",
@@ -49,10 +49,10 @@ class CheckLayers(unittest.TestCase):
         )
 
     def test_a_unit_does_not_see_what_another_keeps_to_itself(self):
-        self.assert_refused("diagd/cpld/a.cpp", '#include "diagd/fan/fan_private.hpp"\n', "only through the headers that EXPORTS")
+        self.assert_refused("diagd/cpld/a.cpp", '#include "diagd/monitors/fan_private.hpp"\n', "only through the headers that EXPORTS")
 
     def test_a_unit_does_not_look_up(self):
-        self.assert_refused("diagd/fan/a.cpp", '#include "diagd/units.hpp"\n', "includes go down only")
+        self.assert_refused("diagd/monitors/a.cpp", '#include "diagd/units.hpp"\n', "includes go down only")
 
     def test_core_knows_neither_the_board_nor_the_units(self):
         self.assert_refused("diagd/core/a.cpp", '#include "diagd/board/session.hpp"\n', "core includes nothing but itself")
@@ -65,18 +65,18 @@ class CheckLayers(unittest.TestCase):
         )
 
     def test_the_daemon_sees_only_the_c_api_of_the_platform(self):
-        self.assert_refused("diagd/fan/a.cpp", '#include "platform/trace/tq_trace.hpp"\n', "only its C API")
+        self.assert_refused("diagd/monitors/a.cpp", '#include "platform/trace/tq_trace.hpp"\n', "only its C API")
 
     def test_libfrr_has_one_door(self):
-        self.assert_refused("diagd/fan/a.cpp", "#include <zebra.h>\n", 'only through "diagd/core/frr.hpp"')
+        self.assert_refused("diagd/monitors/a.cpp", "#include <zebra.h>\n", 'only through "diagd/core/frr.hpp"')
 
     def test_sysrepo_and_libfrr_do_not_meet(self):
-        self.assert_refused("diagd/fan/a.cpp", '#include "diagd/core/frr.hpp"\n#include <sysrepo.h>\n', "different libyangs")
-        self.assert_allowed("diagd/fan/a.cpp", '#include "tq_api.h"\n#include <sysrepo.h>\n')
+        self.assert_refused("diagd/monitors/a.cpp", '#include "diagd/core/frr.hpp"\n#include <sysrepo.h>\n', "different libyangs")
+        self.assert_allowed("diagd/monitors/a.cpp", '#include "tq_api.h"\n#include <sysrepo.h>\n')
 
     def test_pure_files_reach_only_the_standard_library(self):
-        self.assert_allowed("diagd/fan/fan_policy.cpp", '#include "diagd/core/text.hpp"\n#include <array>\n')
-        self.assert_refused("diagd/fan/fan_policy.cpp", '#include "base/fd.hpp"\n', "<unistd.h>")
+        self.assert_allowed("diagd/monitors/fan/fan_policy.cpp", '#include "diagd/core/text.hpp"\n#include <array>\n')
+        self.assert_refused("diagd/monitors/fan/fan_policy.cpp", '#include "base/fd.hpp"\n', "<unistd.h>")
         self.assert_refused("diagd/transceiver/decode/a.hpp", '#include "diagd/core/frr.hpp"\n', "standard library only")
 
     def test_the_platform_does_not_know_what_is_built_on_it(self):
@@ -89,7 +89,7 @@ class CheckLayers(unittest.TestCase):
         self.assert_allowed("platform/api/a.cpp", '#include "base/fd.hpp"\n')
 
     def test_an_include_says_where_it_leads(self):
-        self.assert_refused("diagd/fan/a.cpp", '#include "fan_private.hpp"\n', "is no header of the tree")
+        self.assert_refused("diagd/monitors/a.cpp", '#include "fan_private.hpp"\n', "is no header of the tree")
 
     def test_the_shell_shares_the_descriptor_owner_and_no_more(self):
         self.assert_allowed("shell/a.cpp", '#include "base/fd.hpp"\n')

@@ -3,7 +3,7 @@
 #include "diagd/core/state.hpp"
 #include "diagd/cpld/image_program.hpp"
 #include "diagd/cpld/shell_runner.hpp"
-#include "diagd/peer/export/reset_clients.hpp"
+#include "diagd/monitors/reset_button/system_reset.hpp"
 
 #include "diagd/core/frr.hpp"
 #include "tq_api.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Supplies and over-temperature flag: reading the status byte, and what is reported of a change.
-#include "diagd/fan/power_policy.hpp"
+#include "diagd/monitors/power/power_policy.hpp"
 
 #include <gtest/gtest.h>
 

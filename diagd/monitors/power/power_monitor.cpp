@@ -8,7 +8,7 @@
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
-#include "diagd/fan/power_policy.hpp"
+#include "diagd/monitors/power/power_policy.hpp"
 
 #include "util_cpld.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The meaning of samples of the reset push-button.
-#include "diagd/fan/button_policy.hpp"
+#include "diagd/monitors/reset_button/button_policy.hpp"
 
 #include <gtest/gtest.h>
 

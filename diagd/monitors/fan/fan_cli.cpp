@@ -5,9 +5,9 @@
 #include "diagd/board/board_sensor.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/fan/fan_cmd.hpp"
-#include "diagd/fan/fan_monitor.hpp"
-#include "diagd/fan/fan_settings.hpp"
+#include "diagd/monitors/fan/fan_cmd.hpp"
+#include "diagd/monitors/fan/fan_monitor.hpp"
+#include "diagd/monitors/fan/fan_settings.hpp"
 
 #include "util_i2c.h"
 

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The peers: client set-up, the bus message that suspends monitoring, the reset notices, what comes before a
 // reset, the port numbers.
-#include "diagd/peer/export/reset_clients.hpp"
+#include "diagd/peers/reset_clients.hpp"
 
 #include "diagd/core/frr.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/peer/port_map.hpp"
+#include "diagd/monitors/reset_button/system_reset.hpp"
+#include "diagd/peers/port_map.hpp"
 
 #include "tq_api.h"
 #include "util_cpld.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Hot-plug messages of the kernel and what they mean for the USB LED.
-#include "diagd/fan/uevent_parser.hpp"
+#include "diagd/monitors/usb/uevent_parser.hpp"
 
 #include <gtest/gtest.h>
 

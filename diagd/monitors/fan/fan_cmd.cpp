@@ -2,7 +2,7 @@
 // Fan and temperature commands, and the fans' lines of the running configuration.
 // Failure policy: a speed that cannot be written because the CPLD does not open changes nothing and returns a
 // warning without a word.
-#include "diagd/fan/fan_cmd.hpp"
+#include "diagd/monitors/fan/fan_cmd.hpp"
 
 #include "diagd/board/lm75.hpp"
 #include "diagd/board/monitor_registers.hpp"
@@ -11,7 +11,7 @@
 #include "diagd/core/json_owner.hpp"
 #include "diagd/core/nodes.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/fan/fan_settings.hpp"
+#include "diagd/monitors/fan/fan_settings.hpp"
 
 #include "util_cpld.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The fan policy: its borders, its ratchet, and days of it on the simulated board.
-#include "diagd/fan/fan_policy.hpp"
+#include "diagd/monitors/fan/fan_policy.hpp"
 
 #include "sim/boardsim/thermal.hpp"
 

@@ -3,7 +3,7 @@
 // itself, and a zebra that is away costs the daemon nothing.
 // libfrr's client belongs to the event loop: another thread that wants to send has it done there, and gives
 // up when the event loop is busy for too long.
-#include "diagd/peer/export/reset_clients.hpp"
+#include "diagd/peers/reset_clients.hpp"
 
 #include "diagd/core/frr.hpp"
 #include "diagd/core/privileges.hpp"

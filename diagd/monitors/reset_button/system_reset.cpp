@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What every reset does before the board goes down.  Failures are passed over: nothing holds a reset up.
-#include "diagd/peer/export/reset_clients.hpp"
+#include "diagd/monitors/reset_button/system_reset.hpp"
 
 #include "diagd/core/privileges.hpp"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The fan settings and the texts of their codes.
-#include "diagd/fan/fan_settings.hpp"
+#include "diagd/monitors/fan/fan_settings.hpp"
 
 #include <gtest/gtest.h>
 

@@ -9,8 +9,9 @@
 #include "diagd/core/child_programs.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/worker_thread.hpp"
-#include "diagd/fan/button_policy.hpp"
-#include "diagd/peer/export/reset_clients.hpp"
+#include "diagd/monitors/reset_button/button_policy.hpp"
+#include "diagd/monitors/reset_button/system_reset.hpp"
+#include "diagd/peers/reset_clients.hpp"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

@@ -3,7 +3,7 @@
 // Failure policy: a sensor that does not answer costs a pass about three seconds and counts with its last
 // good reading, see lm75.hpp; a register write that fails is taken as done.  Whatever fails, the thread lives
 // on.
-#include "diagd/fan/fan_monitor.hpp"
+#include "diagd/monitors/fan/fan_monitor.hpp"
 
 #include "diagd/board/lm75.hpp"
 #include "diagd/board/monitor_registers.hpp"
@@ -11,8 +11,8 @@
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
-#include "diagd/fan/fan_policy.hpp"
-#include "diagd/fan/fan_settings.hpp"
+#include "diagd/monitors/fan/fan_policy.hpp"
+#include "diagd/monitors/fan/fan_settings.hpp"
 
 #include "util_cpld.h"
 

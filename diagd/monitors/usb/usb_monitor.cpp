@@ -8,7 +8,7 @@
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
-#include "diagd/fan/uevent_parser.hpp"
+#include "diagd/monitors/usb/uevent_parser.hpp"
 
 #include <linux/netlink.h>
 #include <mntent.h>

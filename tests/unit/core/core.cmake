@@ -1,0 +1,23 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+# The daemon's frame: start order, install order, core, and what our build of libfrr adds.
+set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
+get_directory_property(diagd_units DIRECTORY ${diagd_dir} DEFINITION diagd_units)
+
+# The start order runs for real, everything it calls is recorded; its main gives way to the test's.
+set(start_sources ${diagd_dir}/diag_main.cpp ${diagd_dir}/start_steps.cpp ${diagd_dir}/daemon_info.cpp
+                  ${diagd_dir}/core/state.cpp ${diagd_dir}/core/privileges.cpp
+                  ${diagd_dir}/core/alarm_record.cpp)
+diagd_unit_test(start_order_test start_order_test.cpp ${start_sources} LIBS platform_headers deps::frr deps::jsonc)
+target_compile_definitions(start_order_test PRIVATE main=diagd_main)
+
+diagd_unit_test(text_test text_test.cpp)
+
+# All units: the alarm log reaches into several of them.
+list(TRANSFORM diagd_units PREPEND diagd_ OUTPUT_VARIABLE unit_targets)
+diagd_unit_test(install_order_test install_order_test.cpp LIBS ${unit_targets} diagd_alarm_log_sysrepo
+                transceiver_decode platform_headers deps::frr deps::jsonc deps::sysrepo tqapi tqdatabase util_cpld
+                util_i2c util_phy)
+
+# What our build of libfrr adds.
+diagd_unit_test(zclient_route_type_test zclient_route_type_test.cpp LIBS deps::frr)
+diagd_unit_test(thread_privileges_test thread_privileges_test.cpp LIBS deps::frr)
