@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Commands that switch the board's threshold alarms on and off.  Switching on does not store the numbers: it
+// removes the thresholds that the database has.  Those in force are what a management client puts there.
+// Failure policy: numbers that are refused change nothing, except that the older forms have switched their
+// action already; when the database refuses the last change of a command, none of them is made.
+#include "diagd/alarm_log/actions/action_cmd.hpp"
+#include "diagd/alarm_log/actions/alarm_action.hpp"
+#include "diagd/alarm_log/apply_lock.hpp"
+#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/alarm_log/thresholds/threshold_store.hpp"
+#include "diagd/alarm_log/thresholds/threshold_words.hpp"
+
+using namespace diagd;
+
+namespace {
+
+constexpr const char *function_name = "cli_threshold_alarm_config";
+
+constexpr auto set_words = [] {
+    return words_with_choice("alarm-log threshold", board_alarm_names, "enable WORD WORD");
+};
+constexpr auto set_help = [] {
+    return help_with_choice("Alarm log.\nThresholds.\n", board_alarm_names, THRESHOLD_VALUES_STR);
+};
+constexpr auto unset_words = [] {
+    return words_with_choice("alarm-log threshold", board_alarm_names, "disable");
+};
+constexpr auto unset_help = [] {
+    return help_with_choice("Alarm log.\nThresholds.\n", board_alarm_names, THRESHOLD_DISABLE_STR);
+};
+constexpr auto old_set_words = [] {
+    return words_with_choice("alarm", board_alarm_names, ACTION_WORDS " enable WORD WORD");
+};
+constexpr auto old_set_help = [] {
+    return help_with_choice("Configuration of alarms.\n", board_alarm_names, ACTION_STR THRESHOLD_VALUES_STR);
+};
+constexpr auto old_unset_words = [] {
+    return words_with_choice("alarm", board_alarm_names, ACTION_WORDS " disable");
+};
+constexpr auto old_unset_help = [] {
+    return help_with_choice("Configuration of alarms.\n", board_alarm_names,
+                            ACTION_STR THRESHOLD_DISABLE_STR);
+};
+
+// All four, pending; the result is that of the last.
+int switch_all(std::uint16_t id, bool on)
+{
+    constexpr int natural_size = -1;
+    const std::uint8_t value = on ? 1 : 0;
+    int code = 0;
+    for (const ActionSwitch &one : action_switches)
+        code = one.set(id, &g_diagd_db, &value, natural_size, 0);
+    return code;
+}
+
+void finish(ApplyLock &lock, int last_code)
+{
+    if (last_code == 0)
+        lock.apply();
+    else
+        lock.discard();
+}
+
+void enable(struct vty *vty, const char *name, const char *alarm, const char *clear)
+{
+    const std::size_t i = place_of(name, board_alarm_names);
+    if (!typed_thresholds(vty, alarm, clear, board_alarms[i].direction))
+        return;
+    ApplyLock lock{function_name};
+    switch_all(board_alarms[i].id, true);
+    stored_thresholds[i].delete_alarm(&g_diagd_db);
+    finish(lock, stored_thresholds[i].delete_clear(&g_diagd_db));
+}
+
+// The thresholds of the other alarms stay, for when they are switched on by another way.
+void disable(const char *name)
+{
+    const std::size_t i = place_of(name, board_alarm_names);
+    ApplyLock lock{function_name};
+    int code = switch_all(board_alarms[i].id, false);
+    if (i == temp_high_alarm) {
+        constexpr char empty[threshold_text_size] = "";
+        db_olt_alarm_log_set_temp_high_alarm_threshold(&g_diagd_db, empty, sizeof empty, 0);
+        code = db_olt_alarm_log_set_temp_high_clear_threshold(&g_diagd_db, empty, sizeof empty, 0);
+    }
+    finish(lock, code);
+}
+
+} // namespace
+
+DEFUN(alarm_log_global_threshold_set, alarm_log_global_threshold_set_cmd, static_text<set_words>.data(),
+      static_text<set_help>.data())
+{
+    enable(vty, argv[2]->text, argv[4]->arg, argv[5]->arg);
+    return CMD_SUCCESS;
+}
+
+DEFUN(alarm_log_global_threshold_unset, alarm_log_global_threshold_unset_cmd, static_text<unset_words>.data(),
+      static_text<unset_help>.data())
+{
+    disable(argv[2]->text);
+    return CMD_SUCCESS;
+}
+
+DEFUN_HIDDEN(alarm_global_threshold_set, alarm_global_threshold_set_cmd, static_text<old_set_words>.data(),
+             static_text<old_set_help>.data())
+{
+    set_alarm_action(vty, argv[1]->text, argv[2]->text, true);
+    enable(vty, argv[1]->text, argv[4]->arg, argv[5]->arg);
+    return CMD_SUCCESS;
+}
+
+DEFUN_HIDDEN(alarm_global_threshold_unset, alarm_global_threshold_unset_cmd,
+             static_text<old_unset_words>.data(), static_text<old_unset_help>.data())
+{
+    set_alarm_action(vty, argv[1]->text, argv[2]->text, false);
+    disable(argv[1]->text);
+    return CMD_SUCCESS;
+}
