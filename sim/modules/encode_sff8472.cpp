@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // SFF-8472 encoder: A0h identification (tables 4-1 and on), A2h diagnostics (tables 9-1 and on).
-#include "sim/modules/checksums.hpp"
+#include "module_files/checksums.hpp"
 #include "sim/modules/encode_fields.hpp"
 
 namespace sim {
@@ -68,8 +68,8 @@ Half identification(const PathDescription &path)
         a0[93] = enhanced_options_flags;
         a0[94] = sff8472_revision;
     }
-    a0[checksum_base.place] = compute(a0, checksum_base);
-    a0[checksum_extended.place] = compute(a0, checksum_extended);
+    a0[module_files::checksum_base.place] = compute(a0, module_files::checksum_base);
+    a0[module_files::checksum_extended.place] = compute(a0, module_files::checksum_extended);
     return a0;
 }
 
@@ -169,7 +169,7 @@ Half diagnostics_page(const Diagnostics &diagnostics, const Units &units)
     put_word(a2, 104, to_unsigned_word(rx, "rx_dbm"));
     put_flags(a2, 112, diagnostics, 0);
     put_flags(a2, 116, diagnostics, 2);
-    a2[checksum_diagnostics.place] = compute(a2, checksum_diagnostics);
+    a2[module_files::checksum_diagnostics.place] = compute(a2, module_files::checksum_diagnostics);
     return a2;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // SFF-8636 encoder: lower memory (table 6-1), pages 00h (table 6-15) and 03h (table 6-29).  Offsets of upper
 // pages are given as in the document, 128 and up.
-#include "sim/modules/checksums.hpp"
+#include "module_files/checksums.hpp"
 #include "sim/modules/encode_fields.hpp"
 
 namespace sim {
@@ -73,8 +73,8 @@ Half identification(const PathDescription &module)
         at(220) = monitoring_average_power;
     if (hundreds >= 255)
         at(222) = static_cast<std::uint8_t>((module.bit_rate_mbd + 125) / 250);
-    page[checksum_qsfp_base.place] = compute(page, checksum_qsfp_base);
-    page[checksum_qsfp_extended.place] = compute(page, checksum_qsfp_extended);
+    page[module_files::checksum_qsfp_base.place] = compute(page, module_files::checksum_qsfp_base);
+    page[module_files::checksum_qsfp_extended.place] = compute(page, module_files::checksum_qsfp_extended);
     return page;
 }
 

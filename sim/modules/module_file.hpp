@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "sim/modules/dump_reader.hpp"
+#include "module_files/dump_reader.hpp"
 
 namespace sim {
+
+using module_files::ModuleFile;
 
 // One description, or the dumps of one module (see assemble_module()).  Throws std::exception with one line
 // that names the file.

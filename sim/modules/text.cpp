@@ -3,8 +3,6 @@
 
 #include <cerrno>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -18,24 +16,6 @@ namespace {
 }
 
 } // namespace
-
-std::string format(const char *pattern, ...)
-{
-    char text[256];
-    va_list args;
-    va_start(args, pattern);
-    std::vsnprintf(text, sizeof text, pattern, args);
-    va_end(args);
-    return text;
-}
-
-std::string hex_text(std::span<const std::uint8_t> bytes)
-{
-    std::string text;
-    for (const std::uint8_t byte : bytes)
-        text += format("%02x", byte);
-    return text;
-}
 
 long parse_number(const std::string &text, long min, long max)
 {

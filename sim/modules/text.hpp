@@ -2,17 +2,14 @@
 // Numbers as operators type them (decimal or 0x), and formatted text.
 #pragma once
 
-#include <cstdint>
-#include <span>
 #include <string>
+
+#include "module_files/text.hpp"
 
 namespace sim {
 
-// snprintf into a string; at most 255 characters.
-__attribute__((format(printf, 1, 2))) std::string format(const char *pattern, ...);
-
-// Two digits for each byte.
-std::string hex_text(std::span<const std::uint8_t> bytes);
+using module_files::format;
+using module_files::hex_text;
 
 // Throws std::invalid_argument with a line that names the text and the range.
 long parse_number(const std::string &text, long min, long max);

@@ -17,7 +17,6 @@ endfunction()
 
 diagd_board_test(board_libraries_test board_libraries_test.cpp LIBS util_cpld util_i2c util_phy)
 diagd_board_test(module_generator_test module_generator_test.cpp LIBS)
-diagd_board_test(dump_reader_test dump_reader_test.cpp LIBS)
 diagd_board_test(simulated_board_test simulated_board_test.cpp LIBS sim_board)
 diagd_board_test(phys_test phys_test.cpp LIBS sim_board)
 diagd_board_test(i2c_devices_test i2c_devices_test.cpp LIBS sim_board)

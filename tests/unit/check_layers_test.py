@@ -15,6 +15,7 @@ HEADERS = {
     "diagd/monitors/fan_private.hpp": "",
     "diagd/board/session.hpp": "",
     "diagd/transceiver/memory/pon_optics.hpp": "",
+    "module_files/module_image.hpp": "",
     "platform/include/tq_api.h": "",
     "platform/trace/tq_trace.hpp": "",
     "sim/boardsim/board.hpp": "",
@@ -66,6 +67,14 @@ class CheckLayers(unittest.TestCase):
 
     def test_the_daemon_sees_only_the_c_api_of_the_platform(self):
         self.assert_refused("diagd/monitors/a.cpp", '#include "platform/trace/tq_trace.hpp"\n', "only its C API")
+
+    def test_dumps_of_modules_are_for_the_simulator_not_for_the_daemon(self):
+        self.assert_allowed("sim/boardctl/a.cpp", '#include "module_files/module_image.hpp"\n')
+        self.assert_refused("diagd/monitors/a.cpp", '#include "module_files/module_image.hpp"\n', "only its C API")
+
+    def test_dumps_of_modules_need_nothing_but_base(self):
+        self.assert_allowed("module_files/a.cpp", '#include "base/fd.hpp"\n')
+        self.assert_refused("module_files/a.cpp", '#include "sim/boardsim/board.hpp"\n', "needs nothing but base")
 
     def test_libfrr_has_one_door(self):
         self.assert_refused("diagd/monitors/a.cpp", "#include <zebra.h>\n", 'only through "diagd/core/frr.hpp"')

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/modules/module_image.hpp"
+#include "module_files/module_image.hpp"
 
-namespace sim {
+namespace module_files {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -35,4 +35,4 @@ struct ModuleFile {
 // A short dump is refused, or with `pad` filled up with zeros.  Throws ModuleError.
 ModuleFile assemble_module(std::vector<Dump> dumps, bool pad);
 
-} // namespace sim
+} // namespace module_files

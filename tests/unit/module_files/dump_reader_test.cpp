@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "sim/modules/dump_reader.hpp"
+#include "module_files/dump_reader.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "sim/modules/checksums.hpp"
-#include "sim/modules/module_file.hpp"
-#include "sim/modules/text.hpp"
+#include "module_files/checksums.hpp"
+#include "module_files/dump_file.hpp"
+#include "module_files/text.hpp"
 #include "tests/unit/temporary_folder.hpp"
 
 namespace {
 
-using sim::Bytes;
-using sim::Dump;
+using module_files::Bytes;
+using module_files::Dump;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -22,12 +22,12 @@ using testing::IsEmpty;
 // An A0h page with valid check codes.
 Bytes a0_page(std::uint8_t identifier = 0x03, std::size_t size = 256)
 {
-    sim::Half lower{};
+    module_files::Half lower{};
     for (std::size_t i = 0; i < lower.size(); ++i)
         lower[i] = static_cast<std::uint8_t>(i * 7);
     lower[0] = identifier;
-    lower[63] = compute(lower, sim::checksum_base);
-    lower[95] = compute(lower, sim::checksum_extended);
+    lower[63] = compute(lower, module_files::checksum_base);
+    lower[95] = compute(lower, module_files::checksum_extended);
     Bytes page(lower.begin(), lower.end());
     page.resize(size, 0x5a);
     return page;
@@ -35,9 +35,9 @@ Bytes a0_page(std::uint8_t identifier = 0x03, std::size_t size = 256)
 
 Bytes a2_page()
 {
-    sim::Half lower{};
+    module_files::Half lower{};
     lower[96] = 0x20;
-    lower[95] = compute(lower, sim::checksum_diagnostics);
+    lower[95] = compute(lower, module_files::checksum_diagnostics);
     Bytes page(lower.begin(), lower.end());
     page.resize(256, 0x77);
     return page;
@@ -53,11 +53,11 @@ Bytes qsfp_lower()
 
 Bytes qsfp_page00()
 {
-    sim::Half page{};
+    module_files::Half page{};
     page[0] = 0x0d;
     page[20] = 'O';
-    page[63] = compute(page, sim::checksum_qsfp_base);
-    page[95] = compute(page, sim::checksum_qsfp_extended);
+    page[63] = compute(page, module_files::checksum_qsfp_base);
+    page[95] = compute(page, module_files::checksum_qsfp_extended);
     return {page.begin(), page.end()};
 }
 
@@ -72,8 +72,8 @@ Bytes joined(std::initializer_list<Bytes> parts)
 std::string refusal(std::vector<Dump> dumps, bool pad = false)
 {
     try {
-        sim::assemble_module(std::move(dumps), pad);
-    } catch (const sim::ModuleError &error) {
+        module_files::assemble_module(std::move(dumps), pad);
+    } catch (const module_files::ModuleError &error) {
         return error.what();
     }
     return "accepted";
@@ -82,8 +82,8 @@ std::string refusal(std::vector<Dump> dumps, bool pad = false)
 std::string refusal(const std::string &text)
 {
     try {
-        sim::parse_dump(text, "x.txt");
-    } catch (const sim::ModuleError &error) {
+        module_files::parse_dump(text, "x.txt");
+    } catch (const module_files::ModuleError &error) {
         return error.what();
     }
     return "accepted";
@@ -94,8 +94,8 @@ std::string ethtool_text(const Bytes &bytes)
     std::string text = "Offset\t\tValues\n------\t\t------\n";
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (i % 16 == 0)
-            text += sim::format("%s0x%04zx:\t\t", i != 0 ? "\n" : "", i);
-        text += sim::format("%02x ", bytes[i]);
+            text += module_files::format("%s0x%04zx:\t\t", i != 0 ? "\n" : "", i);
+        text += module_files::format("%02x ", bytes[i]);
     }
     return text + "\n";
 }
@@ -105,9 +105,9 @@ std::string i2cdump_text(const Bytes &bytes)
     std::string text = "No size specified (using byte-data access)\n"
                        "     0  1  2  3  4  5  6  7  8  9  a  b  c  d  e  f    0123456789abcdef\n";
     for (std::size_t i = 0; i < bytes.size(); i += 16) {
-        text += sim::format("%02zx: ", i);
+        text += module_files::format("%02zx: ", i);
         for (std::size_t k = 0; k < 16; ++k)
-            text += sim::format("%02x ", bytes[i + k]);
+            text += module_files::format("%02x ", bytes[i + k]);
         text += "   ";
         for (std::size_t k = 0; k < 16; ++k)
             text += bytes[i + k] > 32 && bytes[i + k] < 127 ? static_cast<char>(bytes[i + k]) : '.';
@@ -119,12 +119,12 @@ std::string i2cdump_text(const Bytes &bytes)
 TEST(DumpText, ethtool_table_gives_its_bytes)
 {
     const Bytes bytes = joined({a0_page(), a2_page()});
-    EXPECT_EQ(sim::parse_dump(ethtool_text(bytes), "x"), bytes);
+    EXPECT_EQ(module_files::parse_dump(ethtool_text(bytes), "x"), bytes);
 }
 
 TEST(DumpText, i2cdump_table_gives_its_bytes)
 {
-    EXPECT_EQ(sim::parse_dump(i2cdump_text(a0_page()), "x"), a0_page());
+    EXPECT_EQ(module_files::parse_dump(i2cdump_text(a0_page()), "x"), a0_page());
 }
 
 TEST(DumpText, carriage_returns_do_not_matter)
@@ -132,13 +132,14 @@ TEST(DumpText, carriage_returns_do_not_matter)
     std::string text = ethtool_text(a0_page());
     for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
         text.insert(at, "\r");
-    EXPECT_EQ(sim::parse_dump(text, "x"), a0_page());
+    EXPECT_EQ(module_files::parse_dump(text, "x"), a0_page());
 }
 
 TEST(DumpText, binary_is_taken_as_it_is)
 {
     const Bytes page = a0_page();
-    EXPECT_EQ(sim::parse_dump({reinterpret_cast<const char *>(page.data()), page.size()}, "x"), page);
+    EXPECT_EQ(module_files::parse_dump({reinterpret_cast<const char *>(page.data()), page.size()}, "x"),
+              page);
 }
 
 TEST(DumpText, bad_digit_names_its_line)
@@ -169,7 +170,7 @@ TEST(DumpText, other_text_is_refused)
 
 TEST(Assembly, a0_alone_has_no_diagnostics)
 {
-    const auto module = sim::assemble_module({{"x.bin", a0_page()}}, false);
+    const auto module = module_files::assemble_module({{"x.bin", a0_page()}}, false);
     EXPECT_EQ(module.image.name, "x");
     EXPECT_EQ(module.image.devices.size(), 1U);
     EXPECT_EQ(module.image.devices.at(0x50).read(200), 0x5a);
@@ -181,7 +182,7 @@ TEST(Assembly, both_pages_come_in_one_dump_or_two)
     for (const auto &dumps : {std::vector<Dump>{{"x.bin", joined({a0_page(), a2_page()})}},
                               std::vector<Dump>{{"x.a0.bin", a0_page()}, {"x.a2.bin", a2_page()}},
                               std::vector<Dump>{{"x.a2.bin", a2_page()}, {"x.a0.bin", a0_page()}}}) {
-        const auto module = sim::assemble_module(dumps, false);
+        const auto module = module_files::assemble_module(dumps, false);
         EXPECT_EQ(module.image.devices.at(0x50).read(1), 7);
         EXPECT_EQ(module.image.devices.at(0x51).read(96), 0x20);
         EXPECT_EQ(module.image.devices.at(0x51).read(255), 0x77);
@@ -190,8 +191,8 @@ TEST(Assembly, both_pages_come_in_one_dump_or_two)
 
 TEST(Assembly, four_pages_make_a_combo_module)
 {
-    const auto module =
-        sim::assemble_module({{"x.bin", joined({a0_page(), a2_page(), a0_page(), a2_page()})}}, false);
+    const auto module = module_files::assemble_module(
+        {{"x.bin", joined({a0_page(), a2_page(), a0_page(), a2_page()})}}, false);
     EXPECT_EQ(module.image.devices.size(), 4U);
     EXPECT_TRUE(module.image.devices.contains(0x59));
 }
@@ -199,10 +200,10 @@ TEST(Assembly, four_pages_make_a_combo_module)
 TEST(Assembly, qsfp_pages_come_in_one_dump_or_several)
 {
     Bytes page03(128, 0x33);
-    const auto all = sim::assemble_module(
+    const auto all = module_files::assemble_module(
         {{"q.bin", joined({qsfp_lower(), qsfp_page00(), Bytes(128, 0x11), Bytes(128, 0x22), page03})}},
         false);
-    const auto parts = sim::assemble_module(
+    const auto parts = module_files::assemble_module(
         {{"q.page03.bin", page03}, {"q.page00.bin", qsfp_page00()}, {"q.lower.bin", qsfp_lower()}}, false);
     EXPECT_EQ(all.image.devices.at(0x50).pages.size(), 4U);
     EXPECT_EQ(parts.image.devices.at(0x50).pages.size(), 2U);
@@ -219,7 +220,7 @@ TEST(Assembly, short_dump_is_refused_unless_padding_is_asked_for)
     cut.resize(200);
     EXPECT_EQ(refusal({{"x.bin", cut}}), "x.bin: A0h is truncated at offset 200 of 256 (--pad fills it up)");
     EXPECT_EQ(refusal({{"q.bin", qsfp_lower()}}), "q.bin: truncated at offset 128: page 00h is missing");
-    const auto module = sim::assemble_module({{"x.bin", cut}}, true);
+    const auto module = module_files::assemble_module({{"x.bin", cut}}, true);
     EXPECT_EQ(module.image.devices.at(0x50).read(199), 0x5a);
     EXPECT_EQ(module.image.devices.at(0x50).read(200), 0);
     EXPECT_THAT(module.notes, ElementsAre("x.bin: A0h is truncated at offset 200, the rest reads 0"));
@@ -229,7 +230,7 @@ TEST(Assembly, wrong_check_code_is_a_note)
 {
     Bytes page = a0_page();
     page[20] ^= 1;
-    const auto module = sim::assemble_module({{"x.bin", page}}, false);
+    const auto module = module_files::assemble_module({{"x.bin", page}}, false);
     ASSERT_EQ(module.notes.size(), 1U);
     EXPECT_THAT(module.notes[0], HasSubstr("checksum CC_BASE is"));
     EXPECT_EQ(module.image.devices.at(0x50).read(20), page[20]);
@@ -261,20 +262,20 @@ TEST(Assembly, random_bytes_never_do_worse_than_a_complaint)
         for (char &c : content)
             c = static_cast<char>(round % 2 == 0 ? random() % 256 : "0123456789abcdefX: \n\t"[random() % 21]);
         try {
-            const auto module =
-                sim::assemble_module({{"x.bin", sim::parse_dump(content, "x.bin")}}, random() % 2 == 0);
+            const auto module = module_files::assemble_module(
+                {{"x.bin", module_files::parse_dump(content, "x.bin")}}, random() % 2 == 0);
             EXPECT_FALSE(module.image.devices.empty());
-        } catch (const sim::ModuleError &error) {
+        } catch (const module_files::ModuleError &error) {
             EXPECT_STRNE(error.what(), "");
         }
     }
 }
 
-TEST(ModuleFile, unreadable_files_are_named)
+TEST(DumpFile, unreadable_files_are_named)
 {
     const TemporaryFolder folder;
     try {
-        sim::read_module({folder.file("none.bin")}, false);
+        module_files::read_dump_file(folder.file("none.bin"));
         FAIL();
     } catch (const std::exception &error) {
         EXPECT_EQ(error.what(), folder.file("none.bin") + ": No such file or directory");
@@ -283,11 +284,12 @@ TEST(ModuleFile, unreadable_files_are_named)
 
 TEST(ModuleImage, damaged_text_form_is_refused)
 {
-    EXPECT_THROW(sim::image_from_text(""), sim::ModuleError);
-    EXPECT_THROW(sim::image_from_text("module x\nend\n"), sim::ModuleError);
-    EXPECT_THROW(sim::image_from_text("module x\nlower 00\n"), sim::ModuleError);
-    EXPECT_THROW(sim::image_from_text("module x\ndevice 50 flat\nlower 0011\nend\n"), sim::ModuleError);
-    EXPECT_THROW(sim::image_from_text("module x\ndevice 5g flat\nend\n"), sim::ModuleError);
+    EXPECT_THROW(module_files::image_from_text(""), module_files::ModuleError);
+    EXPECT_THROW(module_files::image_from_text("module x\nend\n"), module_files::ModuleError);
+    EXPECT_THROW(module_files::image_from_text("module x\nlower 00\n"), module_files::ModuleError);
+    EXPECT_THROW(module_files::image_from_text("module x\ndevice 50 flat\nlower 0011\nend\n"),
+                 module_files::ModuleError);
+    EXPECT_THROW(module_files::image_from_text("module x\ndevice 5g flat\nend\n"), module_files::ModuleError);
 }
 
 } // namespace

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "sim/modules/module_image.hpp"
+#include "module_files/module_image.hpp"
 
-namespace sim {
+namespace module_files {
 
 // Offsets within 128 bytes of lower or upper memory.
 struct Checksum {
@@ -30,4 +30,4 @@ inline std::uint8_t compute(const Half &memory, const Checksum &sum)
     return static_cast<std::uint8_t>(total);
 }
 
-} // namespace sim
+} // namespace module_files

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "sim/modules/module_image.hpp"
+#include "module_files/module_image.hpp"
 
 #include <charconv>
 #include <cstdio>
@@ -7,9 +7,9 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "sim/modules/text.hpp"
+#include "module_files/text.hpp"
 
-namespace sim {
+namespace module_files {
 
 namespace {
 
@@ -127,4 +127,4 @@ ModuleImage image_from_text(std::string_view text)
     throw ModuleError("module image: ends too early");
 }
 
-} // namespace sim
+} // namespace module_files

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Text and raw forms of a memory dump.  Failure policy: what cannot be read without guessing is refused,
 // with the line and what is wrong in it.
-#include "sim/modules/dump_reader.hpp"
+#include "module_files/dump_reader.hpp"
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 
-#include "sim/modules/text.hpp"
+#include "module_files/text.hpp"
 
-namespace sim {
+namespace module_files {
 
 namespace {
 
@@ -135,4 +135,4 @@ Bytes parse_dump(std::string_view content, const std::string &name)
     return lines.finish();
 }
 
-} // namespace sim
+} // namespace module_files

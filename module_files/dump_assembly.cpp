@@ -4,11 +4,11 @@
 #include <numeric>
 #include <optional>
 
-#include "sim/modules/checksums.hpp"
-#include "sim/modules/dump_reader.hpp"
-#include "sim/modules/text.hpp"
+#include "module_files/checksums.hpp"
+#include "module_files/dump_reader.hpp"
+#include "module_files/text.hpp"
 
-namespace sim {
+namespace module_files {
 
 namespace {
 
@@ -222,4 +222,4 @@ ModuleFile assemble_module(std::vector<Dump> dumps, bool pad)
     return module;
 }
 
-} // namespace sim
+} // namespace module_files
