@@ -1,8 +1,10 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Adds up the JUnit reports of one ./test run: one line per failed or skipped test, then the totals.
 
-usage: test_summary.py LOG_FOLDER UNIT_EXIT_STATUS SYSTEM_EXIT_STATUS
+usage: test_summary.py LOG_FOLDER NAME=EXIT_STATUS...
+
+The report of NAME is LOG_FOLDER/NAME.xml.
 
 A runner that failed without a failed test (it crashed, its report is missing) counts as one failure; a skipped
 test is not a passed one.
@@ -34,14 +36,15 @@ def read_report(path):
     return passed, failed, skipped
 
 
-def main(folder, unit_status, system_status):
+def main(folder, *results):
     passed, failed, skipped = [], [], []
-    for name, status in (("unit", int(unit_status)), ("system", int(system_status))):
+    for name, status in (result.split("=") for result in results):
+        status = int(status)
         try:
             report = read_report(Path(folder, name + ".xml"))
         except (OSError, ElementTree.ParseError) as error:
             report = [], [f"{name} tests left no report: {error}"], []
-        nothing = not any(report) and status in NOTHING_SELECTED[name]
+        nothing = not any(report) and status in NOTHING_SELECTED.get(name, ())
         if status != 0 and not report[1] and not nothing:
             report[1].append(f"{name} tests ended with status {status}; see {folder}/{name}.log")
         for total, part in zip((passed, failed, skipped), report):

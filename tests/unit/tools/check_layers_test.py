@@ -6,7 +6,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-TOOL = Path(__file__).resolve().parents[2] / "tools" / "check_layers.py"
+TOOL = Path(__file__).resolve().parents[3] / "tools" / "check_layers.py"
 HEADERS = {
     "base/fd.hpp": "#include <unistd.h>\n",
     "diagd/units.hpp": "",
