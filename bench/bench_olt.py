@@ -8,7 +8,7 @@ from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[1]
 PORTS = range(1, 9)
-sys.path.insert(0, str(PROJECT / "tests" / "cli"))
+sys.path.insert(0, str(PROJECT / "tests" / "cli" / "support"))
 sys.dont_write_bytecode = True
 
 from olt import BOX, BUILD, OLT, Olt  # noqa: E402

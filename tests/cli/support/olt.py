@@ -15,7 +15,8 @@ from pathlib import Path
 from calls import read_trace
 from vty import DEADLINE_S, Telnet, Vty, in_namespace, takes_commands
 
-PROJECT = Path(__file__).resolve().parents[2]
+PROJECT = Path(__file__).resolve().parents[3]
+SUPPORT = Path(__file__).parent
 BUILD = PROJECT / "build" / os.environ.get("DIAGD_PRESET", "release")
 BOX = PROJECT / "sim" / "box"
 OLT = PROJECT / "sim" / "olt"

@@ -8,7 +8,7 @@ from pathlib import Path
 
 from alarm_store import AlarmStore, Record
 
-GOLDEN = Path(__file__).with_name("golden")
+GOLDEN = Path(__file__).parent
 PROMPT = re.compile(r"(olt(?:\([^)]*\))?[>#] )(.*)")
 
 

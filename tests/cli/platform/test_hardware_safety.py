@@ -16,7 +16,7 @@ from alarm_fixtures import SANITIZED
 from calls import of, read_trace
 from module_memory import path, plug
 from monitors import calls_of
-from olt import SEMAPHORE_KEYS, wait_until
+from olt import SEMAPHORE_KEYS, SUPPORT, wait_until
 from stopwatch import Stopwatch
 from uevents import send
 from vty import DEADLINE_S
@@ -153,7 +153,7 @@ def chance():
 def start_peer(olt):
     """Another process of the box that takes and gives the board without end."""
     peer = subprocess.Popen(
-        olt.inside("env", *SANITIZED, "/usr/bin/python3", Path(__file__).with_name("board_peer.py"), "/run/olt/build/lib"),
+        olt.inside("env", *SANITIZED, "/usr/bin/python3", SUPPORT / "board_peer.py", "/run/olt/build/lib"),
         stdin=subprocess.PIPE, stdout=subprocess.PIPE)
     assert peer.stdout.readline() == b"ready\n"
     return peer
