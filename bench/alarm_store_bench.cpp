@@ -2,8 +2,8 @@
 // Records per second of the shared alarm store, against the least that filing a record can take: the
 // semaphore taken and given back, and the 200 bytes of a record copied.  Prints both and their ratio. The
 // store is that of the IPC namespace the program runs in; run it in one of its own (unshare -m -i).
-#include "platform/api/alarm.hpp"
-#include "platform/api/semaphore.hpp"
+#include "platform/alarms/alarm.hpp"
+#include "platform/system/semaphore.hpp"
 #include "tq_api.h"
 
 #include <algorithm>

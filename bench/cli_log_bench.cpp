@@ -4,8 +4,8 @@
 // is the least that filing a record can take: the semaphore taken and given back, and 200 bytes copied.
 // Prints the rates and their ratio to the floor; exit status 1 when a record was lost or the rate is below
 // 100,000 a second.  `bench/in_box cli_log_bench` runs it where a database is.
-#include "platform/api/alarm_mapping.hpp"
-#include "platform/api/semaphore.hpp"
+#include "platform/alarms/mapping.hpp"
+#include "platform/system/semaphore.hpp"
 #include "tq_api.h"
 #include "tq_database.h"
 

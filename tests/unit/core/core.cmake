@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-# The daemon's frame: start order, install order, core, and what our build of libfrr adds.
+# The daemon's frame: start order, install order, core.
 set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
 get_directory_property(diagd_units DIRECTORY ${diagd_dir} DEFINITION diagd_units)
 
@@ -17,7 +17,3 @@ list(TRANSFORM diagd_units PREPEND diagd_ OUTPUT_VARIABLE unit_targets)
 diagd_unit_test(install_order_test install_order_test.cpp LIBS ${unit_targets} diagd_alarm_log_sysrepo
                 transceiver_decode platform_headers deps::frr deps::jsonc deps::sysrepo tqapi tqdatabase util_cpld
                 util_i2c util_phy)
-
-# What our build of libfrr adds.
-diagd_unit_test(zclient_route_type_test zclient_route_type_test.cpp LIBS deps::frr)
-diagd_unit_test(thread_privileges_test thread_privileges_test.cpp LIBS deps::frr)

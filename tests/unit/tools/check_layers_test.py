@@ -89,13 +89,13 @@ class CheckLayers(unittest.TestCase):
         self.assert_refused("diagd/transceiver/decode/a.hpp", '#include "diagd/core/frr.hpp"\n', "standard library only")
 
     def test_the_platform_does_not_know_what_is_built_on_it(self):
-        self.assert_refused("platform/api/a.cpp", '#include "diagd/core/text.hpp"\n', "platform never includes diagd")
-        self.assert_refused("platform/api/a.cpp", '#include "sim/boardsim/board.hpp"\n', "platform never includes sim")
-        self.assert_allowed("platform/api/a.cpp", '#include "platform/trace/tq_trace.hpp"\n')
+        self.assert_refused("platform/system/a.cpp", '#include "diagd/core/text.hpp"\n', "platform never includes diagd")
+        self.assert_refused("platform/system/a.cpp", '#include "sim/boardsim/board.hpp"\n', "platform never includes sim")
+        self.assert_allowed("platform/system/a.cpp", '#include "platform/trace/tq_trace.hpp"\n')
 
     def test_base_is_for_all_and_needs_nobody(self):
         self.assert_refused("base/a.hpp", '#include "tq_api.h"\n', "nothing of its surroundings")
-        self.assert_allowed("platform/api/a.cpp", '#include "base/fd.hpp"\n')
+        self.assert_allowed("platform/system/a.cpp", '#include "base/fd.hpp"\n')
 
     def test_an_include_says_where_it_leads(self):
         self.assert_refused("diagd/monitors/a.cpp", '#include "fan_private.hpp"\n', "is no header of the tree")
