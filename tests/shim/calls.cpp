@@ -9,9 +9,11 @@
 #include <dlfcn.h>
 #include <linux/netlink.h>
 #include <mntent.h>
+#include <spawn.h>
 #include <sys/auxv.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -377,17 +379,30 @@ int system(const char *line)
         "system", [&] { return real(line); }, tq::arg("line", line));
 }
 
-FILE *popen(const char *line, const char *mode)
+// The daemon's popen and pclose, which give the shell a process group of its own: shown under these names,
+// and failing like them, with 0 and -1.
+int posix_spawn(pid_t *pid, const char *path, const posix_spawn_file_actions_t *actions,
+                const posix_spawnattr_t *attributes, char *const arguments[], char *const environment[])
 {
-    NEXT(popen);
-    return recorded<leaf>(
-        "popen", [&] { return real(line, mode); }, tq::arg("line", line));
+    NEXT(posix_spawn);
+    if (!OF_THE_DAEMON())
+        return real(pid, path, actions, attributes, arguments, environment);
+    const bool started = recorded<leaf>(
+        "popen",
+        [&] {
+            errno = real(pid, path, actions, attributes, arguments, environment);
+            return errno == 0 ? 1 : 0;
+        },
+        tq::arg("line", arguments[2]));
+    return started ? 0 : errno;
 }
 
-int pclose(FILE *stream)
+pid_t waitpid(pid_t pid, int *status, int options)
 {
-    NEXT(pclose);
-    return recorded<leaf>("pclose", [&] { return real(stream); });
+    NEXT(waitpid);
+    if (!OF_THE_DAEMON())
+        return real(pid, status, options);
+    return recorded<leaf>("pclose", [&] { return real(pid, status, options); });
 }
 
 FILE *setmntent(const char *path, const char *mode) noexcept

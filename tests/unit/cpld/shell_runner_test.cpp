@@ -7,10 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -22,6 +24,8 @@
 using diagd::run_dropping_output;
 using diagd::run_shell_line;
 using diagd::run_to_its_end;
+using diagd::RunBounds;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -85,6 +89,97 @@ TEST(ShellRunner, a_line_that_cannot_be_started_is_told_without_a_line_feed)
     }();
     EXPECT_EQ(result, -1);
     EXPECT_EQ(told, "popen error: Too many open files/n");
+}
+
+TEST(ShellRunner, the_shell_leads_a_process_group_of_its_own)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(run_dropping_output("ps -o pid=,pgid= -p $$ > " + folder.file("ids")), 0);
+    std::ifstream ids{folder.file("ids")};
+    pid_t pid = 0, group = 0;
+    ids >> pid >> group;
+    EXPECT_GT(pid, 0);
+    EXPECT_EQ(group, pid);
+    EXPECT_NE(group, getpgrp());
+}
+
+TEST(ShellRunner, what_stays_within_its_bounds_is_left_alone)
+{
+    const TemporaryFolder folder;
+    const RunBounds bounds{.total = 60s, .file = folder.file("f"), .standstill = 60s};
+    EXPECT_EQ(printed_by([&] {
+                  EXPECT_EQ(run_dropping_output("echo > " + bounds.file + "; exit 3", bounds), 3 << 8);
+              }),
+              "popen res is :768\n");
+}
+
+TEST(ShellRunner, a_program_whose_file_does_not_grow_is_ended)
+{
+    const TemporaryFolder folder;
+    const RunBounds bounds{
+        .total = 600s, .file = folder.write("f", "as long as it will be"), .standstill = 50ms};
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(run_dropping_output("sleep 600", bounds), SIGKILL); }),
+              "popen res is :9\n");
+}
+
+TEST(ShellRunner, a_program_that_never_makes_its_file_is_ended)
+{
+    const TemporaryFolder folder;
+    const RunBounds bounds{.total = 600s, .file = folder.file("f"), .standstill = 50ms};
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(run_dropping_output("sleep 600", bounds), SIGKILL); }),
+              "popen res is :9\n");
+}
+
+// It writes for several times as long as it may pause, and stops.
+TEST(ShellRunner, growing_puts_the_end_off)
+{
+    const TemporaryFolder folder;
+    const std::string file =
+        folder.write("f", "what an earlier download left, and is longer than the new one");
+    const RunBounds bounds{.total = 600s, .file = file, .standstill = 2s};
+    const std::string line = "printf x > " + file +
+                             "; for i in 1 2 3 4 5 6 7 8 9 10; do sleep 0.5; printf x >> " + file + "; done";
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(run_dropping_output(line, bounds), 0); }), "");
+}
+
+TEST(ShellRunner, no_program_takes_longer_than_it_may_in_all)
+{
+    const TemporaryFolder folder;
+    const std::string grows = "while :; do echo >> " + folder.file("f") + "; sleep 0.01; done";
+    const RunBounds bounds{.total = 300ms, .file = folder.file("f"), .standstill = 600s};
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(run_dropping_output(grows, bounds), SIGKILL); }),
+              "popen res is :9\n");
+    const RunBounds no_file{.total = 50ms};
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(run_dropping_output("sleep 600", no_file), SIGKILL); }),
+              "popen res is :9\n");
+}
+
+TEST(ShellRunner, an_end_is_that_of_the_whole_group)
+{
+    const TemporaryFolder folder;
+    const std::string held = folder.write("held", "");
+    // Each of them holds a lock for as long as it lives, the one behind the pipe and the one in the
+    // background, too.
+    const std::string locked = "flock -s " + held + " sleep 600";
+    const RunBounds bounds{.total = 600s, .file = folder.file("f"), .standstill = 300ms};
+    EXPECT_EQ(printed_by([&] { run_dropping_output(locked + " & " + locked + " | " + locked, bounds); }),
+              "popen res is :9\n");
+    const int file = ::open(held.c_str(), O_RDONLY | O_CLOEXEC);
+    const auto deadline = std::chrono::steady_clock::now() + 30s;
+    int locked_alone = -1;
+    while ((locked_alone = ::flock(file, LOCK_EX | LOCK_NB)) != 0 &&
+           std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_EQ(locked_alone, 0) << "somebody of the group lives";
+    ::close(file);
+}
+
+TEST(ShellRunner, one_who_left_his_shell_is_ended_too_and_counts_as_the_shell)
+{
+    const TemporaryFolder folder;
+    const RunBounds bounds{.total = 600s, .file = folder.file("f"), .standstill = 300ms};
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(run_dropping_output("sleep 600 & exit 0", bounds), SIGKILL); }),
+              "popen res is :9\n");
 }
 
 TEST(ShellRunner, handling_of_child_signals_is_default_meanwhile_and_restored)
