@@ -7,20 +7,26 @@
 #include "diagd/core/frr.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/core/vty_flush.hpp"
-#include "diagd/cpld/image_lines.hpp"
+#include "diagd/cpld/image_file.hpp"
 #include "diagd/cpld/shell_runner.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <optional>
+#include <chrono>
 #include <string>
 
 using diagd::line_end;
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr int failed = -1;
+
+// No fetch that works comes near them.  A search of the sticks writes no file for most of its time.
+constexpr auto longest_fetch = 10min;
+constexpr auto longest_standstill = 60s;
 
 // Of the alarm catalogue.
 constexpr std::uint16_t download_failed = 1;
@@ -38,7 +44,11 @@ int fetch_from_server(struct vty *vty, const std::string &file, const char *serv
     vty_out(vty, "%sTrying to download %s from server %s, please wait...%s", line_end, file.c_str(), server,
             line_end);
     diagd::flush_vty(vty);
-    const int status = diagd::run_dropping_output(line);
+    const std::string path = diagd::image_path(file);
+    int status = failed;
+    if (diagd::holder_of(path) != diagd::PathHolder::others)
+        status = diagd::run_dropping_output(
+            line, {.total = longest_fetch, .file = path, .standstill = longest_standstill});
     file_outcome(file, status == 0);
     return status;
 }
@@ -49,26 +59,21 @@ int missing_argument(struct vty *vty) noexcept
     return failed;
 }
 
-// Bytes of a file, nothing when there is none.
-std::optional<off_t> size_of(const std::string &path) noexcept
+void say_cannot_open(struct vty *vty, const std::string &path) noexcept
 {
-    struct stat status;
-    if (::stat(path.c_str(), &status) != 0)
-        return std::nullopt;
-    return status.st_size;
+    vty_out(vty, "\r\nError: Open %s fail !%s", path.c_str(), line_end);
 }
 
 // Whether the programmer will get an image; says what is wrong with one that was copied.
 bool is_usable(struct vty *vty, const std::string &path) noexcept
 {
-    const std::optional<off_t> size = size_of(path);
-    if (!size)
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
         return false;
-    const char *const name = path.c_str();
-    if (*size == 0)
+    if (status.st_size == 0)
         vty_out(vty, "\r\nError: wrong file size !%s", line_end);
-    else if (!base::Fd{::open(name, O_RDONLY | O_CLOEXEC)})
-        vty_out(vty, "\r\nError: Open %s fail !%s", name, line_end);
+    else if (!base::Fd{::open(path.c_str(), O_RDONLY | O_CLOEXEC)})
+        say_cannot_open(vty, path);
     else
         return true;
     diagd::run_dropping_output("rm " + path);
@@ -99,13 +104,20 @@ int diagd::fetch_by_usb(struct vty *vty, const char *file) noexcept
         return failed;
     }
     const std::string path = image_path(file);
-    if (size_of(path)) {
+    switch (holder_of(path)) {
+    case PathHolder::nobody:
+        break;
+    case PathHolder::ours:
         vty_out(vty, "File %s is already exist%s", path.c_str(), line_end);
         return 0;
+    case PathHolder::others:
+        say_cannot_open(vty, path);
+        file_outcome(file, false);
+        return failed;
     }
     vty_out(vty, "Trying to download %s from usb, please wait...%s", file, line_end);
     flush_vty(vty);
-    const bool copied = run_dropping_output(usb_line(file)) == 0;
+    const bool copied = run_dropping_output(usb_line(file), {.total = longest_fetch}) == 0;
     if (!copied)
         run_dropping_output("rm " + path);
     const bool good = copied && is_usable(vty, path);

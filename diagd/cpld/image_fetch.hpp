@@ -2,6 +2,9 @@
 // Fetching a CPLD image into /tmp.  The outcome is filed as an alarm record; the vty has been told what it
 // waits for before the wait begins.
 //
+// Failure policy: what somebody else has put at the image's path is neither written nor used nor removed, and
+// the fetch fails.  One whose file does not grow for a minute, and any after ten minutes, is ended and fails.
+//
 // A fetch returns 0 when the image is there.  Arguments are as an operator types them, NULL when missing; a
 // file name must have passed is_image_name.
 #pragma once

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Names of CPLD images, and the shell lines that fetch them.
+// CPLD images in /tmp: their names, whether a file there may be used, and the shell lines that fetch it.
 #pragma once
 
 #include "base/shell_word.hpp"
@@ -31,6 +31,18 @@ inline constexpr std::size_t image_name_size = 80 - sizeof "jtag /tmp/";
 {
     return "/tmp/" + name;
 }
+
+// What is at a path that anybody may have put something at.
+enum class PathHolder {
+    nobody,
+    ours,  // a regular file of root's or the daemon's, with one link
+    others // anything else: root would write or program what somebody else has chosen
+};
+
+// Looks without following links.  Whoever finds `others` leaves it alone; the log says so.  Between this look
+// and the use of the path /tmp's sticky bit keeps everybody from exchanging a file of ours, and the kernel's
+// protected_symlinks from leading a write through a link put there meanwhile.
+[[nodiscard]] PathHolder holder_of(const std::string &path) noexcept;
 
 // The lines that fetch image `name`, which is_image_name has accepted.
 [[nodiscard]] inline std::string tftp_line(const std::string &name, const std::string &server)

@@ -5,6 +5,7 @@
 #include "diagd/board/register_access.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/core/state.hpp"
+#include "diagd/cpld/image_file.hpp"
 #include "diagd/cpld/shell_runner.hpp"
 #include "diagd/monitors/reset_button/system_reset.hpp"
 
@@ -18,7 +19,7 @@ void diagd::program_image(const std::string &path) noexcept
 {
     constexpr const char *reason = "update_cpld";
     const BoardBracket board{reason, OpenFailure::release_then_lower};
-    if (!board)
+    if (!board || holder_of(path) == PathHolder::others)
         return;
     std::puts("\r\nStart to upgarde CPLD...\r");
     run_to_its_end(permit_programmer_line);

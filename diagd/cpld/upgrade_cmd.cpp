@@ -11,7 +11,7 @@
 #include "diagd/core/text.hpp"
 #include "diagd/core/vty_flush.hpp"
 #include "diagd/cpld/image_fetch.hpp"
-#include "diagd/cpld/image_lines.hpp"
+#include "diagd/cpld/image_file.hpp"
 #include "diagd/cpld/image_program.hpp"
 #include "diagd/cpld/shell_runner.hpp"
 
@@ -40,6 +40,12 @@ int upgrade(struct vty *vty, const char *source, const char *file, Fetch fetch) 
     diagd::flush_vty(vty);
     diagd::program_image(diagd::image_path(file));
     return CMD_SUCCESS;
+}
+
+int cannot_open_backup(struct vty *vty, const char *path) noexcept
+{
+    vty_out(vty, "Can't open CPLD Backup file: %s%s", path, line_end);
+    return CMD_WARNING;
 }
 
 } // namespace
@@ -85,10 +91,10 @@ DEFUN(cpld_restore, cpld_restore_cmd, "cpld restore",
       "CPLD restore from backup file.\n")
 {
     vty_out(vty, "Start to restore CPLD from backup file...%s", line_end);
-    if (!base::Fd{::open(backup_image, O_RDONLY | O_CLOEXEC)}) {
-        vty_out(vty, "Can't open CPLD Backup file: %s%s", backup_image, line_end);
-        return CMD_WARNING;
-    }
+    if (!base::Fd{::open(backup_image, O_RDONLY | O_CLOEXEC)})
+        return cannot_open_backup(vty, backup_image);
+    if (diagd::holder_of(restored_image) == diagd::PathHolder::others)
+        return cannot_open_backup(vty, restored_image);
     diagd::flush_vty(vty);
     diagd::run_to_its_end(std::string{"cp "} + backup_image + ' ' + restored_image);
     diagd::program_image(restored_image);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Fetching a CPLD image with an argument missing; what fetching does is tested in a box.
+// Fetching a CPLD image with an argument missing, and how long it may take; what fetching does is tested in a
+// box.
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/frr.hpp"
 #include "diagd/cpld/image_fetch.hpp"
@@ -14,10 +15,15 @@
 namespace {
 
 std::vector<std::string> done;
+std::vector<diagd::RunBounds> bounds_given;
 
 class ImageFetch : public testing::Test {
 protected:
-    ImageFetch() { done.clear(); }
+    ImageFetch()
+    {
+        done.clear();
+        bounds_given.clear();
+    }
 
     PrintingVty vty;
 };
@@ -33,6 +39,12 @@ int diagd::run_dropping_output(const std::string &line) noexcept
 {
     done.push_back(line);
     return -1;
+}
+
+int diagd::run_dropping_output(const std::string &line, const RunBounds &bounds) noexcept
+{
+    bounds_given.push_back(bounds);
+    return run_dropping_output(line);
 }
 
 TEST_F(ImageFetch, tftp_wants_a_server_and_a_file)
@@ -70,4 +82,24 @@ TEST_F(ImageFetch, a_program_that_cannot_be_started_is_a_failed_download)
     EXPECT_EQ(done, (std::vector<std::string>{"/usr/bin/tftp -l /tmp/f.jed -r f.jed -g 10.0.0.1",
                                               "1 download f.jed fail"}));
     EXPECT_EQ(vty.text(), "\r\nTrying to download f.jed from server 10.0.0.1, please wait...\r\n");
+}
+
+TEST_F(ImageFetch, a_server_may_be_silent_for_a_minute_and_a_fetch_take_ten)
+{
+    diagd::fetch_by_tftp(&vty.session, "10.0.0.1", "none-of-these.jed");
+    diagd::fetch_by_ftp(&vty.session, "10.0.0.1", "none-of-these.jed", "joe", "secret");
+    ASSERT_EQ(bounds_given.size(), 2);
+    for (const diagd::RunBounds &bounds : bounds_given) {
+        EXPECT_EQ(bounds.total, std::chrono::minutes{10});
+        EXPECT_EQ(bounds.file, "/tmp/none-of-these.jed");
+        EXPECT_EQ(bounds.standstill, std::chrono::seconds{60});
+    }
+}
+
+TEST_F(ImageFetch, a_search_of_the_sticks_has_ten_minutes_and_writes_nothing_to_watch)
+{
+    diagd::fetch_by_usb(&vty.session, "none-of-these.jed");
+    ASSERT_EQ(bounds_given.size(), 1);
+    EXPECT_EQ(bounds_given[0].total, std::chrono::minutes{10});
+    EXPECT_EQ(bounds_given[0].file, "");
 }

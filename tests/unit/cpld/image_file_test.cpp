@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Names of CPLD images and the lines that fetch them.
-#include "diagd/cpld/image_lines.hpp"
+// CPLD images: their names, who holds their paths, and the lines that fetch them.
+#include "diagd/cpld/image_file.hpp"
+#include "tests/unit/temporary_folder.hpp"
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <string>
+
+using diagd::holder_of;
+using diagd::PathHolder;
 
 using diagd::is_image_name;
 
@@ -62,4 +69,48 @@ TEST(ImageLines, what_the_shell_would_act_on_is_quoted)
 TEST(ImageLines, usb)
 {
     EXPECT_EQ(diagd::usb_line("f.jed"), "find /mnt/s* -name 'f.jed'|head -n 1|xargs -i cp {} /tmp/f.jed");
+}
+
+TEST(PathHolder, a_regular_file_of_ours_with_one_link_is_ours)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(holder_of(folder.file("f.jed")), PathHolder::nobody);
+    EXPECT_EQ(holder_of(folder.write("f.jed", "image")), PathHolder::ours);
+}
+
+TEST(PathHolder, a_link_is_others_wherever_it_leads)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.write("f.jed", "image");
+    ASSERT_EQ(::symlink(file.c_str(), folder.file("soft").c_str()), 0);
+    EXPECT_EQ(holder_of(folder.file("soft")), PathHolder::others);
+    ASSERT_EQ(::symlink("nowhere", folder.file("dangling").c_str()), 0);
+    EXPECT_EQ(holder_of(folder.file("dangling")), PathHolder::others);
+    ASSERT_EQ(::link(file.c_str(), folder.file("hard").c_str()), 0);
+    EXPECT_EQ(holder_of(folder.file("hard")), PathHolder::others);
+    EXPECT_EQ(holder_of(file), PathHolder::others);
+}
+
+TEST(PathHolder, what_is_no_regular_file_is_others)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(holder_of(folder.path()), PathHolder::others);
+    ASSERT_EQ(::mkfifo(folder.file("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(holder_of(folder.file("pipe")), PathHolder::others);
+}
+
+TEST(PathHolder, a_file_of_another_user_is_others)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root gives files away";
+    const TemporaryFolder folder;
+    const std::string file = folder.write("f.jed", "image");
+    ASSERT_EQ(::chown(file.c_str(), 65534, 0), 0);
+    EXPECT_EQ(holder_of(file), PathHolder::others);
+}
+
+TEST(PathHolder, a_path_that_cannot_be_looked_at_is_others)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(holder_of(folder.write("file", "") + "/f.jed"), PathHolder::others);
 }
