@@ -76,6 +76,7 @@ TEST(TaskParser, names_carry_no_control_sequences_to_the_terminal)
 {
     EXPECT_EQ(parse_task_command("/bin/a\x1b[2J\nb\x7f\0"sv), "a?[2J?b?");
     EXPECT_EQ(parse_task_status("Name:\ta\x1b]0;b\a\nUmask:\t0\nState:\tS\n").name, "a?]0;b?");
+    EXPECT_EQ(parse_task_command("a\tb\xff\0"sv), "a\tb?");
     EXPECT_EQ(parse_task_command("m\xc3\xbcller"), "m\xc3\xbcller"s);
     EXPECT_EQ(parse_task_command("x\xc2\x9b[y\xc2\x80z\xc2\xa0"), "x?[y?z\xc2\xa0"s);
     EXPECT_EQ(parse_task_command("x\x9b[y\xe9z\xc2"), "x?[y\xe9z\xc2"s); // no UTF-8
