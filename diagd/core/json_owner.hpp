@@ -2,6 +2,7 @@
 // Owner of a json-c object, and the one way a command prints it.
 #pragma once
 
+#include "base/printable.hpp"
 #include "diagd/core/frr.hpp"
 #include "diagd/core/text.hpp"
 
@@ -23,10 +24,11 @@ using Json = std::unique_ptr<struct json_object, JsonFree>;
     return Json{json_object_new_array()};
 }
 
-// One document in json-c's pretty layout, then the line end.
+// One document in json-c's pretty layout, then the line end.  Texts from outside may be in it.
 inline void json_print(struct vty *vty, const Json &json) noexcept
 {
-    vty_out(vty, "%s%s", json_object_to_json_string_ext(json.get(), JSON_C_TO_STRING_PRETTY), line_end);
+    const char *const document = json_object_to_json_string_ext(json.get(), JSON_C_TO_STRING_PRETTY);
+    vty_out(vty, "%s%s", base::printable_json(document).c_str(), line_end);
 }
 
 } // namespace diagd
