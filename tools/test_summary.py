@@ -4,17 +4,20 @@
 
 usage: test_summary.py LOG_FOLDER NAME=EXIT_STATUS...
 
-The report of NAME is LOG_FOLDER/NAME.xml.
+The report of NAME is LOG_FOLDER/NAME.xml.  EXIT_STATUS 124, timeout's, says that it was stopped: the tests that it was
+at are the files' contents in LOG_FOLDER/running, or those that the log of ctest says to have started and no more.
 
 A runner that failed without a failed test (it crashed, its report is missing) counts as one failure; a skipped
 test is not a passed one.
 """
 
+import re
 import sys
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
 NOTHING_SELECTED = {"unit": (0, 8), "system": (5,)}  # ctest, pytest: no test matched
+STOPPED = 124
 
 
 def read_report(path):
@@ -36,6 +39,16 @@ def read_report(path):
     return passed, failed, skipped
 
 
+def running(folder, name):
+    """The tests that a stopped runner was at."""
+    if name == "system":
+        return sorted(path.read_text() for path in Path(folder, "running").glob("*"))
+    log = Path(folder, name + ".log").read_text(errors="replace")
+    started = dict(re.findall(r"^ +Start +(\d+): (.+)$", log, re.M))
+    done = re.findall(r"^ *\d+/\d+ Test +#(\d+):", log, re.M)
+    return [test for number, test in started.items() if number not in done]
+
+
 def main(folder, *results):
     passed, failed, skipped = [], [], []
     for name, status in (result.split("=") for result in results):
@@ -44,6 +57,9 @@ def main(folder, *results):
             report = read_report(Path(folder, name + ".xml"))
         except (OSError, ElementTree.ParseError) as error:
             report = [], [f"{name} tests left no report: {error}"], []
+        if status == STOPPED:
+            at = running(folder, name)
+            report[1].append(f"{name} tests were stopped, the run had its time; running: {', '.join(at) or 'none'}")
         nothing = not any(report) and status in NOTHING_SELECTED.get(name, ())
         if status != 0 and not report[1] and not nothing:
             report[1].append(f"{name} tests ended with status {status}; see {folder}/{name}.log")

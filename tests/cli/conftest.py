@@ -7,6 +7,7 @@ import os
 import shutil
 import signal
 import subprocess
+from pathlib import Path
 
 import pytest
 
@@ -89,6 +90,20 @@ def cold_olt(states, database):
 def fresh_olt(cold_olt):
     """An OLT of the test's own."""
     return cold_olt.start()
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_runtest_protocol(item):
+    """The file of this process in the folder RUNNING_TESTS names the test that it is at."""
+    folder = os.environ.get("RUNNING_TESTS")
+    if not folder:
+        yield
+        return
+    path = Path(folder, str(os.getpid()))
+    path.write_text(item.nodeid)
+    outcome = yield
+    if not outcome.excinfo:  # else the run is stopped here
+        path.unlink()
 
 
 @pytest.hookimpl(hookwrapper=True)
