@@ -33,6 +33,7 @@ constexpr const char *help_text =
                          Control-C; status 69 when the daemon ends
   -s, --state FOLDER     state folder of the OLT (default: $OLT_STATE, else the OLT of
                          this machine, else the one that ./run started)
+  -V, --version          the version of diagsh
   -h, --help             this text
 
 Under the name vtysh it is the box's shell: -c commands run in enable, and "write" saves
@@ -54,10 +55,13 @@ struct Options {
 
 Options parse(int argc, char **argv)
 {
-    static const option long_options[] = {
-        {"command", required_argument, nullptr, 'c'}, {"node", required_argument, nullptr, 'n'},
-        {"monitor", no_argument, nullptr, 'm'},       {"state", required_argument, nullptr, 's'},
-        {"help", no_argument, nullptr, 'h'},          {nullptr, 0, nullptr, 0}};
+    static const option long_options[] = {{"command", required_argument, nullptr, 'c'},
+                                          {"node", required_argument, nullptr, 'n'},
+                                          {"monitor", no_argument, nullptr, 'm'},
+                                          {"state", required_argument, nullptr, 's'},
+                                          {"version", no_argument, nullptr, 'V'},
+                                          {"help", no_argument, nullptr, 'h'},
+                                          {nullptr, 0, nullptr, 0}};
     Options options;
     options.is_box_shell = argc > 0 && std::filesystem::path(argv[0]).filename() == "vtysh";
     if (options.is_box_shell)
@@ -65,7 +69,7 @@ Options parse(int argc, char **argv)
     if (const char *state = std::getenv("OLT_STATE"))
         options.state = state;
     int letter = 0;
-    while ((letter = ::getopt_long(argc, argv, "c:n:ms:h", long_options, nullptr)) != -1) {
+    while ((letter = ::getopt_long(argc, argv, "c:n:ms:Vh", long_options, nullptr)) != -1) {
         switch (letter) {
         case 'c':
             options.commands.emplace_back(optarg);
@@ -80,6 +84,9 @@ Options parse(int argc, char **argv)
         case 's':
             options.state = optarg;
             break;
+        case 'V':
+            std::puts("diagsh " DIAGD_VERSION);
+            std::exit(EXIT_SUCCESS);
         case 'h':
             std::fputs(help_text, stdout);
             std::exit(EXIT_SUCCESS);

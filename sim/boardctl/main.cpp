@@ -37,6 +37,10 @@ int main(int argc, char **argv)
         std::vector<std::string> words(argv + 1, argv + argc);
         if (words.empty())
             words = {"help"};
+        if (words == std::vector<std::string>{"--version"}) {
+            std::puts("boardctl " DIAGD_VERSION);
+            return 0;
+        }
         if (sim::is_file_verb(words)) {
             words = sim::prepare_file_verb(words);
             if (words.empty())

@@ -29,13 +29,14 @@ namespace {
 
 constexpr char usage[] =
     "usage: boardsim [--board FILE] [--dir DIR] [--state DIR] [--population FILE]\n"
-    "                [--pinned] [--seed N]\n"
+    "                [--pinned] [--seed N] [--version]\n"
     "  --board FILE  description, default $OLT_BOARD or /etc/olt/board.json\n"
     "  --dir DIR     folder of the sockets, default $BOARDSIM_DIR or the description's\n"
     "  --state DIR   keep registers and modules there over a restart\n"
     "  --population FILE  modules plugged at the start, unless there is a state to go on with\n"
     "  --pinned      temperatures and powers do not move\n"
-    "  --seed N      of the movement, default 1\n";
+    "  --seed N      of the movement, default 1\n"
+    "  --version     say the version, and no more\n";
 
 struct Options {
     std::string board = board::default_file();
@@ -43,19 +44,18 @@ struct Options {
     std::string state;
     std::string population;
     bool pinned = false;
+    bool version = false;
     std::uint32_t seed = 1;
 };
 
 // False: the usage has been shown.
 bool parse(int argc, char **argv, Options &options)
 {
-    const option known[] = {{"board", required_argument, nullptr, 'b'},
-                            {"dir", required_argument, nullptr, 'd'},
-                            {"state", required_argument, nullptr, 's'},
-                            {"population", required_argument, nullptr, 'm'},
-                            {"pinned", no_argument, nullptr, 'p'},
-                            {"seed", required_argument, nullptr, 'r'},
-                            {nullptr, 0, nullptr, 0}};
+    const option known[] = {
+        {"board", required_argument, nullptr, 'b'}, {"dir", required_argument, nullptr, 'd'},
+        {"state", required_argument, nullptr, 's'}, {"population", required_argument, nullptr, 'm'},
+        {"pinned", no_argument, nullptr, 'p'},      {"seed", required_argument, nullptr, 'r'},
+        {"version", no_argument, nullptr, 'v'},     {nullptr, 0, nullptr, 0}};
     for (int letter; (letter = ::getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (letter) {
         case 'b':
@@ -75,6 +75,9 @@ bool parse(int argc, char **argv, Options &options)
             break;
         case 'r':
             options.seed = static_cast<std::uint32_t>(sim::parse_number(optarg, 0, 0xffffffff));
+            break;
+        case 'v':
+            options.version = true;
             break;
         default:
             std::fputs(usage, stderr);
@@ -168,6 +171,10 @@ int main(int argc, char **argv)
         Options options;
         if (!parse(argc, argv, options))
             return 2;
+        if (options.version) {
+            std::puts("boardsim " DIAGD_VERSION);
+            return 0;
+        }
         serve(options);
         return 0;
     } catch (const std::exception &error) {
