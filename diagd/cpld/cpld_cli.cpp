@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Board controls through the CPLD: the install order of their commands, and what is switched on at the start.
 // Failure policy: what cannot be switched on at the start stays as it is; the daemon runs on.
-#include "diagd/core/install.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/cpld/cpld_cmd.hpp"

@@ -4,9 +4,9 @@
 
 #include "base/fd.hpp"
 #include "diagd/core/alarm_record.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/frr.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/core/vty_flush.hpp"
 #include "diagd/cpld/image_file.hpp"
 #include "diagd/cpld/shell_runner.hpp"
 

@@ -6,7 +6,7 @@
 
 #include "diagd/board/register_access.hpp"
 #include "diagd/board/session.hpp"
-#include "diagd/core/json_owner.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
 
 #include <cstring>

@@ -4,9 +4,8 @@
 
 #include "diagd/board/gpio.hpp"
 #include "diagd/board/interface_argument.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/core/vty_flush.hpp"
 
 #include "util_cpld.h"
 #include "util_i2c.h"

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's command frame: its nodes, and the install order of the alarm-log and basic commands.
 #include "diagd/alarm_log/export/alarm_log_commands.hpp"
-#include "diagd/core/install.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/diag_cli/basic_cmd.hpp"
 
 using diagd::config_node;

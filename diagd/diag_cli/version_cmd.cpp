@@ -2,7 +2,7 @@
 // "show version": base information of the device.  What the database does not give is shown empty.
 #include "diagd/diag_cli/basic_cmd.hpp"
 
-#include "diagd/core/json_owner.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 

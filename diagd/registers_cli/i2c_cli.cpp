@@ -4,9 +4,7 @@
 // Failure policy: a bus that cannot be opened makes the command a warning, without a word; a device that does
 // not answer shows 0; a failed write is not reported.
 #include "base/fd.hpp"
-#include "diagd/core/arguments.hpp"
-#include "diagd/core/install.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/text.hpp"
 

@@ -3,9 +3,7 @@
 // PHYs are on no bus that the board's semaphore guards.
 // Failure policy: a PHY that cannot be read shows 0, one that cannot be identified shows nothing; a failed
 // write is not reported.
-#include "diagd/core/arguments.hpp"
-#include "diagd/core/install.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/registers_cli/phy_register.hpp"

@@ -5,7 +5,7 @@
 #include "diagd/system_cli/system_commands.hpp"
 
 #include "diagd/core/child_programs.hpp"
-#include "diagd/core/json_owner.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/system_cli/clock_parser.hpp"

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Install order of the system information commands.
-#include "diagd/core/install.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/system_cli/system_commands.hpp"
-
-#include "diagd/core/nodes.hpp"
 
 using diagd::config_node;
 

@@ -2,7 +2,7 @@
 // Commands that show processor and memory usage.  What cannot be sampled is shown as 0%.
 #include "diagd/system_cli/system_commands.hpp"
 
-#include "diagd/core/json_owner.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/system_cli/export/usage_samplers.hpp"
 #include "diagd/system_cli/usage_parser.hpp"

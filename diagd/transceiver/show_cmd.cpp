@@ -5,7 +5,7 @@
 // the displays of module_listing.hpp say.
 #include "diagd/transceiver/transceiver_cmd.hpp"
 
-#include "diagd/core/json_owner.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/transceiver/memory/module_listing.hpp"
 #include "diagd/transceiver/show/json.hpp"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Install table of the transceiver unit.
-#include "diagd/core/install.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/transceiver/transceiver_cmd.hpp"
 
 using namespace diagd;

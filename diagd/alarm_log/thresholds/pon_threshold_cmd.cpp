@@ -7,8 +7,7 @@
 
 #include "diagd/alarm_log/thresholds/pon_threshold_text.hpp"
 #include "diagd/alarm_log/thresholds/threshold_words.hpp"
-#include "diagd/core/json_owner.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 

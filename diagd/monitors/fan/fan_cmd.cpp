@@ -7,9 +7,7 @@
 #include "diagd/board/lm75.hpp"
 #include "diagd/board/monitor_registers.hpp"
 #include "diagd/board/session.hpp"
-#include "diagd/core/install.hpp"
-#include "diagd/core/json_owner.hpp"
-#include "diagd/core/nodes.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/monitors/fan/fan_settings.hpp"
 

@@ -2,7 +2,7 @@
 // JSON display of the module listing.
 #pragma once
 
-#include "diagd/core/json_owner.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/transceiver/memory/module_listing.hpp"
 
 #include <span>

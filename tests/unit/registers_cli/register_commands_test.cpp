@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // PHY and I2C commands with arguments that the grammar does not let through, and register numbers.
-#include "diagd/core/arguments.hpp"
+#include "diagd/core/command.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/registers_cli/phy_register.hpp"
 
