@@ -4,6 +4,7 @@
 // commands succeed; a store that cannot be attached is said in one line.
 #include "diagd/alarm_log/export/alarm_log_commands.hpp"
 
+#include "base/printable.hpp"
 #include "diagd/alarm_log/actions/level_words.hpp"
 #include "diagd/alarm_log/catalogue.hpp"
 #include "diagd/alarm_log/records/attached_store.hpp"
@@ -48,10 +49,9 @@ static diagd::RecordSink print_to(struct vty *vty)
 {
     return [vty](const tq_alarm_slot_t &slot) {
         const std::string_view description = diagd::alarm_description(slot.alarm_id);
-        const std::string_view message = diagd::field_text(slot.message);
-        vty_out(vty, "[%4d/%02d/%02d %02d:%02d:%02d]  %.*s    %.*s\n", slot.year, slot.mon, slot.mday,
+        vty_out(vty, "[%4d/%02d/%02d %02d:%02d:%02d]  %.*s    %s\n", slot.year, slot.mon, slot.mday,
                 slot.hour, slot.min, slot.sec, diagd::print_length(description), description.data(),
-                diagd::print_length(message), message.data());
+                base::printable(diagd::field_text(slot.message)).c_str());
     };
 }
 

@@ -90,6 +90,10 @@ class AlarmStore:
         text = self._map[at + _MESSAGE_AT : at + _MESSAGE_AT + _MESSAGE_SIZE].split(b"\0")[0]
         return Record(text.decode(errors="replace"), level, alarm_id, time, bool(valid))
 
+    def raw_message(self, index: int) -> bytes:
+        at = SLOT_BASE + index * SLOT_SIZE + _MESSAGE_AT
+        return self._map[at : at + _MESSAGE_SIZE].split(b"\0")[0]
+
     def places(self) -> list[int]:
         """Slots of the chain, oldest first.  Fails on a chain that is not sound in both directions."""
         head, tail, count = self.header

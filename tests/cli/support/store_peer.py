@@ -70,7 +70,7 @@ class Platform:
         request[0:2] = alarm_id.to_bytes(2, sys.byteorder)
         for n in range(count) if count else itertools.count():
             buffer = (ctypes.c_char * 32).from_buffer(request)
-            result = self.api.cli_log(self.database, buffer, b"%s", f"{prefix}-{n}".encode())
+            result = self.api.cli_log(self.database, buffer, b"%s", os.fsencode(f"{prefix}-{n}"))
             if result != 0:
                 raise SystemExit(f"cli_log returned {result}")
             say(str(n))
