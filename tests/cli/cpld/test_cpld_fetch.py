@@ -24,12 +24,14 @@ NASTY = ["pass'word", 'pass"word', "$(touch${IFS}/tmp/owned)", "`touch${IFS}/tmp
 BAD_NAMES = ["$(reboot)", "`reboot`", "f.jed;reboot", "f|g", "f&g", "f>g", "f'g", 'f"g', "../f.jed", "/etc/passwd", "a/b",
              "-rf", ".hidden", "..", "*", "f*", "f[a]", "f\\g", "~", "f.jed\x7f", "\xe4.jed", "f:g", "f=g", "x" * 70, "x" * 100,
              "x" * 400]
+LONGEST_NAME = "K7200Q4_CPLD+1200HC-".ljust(65, "x") + ".jed"
+FETCHED = [f"/tmp/{name}" for name in ("f.jed", "none.jed", "owned", LONGEST_NAME)]
 
 
 @pytest.fixture(scope="module")
 def shared(traced_olt):
     traced_olt.quiet()
-    traced_olt.exec("sh", "-c", "rm -rf /tmp/*", check=True)
+    traced_olt.exec("rm", "-f", *FETCHED, check=True)
     return traced_olt
 
 
@@ -38,7 +40,7 @@ def olt(shared):
     shared.faults(NO_CPLD)
     yield shared
     shared.faults()
-    shared.exec("sh", "-c", "rm -rf /tmp/*", check=True)
+    shared.exec("rm", "-f", *FETCHED, check=True)
 
 
 @pytest.fixture(scope="module")
@@ -201,10 +203,10 @@ def test_a_name_that_is_none_runs_nothing(olt, name):
 
 
 def test_the_longest_name_is_fetched(olt, tftpd):
-    name = "K7200Q4_CPLD+1200HC-".ljust(65, "x") + ".jed"
-    tftpd.put(name, IMAGE)
-    assert run(olt, f"cpld upgrade tftp {name} 127.0.0.1").records == [(SUCCEEDED, EVENT, f"download {name} success")]
-    assert in_tmp(olt, name) == IMAGE
+    tftpd.put(LONGEST_NAME, IMAGE)
+    done = run(olt, f"cpld upgrade tftp {LONGEST_NAME} 127.0.0.1")
+    assert done.records == [(SUCCEEDED, EVENT, f"download {LONGEST_NAME} success")]
+    assert in_tmp(olt, LONGEST_NAME) == IMAGE
 
 
 # --- USB

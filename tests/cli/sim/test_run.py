@@ -206,6 +206,23 @@ def test_state_survives_a_restart_and_fresh_forgets_it(run):
     assert not marker.exists()
 
 
+def test_fresh_forgets_by_name_and_leaves_what_is_the_operators_or_mounted(run, host):
+    up = run().wait_up()
+    up.interrupt()
+    (up.state / "notes").write_text("mine")
+    stick = up.state / "flash" / "stick"
+    stick.mkdir()
+    assert subprocess.run(host.command("mount", "-t", "tmpfs", "stick", stick)).returncode == 0
+    precious = f"echo precious >{stick}/file"
+    assert subprocess.run(host.command("sh", "-c", precious)).returncode == 0
+    status, output = run("--fresh").ends()
+    assert status == 1 and str(stick) in output
+    assert host.output("cat", stick / "file") == "precious\n"
+    host.output("umount", stick)
+    up = run("--fresh").wait_up()
+    assert (up.state / "notes").read_text() == "mine" and not stick.exists()
+
+
 def boardctl(up, *words):
     return subprocess.run(
         [BUILD / "bin" / "boardctl", *words],
