@@ -4,8 +4,8 @@
 // store of another make (size, magic, version) is left alone and refused with EPROTO.  A store that was
 // unlinked is left for the one that has the name now, at the same address, and that is said in the log.
 #include "platform/alarms/mapping.hpp"
-#include "base/fd.hpp"
-#include "platform/system/semaphore.hpp"
+
+#include "platform/alarms/store_semaphore.hpp"
 #include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
@@ -16,6 +16,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include <zebra.h>
 
@@ -82,7 +83,7 @@ AlarmMapping &alarm_mapping() noexcept
 bool AlarmMapping::is_current() const noexcept
 {
     struct stat status {};
-    return fd_ >= 0 && fstat(fd_, &status) == 0 && status.st_nlink > 0 &&
+    return fd_ && fstat(fd_.get(), &status) == 0 && status.st_nlink > 0 &&
            status.st_size == static_cast<off_t>(store_size) &&
            AlarmChain::is_ours(*reinterpret_cast<const AlarmTrailer *>(static_cast<const char *>(memory_) +
                                                                        AlarmChain::trailer_offset(capacity)),
@@ -105,11 +106,9 @@ bool AlarmMapping::map_named_store() noexcept
                             MAP_SHARED | (memory_ ? MAP_FIXED : 0), fd.get(), 0);
         if (memory == MAP_FAILED)
             return false;
-        if (fd_ >= 0) {
-            close(fd_);
+        if (fd_)
             zlog_warn("the alarm store was replaced: attached the new one");
-        }
-        fd_ = fd.release();
+        fd_ = std::move(fd);
         memory_ = memory;
         return true;
     }
@@ -166,13 +165,10 @@ std::uint32_t AlarmMapping::index_of(const tq_alarm_store_t *store, const tq_ala
 int tq_alarm_log_init(void)
 {
     return tq::traced("tq_alarm_log_init", [] {
-        if (tq::open_alarm_semaphore() < 0 || tq::take_alarm_semaphore() < 0)
+        if (tq::open_alarm_semaphore() < 0)
             return -1;
-        const int result = tq::alarm_mapping().attach() ? 0 : -1;
-        const int saved = errno;
-        tq::give_semaphore(alarm_log_sem_id);
-        errno = saved;
-        return result;
+        const tq::StoreGuard guard;
+        return guard && tq::alarm_mapping().attach() ? 0 : -1;
     });
 }
 

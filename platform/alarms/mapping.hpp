@@ -2,6 +2,7 @@
 // This process's view of the shared alarm store.
 #pragma once
 
+#include "base/fd.hpp"
 #include "platform/alarms/chain.hpp"
 
 #include <optional>
@@ -36,7 +37,7 @@ private:
     [[nodiscard]] bool is_current() const noexcept;
     bool map_named_store() noexcept;
 
-    int fd_ = -1;
+    base::Fd fd_; // stays open: by it a store that was replaced or cut is known
     void *memory_ = nullptr;
 };
 

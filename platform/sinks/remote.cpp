@@ -71,7 +71,7 @@ SyslogOrigin this_process()
 int send_to_servers(const Alarm &alarm)
 {
     static std::mutex mutex;
-    static std::array<OutletState, families.size()> states;
+    static std::array<SinkState, families.size()> states;
     const std::lock_guard lock(mutex);
 
     std::string message;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Reports about an outlet of alarms (see outlet_state.hpp).
+// Reports about where alarms go (see sink_state.hpp).
 #include "platform/sinks/sink_state.hpp"
 
 #include "tq_api.h"
@@ -10,7 +10,7 @@
 
 namespace tq {
 
-void OutletState::note(const std::string &receiver, int error)
+void SinkState::note(const std::string &receiver, int error)
 {
     if (error == error_ && (error == 0 || receiver == receiver_))
         return;

@@ -7,7 +7,7 @@
 
 namespace tq {
 
-class OutletState {
+class SinkState {
 public:
     // What became of an alarm to `receiver`, such as "log server 192.0.2.1 port 514": 0, an errno value or a
     // platform error code.

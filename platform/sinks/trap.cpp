@@ -64,7 +64,7 @@ int read_file(std::string &text, Stamp &stamp)
     return text.size() > max_file_size ? EFBIG : 0;
 }
 
-class TrapOutlet {
+class TrapSinkSet {
 public:
     int send(const Alarm &alarm)
     {
@@ -90,7 +90,7 @@ private:
         std::string name;
         UdpReceiver receiver;
         std::string community;
-        OutletState state;
+        SinkState state;
     };
 
     // Reads the file if it has changed.  0 or an errno value.
@@ -117,7 +117,7 @@ private:
                 continue;
             std::string name = "trap sink " + one.address + " port " + std::to_string(one.port);
             // One that stays keeps what was said of it.
-            OutletState state;
+            SinkState state;
             for (const Sink &before : sinks_)
                 if (before.name == name)
                     state = before.state;
@@ -132,16 +132,16 @@ private:
     std::vector<Sink> sinks_;
     Stamp stamp_{};
     int file_error_ = 0;
-    OutletState file_state_;
+    SinkState file_state_;
 };
 
 } // namespace
 
 int trap_alarm(const Alarm &alarm) noexcept
 {
-    static TrapOutlet outlet;
+    static TrapSinkSet sinks;
     try {
-        return outlet.send(alarm);
+        return sinks.send(alarm);
     } catch (const std::bad_alloc &) {
         return TQ_ERR_NO_MEMORY;
     }

@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // System V semaphores.
 // Failure policy: every operation is undone by the kernel when its process dies, so a crash never leaves a
-// semaphore held.  An alarm semaphore that somebody removed is made anew; any other that is gone is an error
-// of its caller.
+// semaphore held.  One that is gone is an error of its caller.
 #include "platform/system/semaphore.hpp"
-#include "platform/alarms/mapping.hpp"
-#include "platform/trace/tq_trace.hpp"
-#include "tq_api.h"
 
-#include <atomic>
 #include <cerrno>
 #include <ctime>
 #include <sys/ipc.h>
@@ -18,21 +13,15 @@
 #include <sanitizer/tsan_interface.h>
 #endif
 
-int alarm_log_sem_id = -1;
-
 namespace tq {
 
 namespace {
 
-constexpr int board_key = 0x102410; // board access
-constexpr int alarm_key = 0x102411; // alarm store, next to it
-constexpr int access_mode = 0666;   // the daemons run as several users
+constexpr int access_mode = 0666; // the daemons run as several users
 
 // A creator needs microseconds from making the set to giving it its value; one that takes longer than this
 // has died in between.
 constexpr int creator_wait_ms = 1000;
-
-std::atomic<int> board_id{-1}; // for the trace only
 
 // semctl's argument; the C library leaves its declaration to the caller.
 union SemaphoreArgument {
@@ -144,75 +133,4 @@ int give_semaphore(int id) noexcept
     return operate(id, 1);
 }
 
-int open_alarm_semaphore() noexcept
-{
-    return open_semaphore(alarm_log_sem_id, alarm_key, 1);
-}
-
-int take_alarm_semaphore() noexcept
-{
-    int result = alarm_log_sem_id < 0 ? -1 : take_semaphore(alarm_log_sem_id);
-    if (result < 0 && (alarm_log_sem_id < 0 || errno == EIDRM || errno == EINVAL)) {
-        if (open_alarm_semaphore() < 0)
-            return -1;
-        result = take_semaphore(alarm_log_sem_id);
-    }
-    return result;
-}
-
-namespace {
-
-// What a reader of the trace knows the semaphore by.
-struct SemaphoreArg {
-    int id;
-    void append_to(TraceLine &line) const noexcept
-    {
-        if (id == alarm_log_sem_id)
-            line.token("id", "alarm");
-        else if (id == board_id.load(std::memory_order_relaxed))
-            line.token("id", "board");
-        else
-            line.integer("id", id);
-    }
-};
-
-} // namespace
 } // namespace tq
-
-int semaphore_create(int *id, int key, int count)
-{
-    return tq::traced(
-        "semaphore_create",
-        [&] {
-            if (!id) {
-                errno = EINVAL;
-                return -1;
-            }
-            const int result = tq::open_semaphore(*id, key, count);
-            if (result == 0 && key == tq::board_key)
-                tq::board_id.store(*id, std::memory_order_relaxed);
-            return result;
-        },
-        tq::hex("key", key), tq::arg("count", count));
-}
-
-int semaphore_p(int id)
-{
-    return tq::traced(
-        "semaphore_p",
-        [&] {
-            if (id != alarm_log_sem_id)
-                return tq::take_semaphore(id);
-            const int result = tq::take_alarm_semaphore();
-            if (result == 0)
-                tq::alarm_mapping().refresh_for_reader();
-            return result;
-        },
-        tq::SemaphoreArg{id});
-}
-
-int semaphore_v(int id)
-{
-    return tq::traced(
-        "semaphore_v", [&] { return tq::give_semaphore(id); }, tq::SemaphoreArg{id});
-}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// One-member System V semaphores, and the alarm store's one in particular.
+// One-member System V semaphores.
 #pragma once
 
 namespace tq {
@@ -10,10 +10,5 @@ int open_semaphore(int &id, int key, int count) noexcept;
 // Takes / gives back; 0, or -1 with errno set.
 int take_semaphore(int id) noexcept;
 int give_semaphore(int id) noexcept;
-
-// Creates or opens the alarm store's semaphore and sets alarm_log_sem_id.
-int open_alarm_semaphore() noexcept;
-// Takes the alarm store's semaphore; one that was removed under the process is made anew.
-int take_alarm_semaphore() noexcept;
 
 } // namespace tq

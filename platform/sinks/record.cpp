@@ -3,15 +3,15 @@
 // Failure policy: a record that the store cannot take is lost, and that is said in the log once.
 #include "platform/alarms/alarm.hpp"
 #include "platform/alarms/mapping.hpp"
+#include "platform/alarms/store_semaphore.hpp"
 #include "platform/sinks/sink_state.hpp"
-#include "platform/system/semaphore.hpp"
-#include "tq_api.h"
 #include "tq_errno.h"
 
 #include <cerrno>
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <string>
 
 namespace tq {
 
@@ -47,21 +47,19 @@ tq_alarm_slot_t make_record(const Alarm &alarm) noexcept
 // 0 or an errno value.
 int file_record(const tq_alarm_slot_t &record) noexcept
 {
-    if (take_alarm_semaphore() < 0)
+    const StoreGuard guard;
+    auto chain = guard ? alarm_mapping().chain() : std::nullopt;
+    if (!chain)
         return errno;
-    auto chain = alarm_mapping().chain();
-    const int error = chain ? 0 : errno;
-    if (chain)
-        chain->add(record);
-    give_semaphore(alarm_log_sem_id);
-    return error;
+    chain->add(record);
+    return 0;
 }
 
 void note(int error)
 {
     static const std::string store = "the alarm store";
     static std::mutex mutex;
-    static OutletState state;
+    static SinkState state;
     const std::lock_guard lock(mutex);
     state.note(store, error);
 }
