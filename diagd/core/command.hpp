@@ -3,12 +3,12 @@
 // them, their arguments by name, and JSON as every command prints it.
 #pragma once
 
+#include "base/json.hpp"
 #include "base/printable.hpp"
 #include "diagd/core/frr.hpp"
 #include "diagd/core/text.hpp"
 
 #include <cstdlib>
-#include <memory>
 #include <optional>
 #include <span>
 
@@ -61,11 +61,7 @@ inline void install_table(std::span<const InstallRow> table) noexcept
     return word != nullptr ? std::optional{std::strtol(word, nullptr, 10)} : std::nullopt;
 }
 
-// Owner of a json-c object.
-struct JsonFree {
-    void operator()(struct json_object *object) const noexcept { json_object_free(object); }
-};
-using Json = std::unique_ptr<struct json_object, JsonFree>;
+using base::Json;
 
 [[nodiscard]] inline Json json_new_object() noexcept
 {

@@ -2,6 +2,7 @@
 // The per-alarm configuration, read from the XML text that the database library writes.
 // Failure policy: an alarm counts when it was read to its end; elements that this version does not know, ids
 // outside the catalogue and texts that are too long are passed over.
+#include "base/owner.hpp"
 #include "platform/trace/tq_trace.hpp"
 #include "tq_api.h"
 #include "tq_errno.h"
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string_view>
 #include <type_traits>
@@ -129,8 +129,7 @@ int read(const char *xml, tq_alarm_cfg_t *records) noexcept
 {
     if (!xml || !records)
         return TQ_ERR_INVALID;
-    const std::unique_ptr<std::remove_pointer_t<XML_Parser>, decltype(&XML_ParserFree)> parser{
-        XML_ParserCreate(nullptr), XML_ParserFree};
+    const base::Owner<std::remove_pointer_t<XML_Parser>, XML_ParserFree> parser{XML_ParserCreate(nullptr)};
     if (!parser)
         return TQ_ERR_NO_MEMORY;
     Reader reader{records};

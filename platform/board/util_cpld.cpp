@@ -9,6 +9,7 @@
 
 #include <climits>
 
+#include "base/fd.hpp"
 #include "platform/board/c_api.hpp"
 #include "platform/trace/tq_trace.hpp"
 
@@ -74,14 +75,10 @@ int set_operation(int on)
     const board::Board *board = board::this_board(error);
     if (board == nullptr)
         return board::fail(ENODEV);
-    const int handle = open_handle(board->cpld.bus);
-    if (handle < 0)
+    const base::Fd handle(open_handle(board->cpld.bus));
+    if (!handle)
         return -1;
-    const int result = write_byte(handle, board->cpld.operation_register, on != 0 ? 1 : 0);
-    const int saved = errno;
-    ::close(handle);
-    errno = saved;
-    return result;
+    return write_byte(handle.get(), board->cpld.operation_register, on != 0 ? 1 : 0);
 }
 
 } // namespace

@@ -276,7 +276,7 @@ struct Loaded {
 
 Board load(const std::string &file)
 {
-    const json::Owner root = json::parse_file(file);
+    const base::Json root = json::parse_file(file);
     Fields fields(root.get(), file);
     Board board;
     board.name = fields.text("name", 31);

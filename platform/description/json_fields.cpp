@@ -30,8 +30,7 @@ std::string bounds(auto min, auto max)
 
 Owner parse(std::string_view text, const std::string &file)
 {
-    const std::unique_ptr<json_tokener, decltype(&json_tokener_free)> tokener(json_tokener_new(),
-                                                                              json_tokener_free);
+    const base::Owner<json_tokener, json_tokener_free> tokener(json_tokener_new());
     if (!tokener)
         throw Error(file + ": out of memory");
     Owner root(json_tokener_parse_ex(tokener.get(), text.data(), static_cast<int>(text.size())));

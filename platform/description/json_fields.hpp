@@ -3,15 +3,14 @@
 // asked for is an error too, so that a misspelt name is not silently ignored.
 #pragma once
 
+#include "base/json.hpp"
+
 #include <cstdint>
-#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <json-c/json.h>
 
 namespace json {
 
@@ -20,10 +19,7 @@ struct Error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-struct Release {
-    void operator()(json_object *object) const { json_object_put(object); }
-};
-using Owner = std::unique_ptr<json_object, Release>;
+using Owner = base::Json;
 
 // Parses a whole text; syntax errors name `file` and the line.
 Owner parse(std::string_view text, const std::string &file);

@@ -5,6 +5,7 @@
 // configuration files and changes the process's locale, and a socket whose sending may wait.
 #include "platform/sinks/trap_encoder.hpp"
 
+#include "base/owner.hpp"
 #include "tq_api.h"
 
 // The first must come before the others.
@@ -15,7 +16,6 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 namespace tq {
@@ -46,14 +46,8 @@ enum Object : oid {
     object_onu_port,
 };
 
-struct PduDeleter {
-    void operator()(netsnmp_pdu *pdu) const { snmp_free_pdu(pdu); }
-};
-using Pdu = std::unique_ptr<netsnmp_pdu, PduDeleter>;
-
-struct Free {
-    void operator()(u_char *memory) const { std::free(memory); }
-};
+using Pdu = base::Owner<netsnmp_pdu, snmp_free_pdu>;
+using Buffer = base::Owner<u_char, std::free>;
 
 // Values of a notification; remembers when one could not be added.
 class Values {
@@ -139,7 +133,7 @@ std::string encode(const Alarm &alarm, const std::string &community, unsigned lo
     session.community_len = community.size();
 
     // The encoder may take a larger buffer in place of this one.
-    std::unique_ptr<u_char, Free> buffer(static_cast<u_char *>(std::malloc(max_size)));
+    Buffer buffer(static_cast<u_char *>(std::malloc(max_size)));
     if (!buffer)
         return {};
     std::size_t size = max_size, used = 0;

@@ -2,6 +2,9 @@
 // Sending datagrams (see udp_receiver.hpp).
 #include "platform/sinks/udp_receiver.hpp"
 
+#include "base/fd.hpp"
+#include "base/owner.hpp"
+
 #include <arpa/inet.h>
 #include <netdb.h>
 #include <sys/socket.h>
@@ -9,7 +12,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <unistd.h>
 
 namespace tq {
 
@@ -23,13 +25,12 @@ int socket_of(int family) noexcept
     int fd = kept.load();
     if (fd >= 0)
         return fd;
-    const int made = ::socket(family, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (made < 0)
-        return made;
-    if (kept.compare_exchange_strong(fd, made))
-        return made;
-    ::close(made); // another thread was faster
-    return fd;
+    base::Fd made(::socket(family, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!made)
+        return -1;
+    if (kept.compare_exchange_strong(fd, made.get()))
+        return made.release(); // kept for good
+    return fd;                 // another thread was faster
 }
 
 } // namespace
@@ -52,12 +53,12 @@ std::optional<UdpReceiver> UdpReceiver::at(const std::string &address, std::uint
     how.ai_family = AF_INET6;
     how.ai_socktype = SOCK_DGRAM;
     how.ai_flags = AI_NUMERICHOST;
-    addrinfo *found = nullptr;
-    if (::getaddrinfo(address.c_str(), nullptr, &how, &found) != 0)
+    addrinfo *list = nullptr;
+    if (::getaddrinfo(address.c_str(), nullptr, &how, &list) != 0)
         return std::nullopt;
+    const base::Owner<addrinfo, ::freeaddrinfo> found(list);
     receiver.size_ = found->ai_addrlen;
     std::memcpy(&receiver.address_, found->ai_addr, found->ai_addrlen);
-    ::freeaddrinfo(found);
     reinterpret_cast<sockaddr_in6 &>(receiver.address_).sin6_port = htons(port);
     return receiver;
 }

@@ -5,6 +5,7 @@
 // that does not read what it is sent counts as one that is away.
 // The event loop's thread connects and receives; any thread may send.
 #include "base/fd.hpp"
+#include "base/owner.hpp"
 #include "platform/board/service_bus_protocol.hpp"
 #include "platform/description/board_description.hpp"
 #include "platform/trace/tq_trace.hpp"
@@ -32,10 +33,7 @@ using board::ServiceBusCommand;
 
 constexpr long retry_ms = 1000;
 
-struct StreamFree {
-    void operator()(struct stream *stream) const noexcept { stream_free(stream); }
-};
-using StreamOwner = std::unique_ptr<struct stream, StreamFree>;
+using StreamOwner = base::Owner<struct stream, stream_free>;
 
 void put_header(struct stream *stream, std::uint16_t command) noexcept
 {

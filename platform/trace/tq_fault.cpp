@@ -3,6 +3,8 @@
 // call: a change counts from the next call on, however fast it follows the last.
 #include "platform/trace/tq_trace.hpp"
 
+#include "base/fd.hpp"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
@@ -46,14 +48,13 @@ Table &table()
 std::string read_file(const char *path)
 {
     std::string content;
-    const int fd = open(path, O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
+    const base::Fd fd(open(path, O_RDONLY | O_CLOEXEC));
+    if (!fd)
         return content;
     char buffer[1024];
     ssize_t size;
-    while ((size = read(fd, buffer, sizeof buffer)) > 0)
+    while ((size = read(fd.get(), buffer, sizeof buffer)) > 0)
         content.append(buffer, static_cast<std::size_t>(size));
-    close(fd);
     return content;
 }
 

@@ -2,6 +2,8 @@
 // Call trace of the platform libraries: building a line and appending it with one write.
 #include "platform/trace/tq_trace.hpp"
 
+#include "base/fd.hpp"
+
 #include <atomic>
 #include <cinttypes>
 #include <cstdio>
@@ -37,12 +39,10 @@ std::atomic<std::uint64_t> &sequence() noexcept
         char name[4096];
         if (!path || std::snprintf(name, sizeof name, "%s.seq", path) >= static_cast<int>(sizeof name))
             return own;
-        const int fd = open(name, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+        const base::Fd fd(open(name, O_RDWR | O_CREAT | O_CLOEXEC, 0666));
         void *memory = MAP_FAILED;
-        if (fd >= 0 && ftruncate(fd, sizeof(Counter)) == 0)
-            memory = mmap(nullptr, sizeof(Counter), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-        if (fd >= 0)
-            close(fd);
+        if (fd && ftruncate(fd.get(), sizeof(Counter)) == 0)
+            memory = mmap(nullptr, sizeof(Counter), PROT_READ | PROT_WRITE, MAP_SHARED, fd.get(), 0);
         return memory == MAP_FAILED ? own : *static_cast<Counter *>(memory);
     }();
     return shared;
