@@ -7,10 +7,10 @@
 
 #include "diagd/board/cage.hpp"
 #include "diagd/board/records.hpp"
-#include "diagd/transceiver/decode/vendor_text.hpp"
 #include "diagd/transceiver/memory/access.hpp"
 #include "diagd/transceiver/memory/idprom_layout.hpp"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace diagd {
@@ -31,7 +31,7 @@ std::string read_text(std::uint32_t handle, MemoryField field)
 {
     std::vector<std::uint8_t> bytes(field.length);
     transceiver_read_block(handle, first_path.id, field.first, bytes.data(), field.length);
-    return vendor_text(bytes);
+    return {bytes.begin(), std::ranges::find(bytes, std::uint8_t{0})};
 }
 
 ModuleIdentity read_sfp_identity(std::uint32_t handle)

@@ -21,6 +21,7 @@ struct Interface {
 // "GE slot/port" or, with the word that the display has for PON ports, "<word> slot/port".
 [[nodiscard]] std::string interface_name(const Interface &interface, const char *pon_word);
 
+// Bytes of the module up to the first zero byte, padding included.
 struct ModuleIdentity {
     std::string vendor_name, vendor_revision, vendor_serial_number;
 };

@@ -2,6 +2,7 @@
 // Text displays of a module's identification (see idprom_text.hpp).
 #include "diagd/transceiver/show/idprom_text.hpp"
 
+#include "base/printable.hpp"
 #include "diagd/transceiver/memory/access.hpp"
 #include "diagd/transceiver/show/text_rows.hpp"
 
@@ -20,6 +21,12 @@ void append_row(std::string &out, const char *label, std::string_view value)
 {
     append(out, "%-31s:    ", label);
     append_line(out, value);
+}
+
+// A text that the module's maker has chosen.
+void append_module_text(std::string &out, const char *label, std::string_view text)
+{
+    append_row(out, label, base::printable(text));
 }
 
 std::string hex_list(std::span<const std::uint8_t> bytes, const char *prefix)
@@ -68,20 +75,20 @@ void append_general(std::string &out, const Idprom &idprom)
 
 void append_vendor(std::string &out, const Idprom &idprom)
 {
-    append_row(out, "Vendor Name", idprom.vendor_name);
+    append_module_text(out, "Vendor Name", idprom.vendor_name);
     append_row(out, "Vendor OUI", hex_list(idprom.vendor_oui, ""));
-    append_row(out, "Vendor Part Number", idprom.part_number);
-    append_row(out, "Vendor Revision", idprom.revision);
-    append_row(out, "Vendor Serial Number", idprom.serial_number);
+    append_module_text(out, "Vendor Part Number", idprom.part_number);
+    append_module_text(out, "Vendor Revision", idprom.revision);
+    append_module_text(out, "Vendor Serial Number", idprom.serial_number);
 }
 
 void append_manufacture(std::string &out, const Idprom &idprom)
 {
     append_line(out, "Manufacture Information");
     append_line(out, block_rule);
-    append_row(out, "Manufacture Serial Number", idprom.serial_number);
-    append_row(out, "Manufacture Date", "20" + idprom.date_code);
-    append_row(out, "Vendor Name", idprom.vendor_name);
+    append_module_text(out, "Manufacture Serial Number", idprom.serial_number);
+    append_module_text(out, "Manufacture Date", "20" + idprom.date_code);
+    append_module_text(out, "Vendor Name", idprom.vendor_name);
 }
 
 void append_dump(std::string &out, const Idprom &idprom)

@@ -72,6 +72,18 @@ def dump(data):
 BLOCK_RULE, DUMP_RULE = 53 * "-", 43 * "="
 
 
+def on_terminal(field):
+    """A module's text as a session gets it: "?" for each character that a terminal would obey."""
+    def obeyed(character):
+        code = ord(character)
+        alone = code - 0xDC00 if 0xDC80 <= code <= 0xDCFF else None  # a byte that is no UTF-8
+        return (code < 0x20 and character != "\t") or 0x7F <= code <= 0x9F or alone in (*range(0x80, 0xA0), 0xFF)
+
+    text = field.decode("utf-8", "surrogateescape")
+    return "".join("?" if obeyed(character) else character for character in text).encode(
+        "utf-8", "surrogateescape").decode("latin-1")
+
+
 def idprom(memory, block=None):
     """The display as it arrives at a session, of a module whose memory(address, register) is a byte.
     block: "vendor" or "manufacture" alone."""
@@ -80,7 +92,7 @@ def idprom(memory, block=None):
         return bytes(memory(address, register) for register in range(first, last + 1))
 
     def text(first, last):
-        return some(first, last).split(b"\0")[0].decode("latin-1")
+        return on_terminal(some(first, last).split(b"\0")[0])
 
     def code(register):
         return memory(0x50, register)

@@ -99,17 +99,36 @@ def test_a_module_pulled_in_the_middle_of_the_dump_leaves_zeros_from_there_on(ol
     assert session.run(SHOW) == ("Interface gpon 0/1 transceiver is absent.\r\n", SUCCESS)
 
 
-@pytest.mark.parametrize("block", ["", " vendor", " manufacture"])
-def test_texts_are_shown_as_they_are_up_to_their_first_zero_byte(olt, session, block):
-    field = b'%s%n\\"\x01\x1b[2J\x7f\x80\xff\xc3\xa9'
-    texts = {20: field, 40: b"\xff" * 16, 56: b"\t\r\n\x08", 68: b"A\0hidden behind 0", 84: b"\xfe\xfd\xfc\xfb\xfa\xf9\xf8\xf7"}
-    page = memory({0: 3} | {at: text[:16] for at, text in texts.items()})
-    plug(olt, "gpon", 1, page, A2_PAGE)
-    pages = {0x50: page, 0x51: A2_PAGE}
-    text, rc = session.run(SHOW + block)
-    assert (text, rc) == (idprom(lambda at, register: pages[at][register], block.strip() or None), SUCCESS)
-    assert "hidden" not in text
-    assert session.run("show idprom interface gpon 0/9") == ("GPON 0/9 not exist\r\n", SUCCESS)
+# Sessions carry bytes.  What a terminal would obey is "?", one for each character.
+@pytest.mark.parametrize("field, shown", [
+    (b"A\0hidden behind 0", "A"),
+    (b'%s%n\\"\xc3\xa9 \xe2\x82\xac', '%s%n\\"\xc3\xa9 \xe2\x82\xac'),
+    (b"\x01\x1b[2J\x7f\r\n\x08\tz", "??[2J????\tz"),
+    (b"\xc2\x9b2J\xc2\x80\xc2\x9f\xc2\xa0", "?2J??\xc2\xa0"),
+    (b"\x9b2J\x80\x9f\xa0\xfe\xff", "?2J??\xa0\xfe?"),
+    (b"\xe2\x82\x9b\xe2\x82", "\xe2\x82\x9b\xe2?"),
+    (b"\xff" * 16, "?" * 16),
+], ids=["zero", "text", "C0", "C1", "bytes", "inside", "erased"])
+def test_texts_are_shown_as_a_terminal_may_have_them_up_to_their_first_zero_byte(olt, session, field, shown):
+    plug(olt, "gpon", 1, memory({0: 3, 20: field[:16], 40: field[:16], 56: field[:4], 68: field[:16], 84: field[:8]}), A2_PAGE)
+    for block, labels in {
+        "": ["Vendor Name", "Vendor Part Number", "Vendor Serial Number", "Manufacture Serial Number", "Vendor Name"],
+        " vendor": ["Vendor Name", "Vendor Part Number", "Vendor Serial Number"],
+        " manufacture": ["Manufacture Serial Number", "Vendor Name"],
+    }.items():
+        text, rc = session.run(SHOW + block)
+        assert rc == SUCCESS and "hidden" not in text
+        assert text.count(f":    {shown}\r\n") >= len(labels)
+        for label in labels:
+            assert f"\r\n{label:<31}:    {shown}\r\n" in "\r\n" + text
+
+
+def test_the_revision_and_the_date_are_shown_as_a_terminal_may_have_them(olt, session):
+    plug(olt, "gpon", 1, memory({0: 3, 56: b"\x1b[2J"[:4], 84: b"25\x0701\x9b7\xff"}), A2_PAGE)
+    text, rc = session.run(SHOW)
+    assert rc == SUCCESS
+    assert "\r\nVendor Revision                :    ?[2J\r\n" in text
+    assert "\r\nManufacture Date               :    2025?01?7?\r\n" in text
 
 
 # --- reports of failed accesses

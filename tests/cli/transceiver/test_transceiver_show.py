@@ -285,6 +285,13 @@ def test_json_stays_readable_whatever_the_vendor_fields_hold(olt):
     assert found["vendorSerialNumber"] == ""
 
 
+def test_json_escapes_what_a_terminal_would_obey(olt):
+    plug(olt, "gpon", 1, *path(id_page={20: b"\x1b[2J\x7f\xc2\x80\xc2\x9f\xc2\xa0"}))
+    text = olt.run("show transceiver json")[0]
+    assert r'"vendorName":"\u001b[2J\u007f\u0080\u009f' in text.replace(": ", ":")
+    assert module(olt, "PON 0/1")["vendorName"] == "\x1b[2J\x7f\x80\x9f\xa0"
+
+
 # --- what it does to the board
 
 def board_calls(olt, command):

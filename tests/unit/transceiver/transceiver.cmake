@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 diagd_unit_test(optical_values_test optical_values_test.cpp LIBS transceiver_decode)
 diagd_unit_test(sff_text_test sff_text_test.cpp LIBS transceiver_decode)
-diagd_unit_test(vendor_text_test vendor_text_test.cpp LIBS transceiver_decode)
 
 # The unit as it is, on a board made of recording doubles in place of the platform libraries.
 foreach(test access commands pon_optics module_listing show_text show_json idprom idprom_text rssi_txdis
