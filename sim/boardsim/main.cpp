@@ -13,16 +13,16 @@
 
 #include "platform/board/service_bus_protocol.hpp"
 #include "platform/board/sim_protocol.hpp"
+#include "sim/boardsim/board_folder.hpp"
 #include "sim/boardsim/board_state.hpp"
-#include "sim/boardsim/bus_service.hpp"
-#include "sim/boardsim/control_service.hpp"
-#include "sim/boardsim/drift.hpp"
+#include "sim/boardsim/bus/bus_service.hpp"
+#include "sim/boardsim/bus/service_bus.hpp"
+#include "sim/boardsim/control/control_service.hpp"
+#include "sim/boardsim/control/verbs.hpp"
+#include "sim/boardsim/devices/front_panel.hpp"
 #include "sim/boardsim/event_loop.hpp"
-#include "sim/boardsim/front_panel.hpp"
+#include "sim/boardsim/physics/drift.hpp"
 #include "sim/boardsim/population.hpp"
-#include "sim/boardsim/service_bus.hpp"
-#include "sim/boardsim/sockets.hpp"
-#include "sim/boardsim/verbs.hpp"
 #include "sim/modules/text.hpp"
 
 namespace {

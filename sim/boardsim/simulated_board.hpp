@@ -4,13 +4,13 @@
 
 #include <functional>
 
-#include "sim/boardsim/cages.hpp"
-#include "sim/boardsim/cpld.hpp"
-#include "sim/boardsim/faults.hpp"
-#include "sim/boardsim/i2c_devices.hpp"
-#include "sim/boardsim/phys.hpp"
-#include "sim/boardsim/sensors.hpp"
-#include "sim/boardsim/transaction_log.hpp"
+#include "sim/boardsim/bus/faults.hpp"
+#include "sim/boardsim/bus/transaction_log.hpp"
+#include "sim/boardsim/devices/cages.hpp"
+#include "sim/boardsim/devices/cpld.hpp"
+#include "sim/boardsim/devices/i2c_devices.hpp"
+#include "sim/boardsim/devices/lm75.hpp"
+#include "sim/boardsim/devices/phys.hpp"
 
 namespace sim {
 

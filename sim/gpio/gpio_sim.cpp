@@ -17,7 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "sim/boardsim/gpio_file.hpp"
+#include "sim/boardsim/devices/gpio_file.hpp"
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
 

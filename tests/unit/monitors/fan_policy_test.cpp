@@ -2,7 +2,7 @@
 // The fan policy: its borders, its ratchet, and days of it on the simulated board.
 #include "diagd/monitors/fan/fan_policy.hpp"
 
-#include "sim/boardsim/thermal.hpp"
+#include "sim/boardsim/physics/thermal.hpp"
 
 #include <gtest/gtest.h>
 

@@ -13,4 +13,3 @@ diagd_unit_test(button_policy_test button_policy_test.cpp)
 
 diagd_unit_test(uevent_parser_test uevent_parser_test.cpp)
 
-diagd_unit_test(thermal_test thermal_test.cpp LIBS sim_board)
