@@ -9,7 +9,7 @@
 #   shell        diagsh
 #   development  the C headers of the platform libraries
 # Nothing of it is looked for where the build was: programs find the libraries by their place, in a folder of their
-# own, since a box may have a libfrr of another make.
+# own, since a box may have a libfrr of another make.  The manual page of a program goes with it.
 include(GNUInstallDirs)
 set(libraries_dir ${CMAKE_INSTALL_LIBDIR}/diagd)
 set(data_dir ${CMAKE_INSTALL_DATADIR}/diagd)
@@ -24,12 +24,32 @@ function(diagd_install component destination)
           LIBRARY DESTINATION ${destination} COMPONENT ${component})
 endfunction()
 
+# diagd_manual(COMPONENT PAGE...)
+function(diagd_manual component)
+  foreach(page IN LISTS ARGN)
+    set(source ${CMAKE_SOURCE_DIR}/docs/man/${page}.md)
+    set(made ${CMAKE_BINARY_DIR}/man/${page})
+    add_custom_command(
+      OUTPUT ${made}
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/man
+      COMMAND /usr/bin/python3 -B ${CMAKE_SOURCE_DIR}/tools/make_man.py ${source} ${PROJECT_VERSION} > ${made}
+      DEPENDS ${source} ${CMAKE_SOURCE_DIR}/tools/make_man.py ${CMAKE_SOURCE_DIR}/VERSION
+      VERBATIM)
+    add_custom_target(manual_${page} ALL DEPENDS ${made})
+    string(REGEX REPLACE ".*[.]" "man" section ${page})
+    install(FILES ${made} DESTINATION ${CMAKE_INSTALL_MANDIR}/${section} COMPONENT ${component})
+  endforeach()
+endfunction()
+
 diagd_install(daemon ${CMAKE_INSTALL_SBINDIR} diagd)
+diagd_manual(daemon diagd.8)
 diagd_install(platform ${libraries_dir} tqapi tqdatabase tqtrap util_cpld util_i2c util_phy)
 diagd_install(simulator ${CMAKE_INSTALL_SBINDIR} boardsim)
 diagd_install(simulator ${CMAKE_INSTALL_BINDIR} boardctl)
 diagd_install(simulator ${libraries_dir} gpio_sim)
+diagd_manual(simulator boardctl.1 boardsim.8)
 diagd_install(shell ${CMAKE_INSTALL_BINDIR} diagsh)
+diagd_manual(shell diagsh.1)
 
 install(DIRECTORY platform/database/yang platform/mibs DESTINATION ${data_dir} COMPONENT platform)
 install(DIRECTORY sim/boards sim/modules DESTINATION ${data_dir} COMPONENT simulator FILES_MATCHING PATTERN *.json)

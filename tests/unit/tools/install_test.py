@@ -16,7 +16,7 @@ PROJECT = Path(__file__).resolve().parents[3]
 BUILD = Path(sys.argv.pop(1)).resolve()
 VERSION = (PROJECT / "VERSION").read_text().strip()
 EXPECTED = {
-    "daemon": ["sbin/diagd"],
+    "daemon": ["sbin/diagd", "share/man/man8/diagd.8"],
     "platform": [
         "lib/diagd/libtqapi.so",
         "lib/diagd/libtqdatabase.so",
@@ -56,8 +56,10 @@ EXPECTED = {
         "share/diagd/modules/sfp-850.json",
         "share/diagd/modules/sfp-unsupported.json",
         "share/diagd/modules/xgpon-1577.json",
+        "share/man/man1/boardctl.1",
+        "share/man/man8/boardsim.8",
     ],
-    "shell": ["bin/diagsh"],
+    "shell": ["bin/diagsh", "share/man/man1/diagsh.1"],
     "development": [
         "include/diagd/tq_api.h",
         "include/diagd/tq_board.h",
