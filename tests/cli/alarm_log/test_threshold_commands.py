@@ -4,8 +4,9 @@ import json
 
 import pytest
 from alarm_fixtures import calls_of, olt  # noqa: F401
+from alarm_words import ACTIONS
 from calls import of
-from threshold_fixtures import ACTIONS, BOARD_ALARMS, OPTICAL_NAMES, PON_ALARMS, store_thresholds
+from threshold_fixtures import BOARD_ALARMS, OPTICAL_NAMES, PON_ALARMS, store_thresholds
 from traced_fixtures import no_faults  # noqa: F401
 
 WRONG = ("wrong threshold value.\r\n", 0)

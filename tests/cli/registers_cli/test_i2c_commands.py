@@ -1,18 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Raw I2C devices, by hand: what is asked of the I2C library, in which order, and what is shown."""
 import pytest
-from calls import of
 from olt import PROJECT, wait_until
-from register_commands import board_semaphore_calls, install_row, installed_rows, run
+from register_commands import board_semaphore_calls, run
 from traced_fixtures import no_faults  # noqa: F401
 
-COMMANDS = [
-    install_row("debug_i2c_read", "i2c (0-3) read SLAVE_ADDR_HEX REG_ADDR_HEX [LENGTH_DEC]", "Misc I2C command", "I2C bus.",
-                "I2C read.", "I2C slave address.", "Register address.", "Length."),
-    install_row("debug_i2c_write", "i2c (0-3) write SLAVE_ADDR_HEX REG_ADDR_HEX VALUE_HEX", "Misc I2C command", "I2C bus.",
-                "I2C write.", "I2C slave address.", "Register address.", "Register value."),
-    install_row("debug_i2c", "[no] debug i2c", "Negate a command or set its defaults", "Debugging functions", "I2C DEBUG"),
-]
 CPLD = "60"  # on bus 0: a device of 256 bytes, here with values of the test's own from register 0x80 on
 FIRST = 0x80
 
@@ -32,17 +24,6 @@ def shown(values):
     """As the command shows bytes: two line ends, sixteen values to a line, a line end."""
     lines = ["".join(f"0x{value:04x} " for value in values[at : at + 16]) for at in range(0, len(values), 16)]
     return "\r\n" + "".join("\r\n" + line for line in lines) + "\r\n"
-
-
-def test_the_commands_are_installed_in_their_order_with_their_words_and_help(olt):
-    assert installed_rows(olt, COMMANDS) == COMMANDS
-
-
-def test_phy_commands_come_before_i2c_commands_and_both_before_those_of_diagnosis(olt):
-    names = [call.values["cmd"] for call in of(olt.trace(), "install_element")]
-    places = [names.index(f"{name}_cmd") for name in ("debug_phy_read", "debug_phy", "debug_i2c_read", "debug_i2c",
-                                                      "show_alarm_log", "show_debugging")]
-    assert places == sorted(places)
 
 
 @pytest.mark.parametrize("node", ["enable", "config"])

@@ -1,22 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Registers of the Ethernet PHYs, by hand: what is asked of the PHY library, in which order, and what is shown."""
 import pytest
-from register_commands import board_semaphore_calls, install_row, installed_rows, run
+from register_commands import board_semaphore_calls, run
 from traced_fixtures import olt  # noqa: F401
 
-HELP = "PHY configuration commands"
-COMMANDS = [
-    install_row("debug_phy_read", "phy read PHY_ID_HEX REG_HEX [<ieee|rdb|clause45 DEVAD>]", HELP, "Read PHY information.",
-                "Specify phy id.", "Specify get phy reg.", "IEEE Registers.", "RDB Registers.", "Clause 45 Registers.",
-                "Device Address."),
-    install_row("debug_phy_write", "phy write PHY_ID_HEX REG_HEX VALUE_HEX", HELP, "Write PHY.", "Specify phy id.",
-                "Specify set phy reg.", "Specify phy reg value."),
-    install_row("debug_phy_info", "phy info PHY_ID_HEX", HELP, "Show PHY information.", "Specify phy id."),
-    install_row("debug_phy_reset", "phy reset PHY_ID_HEX", HELP, "Reset PHY.", "Specify phy id."),
-    install_row("debug_phy_dump", "phy dump PHY_ID_HEX [<ieee|rdb|clause45>]", HELP, "Dump PHY information.",
-                "Specify phy id.", "IEEE Registers.", "RDB Registers.", "Clause 45 Registers."),
-    install_row("debug_phy", "[no] debug phy", "Negate a command or set its defaults", "Debugging functions", "PHY DEBUG"),
-]
 
 
 @pytest.fixture(autouse=True)
@@ -32,10 +19,6 @@ def restored(olt):
 
 def read(phy, reg, value=None):
     return f"read {phy} {reg:#x}" + ("" if value is None else f" = {value:#x}")
-
-
-def test_the_commands_are_installed_in_their_order_with_their_words_and_help(olt):
-    assert installed_rows(olt, COMMANDS) == COMMANDS
 
 
 @pytest.mark.parametrize("node", ["enable", "config"])

@@ -2,21 +2,6 @@
 """What the PHY and I2C commands do, in words."""
 from calls import of
 
-DIAGNOSE = "133"
-
-
-def install_row(name, grammar, *help_lines):
-    """A visible command of the diagnostics node as it is installed."""
-    return (DIAGNOSE, f"{name}_cmd", "0", grammar, "".join(line + "\n" for line in help_lines))
-
-
-def installed_rows(olt, expected):
-    """What was installed under the expected names, in the order of the installing."""
-    names = {row[1] for row in expected}
-    return [tuple(call.values[key] for key in ("node", "cmd", "hidden", "str", "doc"))
-            for call in of(olt.trace(), "install_element") if call.values["cmd"] in names]
-
-
 def _number(values, name):
     return int(values[name], 0)
 

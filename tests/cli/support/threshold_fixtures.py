@@ -5,17 +5,14 @@ import os
 import pytest
 from alarm_fixtures import edit_database, let_changes_be_heard
 from calls import of, read_trace
+from command_table import SETS
 from olt import wait_until
 
 MONITOR = "alarm_log_threshold_monitor"
 FETCH = "db_olt_alarm_log_show_xml_threshold"  # the first call of a pass; arming the timer is the last
 ARM = "thread_add_timer"
 BOARD_ALARMS = {"temp-high": 102, "temp-low": 103, "cpu-usage-high": 104, "mem-usage-high": 105}
-PON_ALARMS = ["pon-txpower-high", "pon-txpower-low", "pon-txbias-high", "pon-txbias-low", "pon-vcc-high", "pon-vcc-low",
-              "pon-temp-high", "pon-temp-low"]
-OPTICAL_NAMES = ["tx_power_high", "tx_power_low", "tx_bias_high", "tx_bias_low", "vcc_high", "vcc_low", "temp_high",
-                 "temp_low"]
-ACTIONS = ["print", "record", "trap", "remote"]
+PON_ALARMS, OPTICAL_NAMES = SETS["PON_THRESHOLD"], SETS["OPTICAL_NAME"]
 
 
 def start_hurried(olt, ms=20, env=None):

@@ -14,6 +14,7 @@ diagd_unit_test(text_test text_test.cpp)
 
 # All units: the alarm log reaches into several of them.
 list(TRANSFORM diagd_units PREPEND diagd_ OUTPUT_VARIABLE unit_targets)
-diagd_unit_test(install_order_test install_order_test.cpp LIBS ${unit_targets} diagd_alarm_log_sysrepo
+diagd_unit_test(install_order_test install_order_test.cpp command_table.cpp LIBS ${unit_targets} diagd_alarm_log_sysrepo
                 transceiver_decode platform_headers deps::frr deps::jsonc deps::sysrepo tqapi tqdatabase util_cpld
                 util_i2c util_phy)
+target_compile_definitions(install_order_test PRIVATE COMMAND_TABLE="${CMAKE_SOURCE_DIR}/tests/commands.txt")

@@ -1,0 +1,54 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The commands that the daemon has to install: tests/commands.txt, which says how it is written."""
+
+from dataclasses import dataclass
+
+from olt import PROJECT
+
+NODES = {"config": 4, "fan": 97, "gpon": 124, "xgpon": 125, "diagnose": 133, "alarm-log": 155}
+CONFIG, FAN, GPON, XGPON, DIAGNOSE, ALARM_LOG = NODES.values()
+# Nodes that the daemon makes, in their order; it only installs into the others.
+OWN_NODES = [(FAN, "fan"), (ALARM_LOG, "alarm-log"), (GPON, "gpon"), (XGPON, "xgpon")]
+
+
+@dataclass(frozen=True)
+class Command:
+    node: int
+    name: str
+    grammar: str
+    help: tuple[str, ...] | None  # None: any that explains each word
+    hidden: bool
+
+
+def _blocks():
+    """Title, lines and help lines of each set and each command."""
+    text = (PROJECT / "tests" / "commands.txt").read_text()
+    for block in text.split("\n\n"):
+        lines = [line for line in block.splitlines() if not line.startswith("#")]
+        if lines:
+            title, *rest = lines
+            yield (title.split(), [line.strip() for line in rest if not line.startswith("  - ")],
+                   [line.removeprefix("  - ") for line in rest if line.startswith("  - ")])
+
+
+def _read():
+    sets, commands = {}, []
+    for title, lines, help_lines in _blocks():
+        if title[0] == "set":
+            words = " ".join(lines).split()
+            each = any("{}" in line for line in help_lines)
+            sets[title[1]] = words, [line.replace("{}", word) for word in (words if each else [""]) for line in help_lines]
+            continue
+        (grammar,) = lines
+        for name, (words, _) in sets.items():
+            grammar = grammar.replace(f"{{{name}}}", f"<{'|'.join(words)}>")
+        texts = [text for line in help_lines for text in (sets[line[1:-1]][1] if line.startswith("{") else [line])]
+        nodes, name, *hidden = title
+        assert hidden in ([], ["hidden"]), title
+        commands += [Command(NODES[node], f"{name}_cmd", grammar, tuple(texts) or None, bool(hidden))
+                     for node in nodes.split(",")]
+    return {name: words for name, (words, _) in sets.items()}, commands
+
+
+# Alternatives that commands share, by name, and all commands in their order.
+SETS, COMMANDS = _read()
