@@ -45,6 +45,13 @@ def test_the_index_is_what_the_daemon_lists(olt):
     assert present == index(commands_of), "run tools/command_index.py"
 
 
+def test_the_manual_page_of_boardctl_has_every_verb(olt):
+    page = (PROJECT / "docs" / "man" / "boardctl.1.md").read_text()
+    verbs = [re.match(r"[a-z]+(?: [a-z]+(?![|\w]))?", line)[0] for line in olt.boardctl("help").splitlines()]
+    assert len(verbs) > 40
+    assert [verb for verb in verbs if f"`boardctl {verb}" not in page and verb != "help"] == []
+
+
 @pytest.mark.parametrize("page", PAGES, ids=name_of)
 def test_the_contents_list_every_group(page):
     listed = re.findall(r"^- \[([^]]+)\]\(#([^)]+)\)", page.read_text(), re.MULTILINE)
