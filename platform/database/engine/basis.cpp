@@ -2,8 +2,8 @@
 // What a connection stands on.
 #include "platform/database/engine/basis.hpp"
 
-#include "platform/database/model/settings.hpp"
 #include "platform/database/engine/shared_state.hpp"
+#include "platform/database/model/settings.hpp"
 #include "tq_errno.h"
 
 #include <sys/stat.h>

@@ -13,9 +13,9 @@
 #include "platform/database/engine/basis.hpp"
 #include "platform/database/engine/file_lock.hpp"
 #include "platform/database/engine/mirror.hpp"
-#include "platform/database/model/settings.hpp"
 #include "platform/database/engine/shared_state.hpp"
 #include "platform/database/engine/sr_error.hpp"
+#include "platform/database/model/settings.hpp"
 #include "tq_database.h"
 
 #include <atomic>
