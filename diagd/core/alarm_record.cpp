@@ -6,28 +6,66 @@
 
 #include "tq_api.h"
 
+#include <sys/sem.h>
+
+#include <condition_variable>
 #include <mutex>
+
+namespace diagd {
 
 namespace {
 
-// Keeps the database from being closed under a thread that files a record.
-std::mutex filing;
+std::mutex mutex;
+std::condition_variable changed;
+int in_the_making = 0;
 bool stopped = false;
+
+bool begin() noexcept
+{
+    const std::lock_guard lock{mutex};
+    if (!stopped)
+        ++in_the_making;
+    return !stopped;
+}
+
+void end() noexcept
+{
+    {
+        const std::lock_guard lock{mutex};
+        --in_the_making;
+    }
+    changed.notify_all();
+}
 
 } // namespace
 
-void diagd::file_alarm(std::uint16_t code, AlarmState state, const char *message) noexcept
+void file_alarm(std::uint16_t code, AlarmState state, const char *message) noexcept
 {
     tq_alarm_req_t request{};
     request.alarm_id = code;
     request.state = static_cast<std::uint32_t>(state);
-    const std::lock_guard lock{filing};
-    if (!stopped)
-        cli_log(&g_diagd_db, &request, "%s", message);
+    if (!begin())
+        return;
+    cli_log(&g_diagd_db, &request, "%s", message);
+    end();
 }
 
-void diagd::stop_filing_alarms() noexcept
+bool stop_filing_alarms(std::chrono::milliseconds limit) noexcept
 {
-    const std::lock_guard lock{filing};
+    std::unique_lock lock{mutex};
     stopped = true;
+    return changed.wait_for(lock, limit, [] { return in_the_making == 0; });
 }
+
+void keep_alarm_store(std::chrono::milliseconds limit) noexcept
+{
+    struct sembuf take {
+        .sem_num = 0, .sem_op = -1, .sem_flg = SEM_UNDO
+    };
+    const struct timespec longest {
+        .tv_sec = limit.count() / 1000, .tv_nsec = limit.count() % 1000 * 1'000'000
+    };
+    semtimedop(alarm_log_sem_id, &take, 1, &longest);
+}
+
+} // namespace diagd

@@ -2,6 +2,7 @@
 // Alarm records of the board itself: a code of the catalogue, a state, a text.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 
 namespace diagd {
@@ -13,10 +14,17 @@ enum class AlarmState : std::uint32_t {
     event = 2, // something that happened, with no end of its own
 };
 
-// Files a record; from any thread.  A record that cannot be filed is the alarm library's to report.
+// Files a record; from any thread.  Waits for the alarm store while another process has it.  A record that
+// cannot be filed is the alarm library's to report.
 void file_alarm(std::uint16_t code, AlarmState state, const char *message) noexcept;
 
-// Waits for the record being filed and drops all that come: the database is about to go.
-void stop_filing_alarms() noexcept;
+// From now on records are dropped: the database is about to go.  Waits until those in the making are filed,
+// but no longer than `limit`; false when one still is not.
+[[nodiscard]] bool stop_filing_alarms(std::chrono::milliseconds limit) noexcept;
+
+// For a process that ends while one of its threads waits for the alarm store.  Takes the store for the rest
+// of the process, so that the thread cannot begin with a record which it has no time to finish; waits `limit`
+// at most, after which it is still somebody else's.  The kernel gives it back.
+void keep_alarm_store(std::chrono::milliseconds limit) noexcept;
 
 } // namespace diagd

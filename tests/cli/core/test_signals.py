@@ -4,7 +4,9 @@ import os
 import signal
 
 import pytest
+from calls import of
 from olt import wait_until
+from semaphore_holder import alarms_held, board_held
 
 RUNNING = "show running-config"
 
@@ -141,3 +143,73 @@ def test_ending_twice_is_ending_once(fresh_olt):
     except ProcessLookupError:
         pass
     assert fresh_olt.wait_end() == 0
+
+
+END = pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["terminate", "interrupt"])
+
+
+@END
+def test_a_monitor_that_waits_for_the_alarm_store_does_not_keep_the_daemon_from_ending(cold_olt, number):
+    olt = cold_olt
+    olt.start(trace=True)
+    olt.wait_log("Power1 Up")
+    with alarms_held(olt):
+        olt.boardctl("power", 0x02)
+        wait_until(lambda: olt.sem_waiters("alarm") >= 1, "a monitor waits for the store")
+        before = len(olt.trace())
+        assert olt.run("show version")[1] == 0
+        assert olt.kill(number) == 0
+        assert len(of(olt.trace()[before:], "database_disconnect")) == 1
+        assert olt.sem_value("alarm") == 0, "it is still somebody else's"
+    assert olt.log().count("Terminating on signal\n") == 1
+    olt.wait_free("alarm")
+    olt.start()
+    assert olt.run("alarm-log debug send id 77 message after-the-end")[1] == 0
+    assert "    after-the-end\n" in olt.run("show alarm-log")[0]
+
+
+@pytest.mark.slow
+def test_a_store_that_comes_free_at_the_end_is_left_whole(fresh_olt):
+    """The monitor that waits for it gets it while the daemon ends, or never."""
+    olt = fresh_olt
+    for supplies in (0x02, 0x03, 0x02, 0x03):
+        wait_until(lambda: olt.run("show alarm-log")[0].count("Power2 Up"), "the first look at the supplies")
+        with alarms_held(olt) as release:
+            olt.boardctl("power", supplies)
+            wait_until(lambda: olt.sem_waiters("alarm") >= 1, "a monitor waits for the store")
+            olt.send_signal(signal.SIGTERM)
+            release()
+        assert olt.wait_end() == 0
+        olt.wait_free("alarm")
+        olt.start()
+    *lines, count = olt.run("show alarm-log")[0].splitlines()
+    assert count == f"alarm log count: {len(lines)}"
+    assert all(line.endswith((" Up", " Down", "!")) for line in lines), lines
+
+
+@END
+def test_a_monitor_that_waits_for_the_board_does_not_keep_the_daemon_from_ending(fresh_olt, number):
+    with board_held(fresh_olt):
+        wait_until(lambda: fresh_olt.sem_waiters("board") >= 1, "a monitor waits for the board")
+        assert fresh_olt.kill(number) == 0
+    fresh_olt.wait_free("board")
+
+
+def test_a_database_that_does_not_let_go_does_not_keep_the_daemon_from_ending(cold_olt):
+    cold_olt.faults("database_disconnect delay_ms=600000")
+    cold_olt.start(trace=True)
+    assert cold_olt.kill(signal.SIGTERM) == 0
+
+
+def test_what_the_event_loop_does_is_finished_before_the_end(cold_olt):
+    olt = cold_olt
+    olt.start(trace=True)
+    with alarms_held(olt) as release, olt.vty() as session:
+        session.send("show alarm-log tail 1")
+        wait_until(lambda: olt.sem_waiters("alarm") >= 1, "the command waits")
+        before = len(olt.trace())
+        olt.send_signal(signal.SIGTERM)
+        release()
+        assert olt.wait_end() == 0
+    ops = [call.op for call in olt.trace()[before:] if call.thread == "main"]
+    assert ops.index("semaphore_v") < ops.index("database_disconnect")

@@ -3,7 +3,7 @@
 import threading
 
 import pytest
-from board_holder import board_held
+from semaphore_holder import board_held
 from calls import of
 from cpld import bracket, refused, run
 from olt import wait_until

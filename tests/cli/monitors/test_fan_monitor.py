@@ -3,7 +3,7 @@
 import json
 
 import pytest
-from board_holder import board_held
+from semaphore_holder import board_held
 from calls import in_order, of
 from monitors import calls_of, hurried, paused_ms, records, start_calls, steps, wait_call, wait_passes
 from olt import wait_until

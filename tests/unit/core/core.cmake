@@ -10,6 +10,9 @@ set(start_sources ${diagd_dir}/diag_main.cpp ${diagd_dir}/start_steps.cpp ${diag
 diagd_unit_test(start_order_test start_order_test.cpp ${start_sources} LIBS platform_headers deps::frr deps::jsonc)
 target_compile_definitions(start_order_test PRIVATE main=diagd_main)
 
+diagd_unit_test(alarm_record_test alarm_record_test.cpp ${diagd_dir}/core/alarm_record.cpp ${diagd_dir}/core/state.cpp
+                LIBS platform_headers)
+
 diagd_unit_test(text_test text_test.cpp)
 
 # All units: the alarm log reaches into several of them.
