@@ -58,6 +58,7 @@ void sigint() noexcept
 {
     limit_end();
     zlog_notice("Terminating on signal");
+    diag_zebra_reset_send_waiting();
     const bool all_filed = diagd::stop_filing_alarms(longest_filing);
     alarm_log_database_free();
     if (all_filed) {

@@ -16,6 +16,7 @@ void alarm_log_database_free(); // at the end: closes the daemon's connection
 int diag_sclient_init(struct thread_master *master, std::uint32_t instance, struct zebra_privs_t *privs);
 int diag_zclient_init(struct thread_master *master);
 int diag_port_init();
+void diag_zebra_reset_send_waiting(); // at the end: sends what other threads have asked zebra's client for
 
 // Alarm log defaults and the threshold monitor's timer.
 int initial_alarm_log_config();

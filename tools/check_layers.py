@@ -33,7 +33,7 @@ C_API = "platform/include/"
 EXPORTS = {
     "diagd/alarm_log/export/alarm_log_commands.hpp",
     "diagd/monitors/reset_button/system_reset.hpp",
-    "diagd/peers/reset_clients.hpp",
+    "diagd/peers/peers.hpp",
     "diagd/system_cli/export/usage_samplers.hpp",
     "diagd/transceiver/decode/optical_values.hpp",
     "diagd/transceiver/memory/access.hpp",

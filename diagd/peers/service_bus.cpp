@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's client on the service bus.  A bus that is absent leaves the daemon working without it.  A
 // message that cannot be read is passed over.
-#include "diagd/peers/reset_clients.hpp"
+#include "diagd/peers/peers.hpp"
 
 #include "diagd/core/frr.hpp"
 #include "diagd/core/state.hpp"

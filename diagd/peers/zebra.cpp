@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's zebra client.  It only sends, so no callbacks are installed; libfrr connects and reconnects by
-// itself, and a zebra that is away costs the daemon nothing.
-// libfrr's client belongs to the event loop: another thread that wants to send has it done there, and gives
-// up when the event loop is busy for too long.
-#include "diagd/peers/reset_clients.hpp"
+// itself.
+// Failure policy: a zebra that is away costs the daemon nothing, and a notice that it misses is not repeated.
+// libfrr's client belongs to the event loop.  A notice of another thread waits for it, however long it is
+// busy: late it still serves, lost it does not.
+#include "diagd/peers/peers.hpp"
 
 #include "diagd/core/frr.hpp"
 #include "diagd/core/privileges.hpp"
 
 #include <chrono>
 #include <condition_variable>
-#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -23,35 +23,25 @@ constexpr std::chrono::seconds longest_wait{1};
 
 std::thread::id event_loop_thread;
 
-// Somebody's wish to send, known to two threads; the last one frees it.
-struct Errand {
+// The notices of other threads, numbered from 1: those from `sent` to `requested` wait for the event loop.
+struct Requests {
     std::mutex mutex;
     std::condition_variable changed;
-    bool given_up = false;
-    bool done = false;
-    int result = ZCLIENT_SEND_FAILURE;
+    unsigned requested = 0;
+    unsigned sent = 0;
+    int result = ZCLIENT_SEND_FAILURE; // of the last one
 };
+Requests requests;
 
 int send_reset() noexcept
 {
+    if (zclient == nullptr)
+        return ZCLIENT_SEND_SUCCESS;
     struct stream *const message = zclient->obuf;
     stream_reset(message);
     zclient_create_header(message, ZEBRA_SYSTEM_RESET, VRF_DEFAULT);
     stream_putw_at(message, 0, static_cast<std::uint16_t>(stream_get_endp(message)));
     return zclient_send_message(zclient);
-}
-
-void run_errand(struct thread *thread) noexcept
-{
-    const std::unique_ptr<std::shared_ptr<Errand>> errand{
-        static_cast<std::shared_ptr<Errand> *>(THREAD_ARG(thread))};
-    Errand &wish = **errand;
-    const std::lock_guard lock{wish.mutex};
-    if (wish.given_up)
-        return;
-    wish.result = zclient != nullptr ? send_reset() : ZCLIENT_SEND_FAILURE;
-    wish.done = true;
-    wish.changed.notify_one();
 }
 
 } // namespace
@@ -71,6 +61,19 @@ void diag_zclient_stop()
     zclient = nullptr;
 }
 
+void diag_zebra_reset_send_waiting()
+{
+    const std::lock_guard lock{requests.mutex};
+    for (; requests.sent != requests.requested; ++requests.sent)
+        requests.result = send_reset();
+    requests.changed.notify_all();
+}
+
+static void send_waiting(struct thread *) noexcept
+{
+    diag_zebra_reset_send_waiting();
+}
+
 int diag_zebra_reset_send()
 {
     if (zclient == nullptr)
@@ -78,10 +81,9 @@ int diag_zebra_reset_send()
     if (std::this_thread::get_id() == event_loop_thread)
         return send_reset();
 
-    const auto errand = std::make_shared<Errand>();
-    std::unique_lock lock{errand->mutex};
-    thread_add_event(zclient->master, run_errand, new std::shared_ptr<Errand>{errand}, 0, nullptr);
-    errand->changed.wait_for(lock, longest_wait, [&] { return errand->done; });
-    errand->given_up = !errand->done;
-    return errand->result;
+    std::unique_lock lock{requests.mutex};
+    const unsigned own = ++requests.requested;
+    thread_add_event(zclient->master, send_waiting, nullptr, 0, nullptr);
+    const bool sent = requests.changed.wait_for(lock, longest_wait, [own] { return requests.sent >= own; });
+    return sent ? requests.result : ZCLIENT_SEND_BUFFERED;
 }

@@ -11,7 +11,7 @@
 #include "diagd/core/worker_thread.hpp"
 #include "diagd/monitors/reset_button/button_policy.hpp"
 #include "diagd/monitors/reset_button/system_reset.hpp"
-#include "diagd/peers/reset_clients.hpp"
+#include "diagd/peers/peers.hpp"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>

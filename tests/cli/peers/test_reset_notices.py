@@ -1,10 +1,15 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """What the peers hear of a reset: from the long press of the push-button, and from nothing else."""
+import contextlib
+import signal
 import subprocess
 
 import pytest
 from calls import in_order, of
+from monitors import calls_of
 from olt import OLT, wait_until
+from proc_files import bound
+from semaphore_holder import alarms_held
 from vty import Vty, takes_commands
 from zebra_recorder import ZebraRecorder
 
@@ -60,6 +65,76 @@ def test_a_long_press_without_zebra_and_bus_goes_on(cold_olt):
     hold_button(cold_olt)
     assert "reset_monitor_thread sclient_send_message() failed\r\n" in cold_olt.stdout()
     in_order(cold_olt.trace(), r"sclient_send_message .*-> -1", r"pal_system .*laststart", r"pal_system .*watchfrr")
+
+
+# The samples come every 50 ms, and the shell that saves the configuration, which needs the event loop, is left out.
+PRESS_ONLY = ["nanosleep thread=reset_monitor ret=0 delay_ms=50", "system thread=reset_monitor ret=0"]
+
+
+@contextlib.contextmanager
+def waits_for_the_alarm_store(olt):
+    with alarms_held(olt) as release:
+        yield "show alarm-log", release
+
+
+@contextlib.contextmanager
+def waits_for_a_program(olt):
+    go = olt.state / "log" / "go"
+    with bound(olt, "/usr/bin/mpstat", "#!/bin/sh\nuntil [ -e /var/log/go ]; do sleep 0.01; done\n", mode=0o755):
+        yield "show sys cpu-usage", go.touch
+
+
+BUSY = pytest.mark.parametrize("busy", [waits_for_the_alarm_store, waits_for_a_program])
+
+
+@contextlib.contextmanager
+def pressed_while_busy(olt, zebra, busy):
+    """Until it is left, the event loop does one command; the press is past its notice to zebra.  Gives the messages
+    that zebra had before."""
+    olt.faults(*PRESS_ONLY)
+    olt.start(trace=True)
+    hello = wait_until(zebra.messages, "the daemon's hello")
+    with busy(olt) as (command, release), olt.vty() as session:
+        session.send(command)
+        olt.boardctl("button", "press")
+        wait_until(lambda: of(calls_of(olt, "reset_monitor"), "system"), "the press goes on")
+        assert zebra.messages() == hello
+        yield hello
+        release()
+
+
+@BUSY
+def test_a_notice_to_zebra_outlives_a_busy_event_loop(cold_olt, zebra, busy):
+    with pressed_while_busy(cold_olt, zebra, busy) as hello:
+        pass
+    wait_until(lambda: len(zebra.messages()) > len(hello), "zebra's notice")
+    assert cold_olt.run("show version")[1] == 0
+    assert zebra.messages()[len(hello) :] == [RESET], "once"
+    in_order(of(cold_olt.trace(), "zclient_send_message|system"), r"system ", r"zclient_send_message command=136 ")
+
+
+@BUSY
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["terminate", "interrupt"])
+def test_a_notice_to_zebra_that_waits_is_sent_before_the_end(cold_olt, zebra, busy, number):
+    with pressed_while_busy(cold_olt, zebra, busy) as hello:
+        cold_olt.send_signal(number)
+    assert cold_olt.wait_end() == 0
+    assert zebra.messages()[len(hello) :] == [RESET]
+
+
+def test_a_notice_to_a_zebra_that_is_away_is_tried_once(cold_olt, zebra):
+    with pressed_while_busy(cold_olt, zebra, waits_for_the_alarm_store):
+        zebra.go_away()
+
+    def tries():
+        return [call for call in of(cold_olt.trace(), "zclient_send_message") if call.values["command"] == "136"]
+
+    wait_until(tries, "the notice is tried")
+    zebra.listen()
+    wait_until(zebra.messages, "a new hello")
+    assert cold_olt.run("show version")[1] == 0
+    assert 136 not in commands(zebra.messages())
+    assert len(tries()) == 1
 
 
 def test_a_short_press_and_reboot_and_reload_notify_nobody(cold_olt, zebra):

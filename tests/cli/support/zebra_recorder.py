@@ -7,9 +7,12 @@ import socket
 class ZebraRecorder:
     def __init__(self, olt):
         self.path = olt.state / "run" / "zserv.api"
-        self.listener = socket.socket(socket.AF_UNIX)
         self.client = None
         self.received = b""
+        self.listen()
+
+    def listen(self):
+        self.listener = socket.socket(socket.AF_UNIX)
         folder = os.open(self.path.parent, os.O_PATH)
         try:
             self.listener.bind(f"/proc/self/fd/{folder}/{self.path.name}")
@@ -45,6 +48,12 @@ class ZebraRecorder:
     def hang_up(self):
         self.client.close()
         self.client, self.received = None, b""
+
+    def go_away(self):
+        """Nobody listens any more until listen()."""
+        self.path.unlink()
+        self.listener.close()
+        self.hang_up()
 
     def close(self):
         if self.client:

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The peers: client set-up, the bus message that suspends monitoring, the reset notices, what comes before a
 // reset, the port numbers.
-#include "diagd/peers/reset_clients.hpp"
+#include "diagd/peers/peers.hpp"
 
 #include "diagd/core/frr.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/monitors/reset_button/system_reset.hpp"
-#include "diagd/peers/port_map.hpp"
 
 #include "tq_api.h"
 #include "util_cpld.h"
@@ -26,6 +25,7 @@ using testing::ElementsAre;
 int diag_sclient_init(struct thread_master *master, std::uint32_t instance, struct zebra_privs_t *privs);
 int diag_zclient_init(struct thread_master *master);
 int diag_port_init(void);
+void diag_zebra_reset_send_waiting(void);
 
 namespace {
 
@@ -283,18 +283,46 @@ TEST_F(Peer, another_threads_notice_to_zebra_is_sent_by_the_event_loop)
     EXPECT_THAT(calls, ElementsAre("zclient_send_message 00 0A FE 06 00 00 00 00 00 88"));
 }
 
-TEST_F(Peer, another_threads_notice_to_zebra_is_dropped_when_the_event_loop_is_busy)
+TEST_F(Peer, a_thread_goes_on_without_its_notice_to_zebra_and_the_event_loop_sends_it_however_late)
 {
     diag_zclient_init(loop);
     calls.clear();
     int result = 0;
     std::thread sender{[&] { result = diag_zebra_reset_send(); }};
     sender.join();
-    EXPECT_EQ(result, -1);
+    EXPECT_EQ(result, ZCLIENT_SEND_BUFFERED);
+    EXPECT_THAT(calls, testing::IsEmpty());
     struct thread event;
     ASSERT_NE(thread_fetch(zebra_client.master, &event), nullptr);
     thread_call(&event);
-    EXPECT_THAT(calls, testing::IsEmpty()) << "a late notice would surprise a box that is up again";
+    EXPECT_THAT(calls, ElementsAre("zclient_send_message 00 0A FE 06 00 00 00 00 00 88"));
+}
+
+TEST_F(Peer, what_waits_for_zebra_is_sent_at_the_end_and_not_again)
+{
+    diag_zclient_init(loop);
+    std::thread sender{[] { diag_zebra_reset_send(); }};
+    sender.join();
+    calls.clear();
+    diag_zebra_reset_send_waiting();
+    EXPECT_THAT(calls, ElementsAre("zclient_send_message 00 0A FE 06 00 00 00 00 00 88"));
+    calls.clear();
+    diag_zebra_reset_send_waiting();
+    struct thread event;
+    ASSERT_NE(thread_fetch(zebra_client.master, &event), nullptr);
+    thread_call(&event);
+    EXPECT_THAT(calls, testing::IsEmpty());
+}
+
+TEST_F(Peer, a_notice_that_comes_too_late_for_the_client_is_not_sent)
+{
+    diag_zclient_init(loop);
+    std::thread sender{[] { diag_zebra_reset_send(); }};
+    sender.join();
+    diag_zclient_stop();
+    calls.clear();
+    diag_zebra_reset_send_waiting();
+    EXPECT_THAT(calls, testing::IsEmpty());
 }
 
 TEST_F(Peer, logs_are_copied_to_flash_as_root_and_written_out)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Port numbers from the device's port record.  Without the record they stay zero and the daemon says so.
-#include "diagd/peers/port_map.hpp"
+#include "diagd/peers/peers.hpp"
 
 #include "diagd/core/state.hpp"
 
