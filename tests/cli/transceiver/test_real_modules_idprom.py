@@ -34,7 +34,8 @@ def shown_fields(text):
 
 
 def plain(text):
-    return text.encode("latin-1", "replace").decode("latin-1").strip(" \0").split("\0")[0].rstrip()
+    """A decoded text as a terminal may have it: what an unwritten memory holds would begin a telnet command."""
+    return text.encode("latin-1", "replace").decode("latin-1").strip(" \0").split("\0")[0].rstrip().replace("\xff", "?")
 
 
 def compare(text, dump):
