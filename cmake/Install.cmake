@@ -51,7 +51,7 @@ diagd_manual(simulator boardctl.1 boardsim.8)
 diagd_install(shell ${CMAKE_INSTALL_BINDIR} diagsh)
 diagd_manual(shell diagsh.1)
 
-install(DIRECTORY platform/database/yang platform/mibs DESTINATION ${data_dir} COMPONENT platform)
+install(DIRECTORY ${CMAKE_BINARY_DIR}/yang platform/mibs DESTINATION ${data_dir} COMPONENT platform)
 install(DIRECTORY sim/boards sim/modules DESTINATION ${data_dir} COMPONENT simulator FILES_MATCHING PATTERN *.json)
 install(DIRECTORY platform/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/diagd COMPONENT development)
 

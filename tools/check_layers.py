@@ -64,7 +64,7 @@ class Tree:
         self.includes = {}  # file: [(line number, quoted, name)]
         for area in SOURCES:
             for path in sorted((root / area).rglob("*")):
-                if path.suffix in (".c", ".cpp", ".h", ".hpp"):
+                if path.suffix in (".c", ".cpp", ".h", ".hpp", ".def"):
                     self.add(path)
 
     def add(self, path):

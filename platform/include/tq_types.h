@@ -7,6 +7,8 @@
 #ifndef TQ_TYPES_H
 #define TQ_TYPES_H
 
+#include "tq_alarms.h"
+
 #include <stddef.h>
 #include <stdint.h>
 
@@ -31,7 +33,6 @@ typedef struct tq_database {
 } tq_database_t;
 
 enum {
-    TQ_ALARM_COUNT = 106,     /* entries of the alarm catalogue */
     TQ_ALARM_CAPACITY = 4096, /* records that the store holds before the oldest is replaced */
     TQ_ALARM_LEVEL_COUNT = 8, /* debug .. emerg */
     TQ_ALARM_LEVEL_ALL = 8,   /* "all": no level given */

@@ -16,7 +16,7 @@ foreach(area settings transactions notices failures away identity seeding)
   diagd_unit_test(
     database_${area}_test database/${area}_test.cpp database/sandbox.cpp LIBS tqdatabase deps::sysrepo)
   target_compile_definitions(
-    database_${area}_test PRIVATE YANG_FOLDER="${database_source}/yang" SYSREPO_FOLDER="${DIAGD_DEPS_DIR}/sysrepo"
+    database_${area}_test PRIVATE YANG_FOLDER="${CMAKE_BINARY_DIR}/yang" SYSREPO_FOLDER="${DIAGD_DEPS_DIR}/sysrepo"
                                   PEER_PROGRAM="$<TARGET_FILE:database_peer>"
                                   BOARD_FILE="${CMAKE_SOURCE_DIR}/sim/boards/olt8.json")
   add_dependencies(database_${area}_test database_peer)
