@@ -65,7 +65,7 @@ int main()
     print("record filed, store full", time_ns([&](int) { tq::record_alarm(alarm); }), floor_ns);
 
     tq_alarm_req_t request{};
-    request.alarm_id = 30; // recorded, not printed
+    request.alarm_id = TQ_ALARM_CONFIG_SAVE; // recorded, not printed
     print("cli_log, store full", time_ns([&](int i) {
               cli_log(nullptr, &request, "%s 0/%d is down, and this is a message of usual length", "port",
                       i % 16);

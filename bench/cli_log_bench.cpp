@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr std::uint16_t alarm_id = 30;
+constexpr std::uint16_t alarm_id = TQ_ALARM_CONFIG_SAVE;
 constexpr int records = 400'000;
 constexpr int processes = 4;
 constexpr double wanted_per_s = 100'000;

@@ -39,10 +39,10 @@ void end() noexcept
 
 } // namespace
 
-void file_alarm(std::uint16_t code, AlarmState state, const char *message) noexcept
+void file_alarm(tq_alarm_id alarm, AlarmState state, const char *message) noexcept
 {
     tq_alarm_req_t request{};
-    request.alarm_id = code;
+    request.alarm_id = alarm;
     request.state = static_cast<std::uint32_t>(state);
     if (!begin())
         return;

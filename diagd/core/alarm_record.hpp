@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Alarm records of the board itself: a code of the catalogue, a state, a text.
+// Alarm records of the board itself: an alarm of the catalogue, a state, a text.
 #pragma once
+
+#include "tq_alarms.h"
 
 #include <chrono>
 #include <cstdint>
@@ -16,7 +18,7 @@ enum class AlarmState : std::uint32_t {
 
 // Files a record; from any thread.  Waits for the alarm store while another process has it.  A record that
 // cannot be filed is the alarm library's to report.
-void file_alarm(std::uint16_t code, AlarmState state, const char *message) noexcept;
+void file_alarm(tq_alarm_id alarm, AlarmState state, const char *message) noexcept;
 
 // From now on records are dropped: the database is about to go.  Waits until those in the making are filed,
 // but no longer than `limit`; false when one still is not.

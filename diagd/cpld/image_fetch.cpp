@@ -29,13 +29,12 @@ constexpr auto longest_fetch = 10min;
 constexpr auto longest_standstill = 60s;
 
 // Of the alarm catalogue.
-constexpr std::uint16_t download_failed = 1;
-constexpr std::uint16_t download_succeeded = 32;
 
 void file_outcome(const std::string &file, bool good) noexcept
 {
     const std::string message = "download " + file + (good ? " success" : " fail");
-    diagd::file_alarm(good ? download_succeeded : download_failed, diagd::AlarmState::event, message.c_str());
+    diagd::file_alarm(good ? TQ_ALARM_DOWNLOAD_FILE_SUCCESS : TQ_ALARM_DOWNLOAD_FILE_FAILED,
+                      diagd::AlarmState::event, message.c_str());
 }
 
 int fetch_from_server(struct vty *vty, const std::string &file, const char *server,

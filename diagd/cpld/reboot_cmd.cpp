@@ -9,12 +9,11 @@
 #include <cstdio>
 
 namespace {
-constexpr std::uint16_t reset_event = 29; // of the alarm catalogue
 }
 
 DEFUN(reboot_device, reboot_device_cmd, "reboot", "reboot device\n")
 {
-    diagd::file_alarm(reset_event, diagd::AlarmState::event, "reset by command");
+    diagd::file_alarm(TQ_ALARM_RESET, diagd::AlarmState::event, "reset by command");
     system_backup();
     system_reboot();
     vty_out(vty, "Restarting system...%s", diagd::line_end);

@@ -24,7 +24,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int fan_alarm = 0;
 constexpr int last_tick = 4; // ticks of a second; a pass comes after the one behind it
 
 int cpld_handle = -1; // set before the thread starts
@@ -54,7 +53,7 @@ void switch_fans(bool open) noexcept
         return;
     diagd::write_register(cpld_handle, diagd::MonitorRegister::fan_power, open ? 1 : 0);
     fan_master.state.store(state, memory_order_relaxed);
-    diagd::file_alarm(fan_alarm, open ? diagd::AlarmState::on : diagd::AlarmState::off,
+    diagd::file_alarm(TQ_ALARM_FAN, open ? diagd::AlarmState::on : diagd::AlarmState::off,
                       open ? "Open!" : "Close!");
 }
 

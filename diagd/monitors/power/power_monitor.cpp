@@ -18,9 +18,6 @@
 
 namespace {
 
-constexpr std::uint16_t supply1_alarm = 77;
-constexpr std::uint16_t supply2_alarm = 78;
-constexpr std::uint16_t temperature_alarm = 96;
 constexpr std::chrono::seconds poll_interval{2};
 
 int cpld_handle = -1; // set before the thread starts
@@ -33,10 +30,10 @@ bool read_status(std::uint8_t &status) noexcept
     return misc_cpld_i2c_power_state_get(cpld_handle, &status) >= 0;
 }
 
-void file(std::uint16_t code, const char *message) noexcept
+void file(tq_alarm_id alarm, const char *message) noexcept
 {
     if (message != nullptr)
-        diagd::file_alarm(code, diagd::AlarmState::event, message);
+        diagd::file_alarm(alarm, diagd::AlarmState::event, message);
 }
 
 void poll(diagd::PowerStates &last_seen) noexcept
@@ -50,10 +47,10 @@ void poll(diagd::PowerStates &last_seen) noexcept
         return;
     }
     const diagd::PowerReport report = diagd::report_power(last_seen, *now);
-    file(supply1_alarm, report.supply1);
-    file(supply2_alarm, report.supply2);
+    file(TQ_ALARM_POWER1_UPDOWN, report.supply1);
+    file(TQ_ALARM_POWER2_UPDOWN, report.supply2);
     if (report.temperature != nullptr) {
-        file(temperature_alarm, report.temperature);
+        file(TQ_ALARM_DEVICE_TEMPERATURE_HIGH, report.temperature);
         diagd::write_register(cpld_handle, diagd::MonitorRegister::over_temperature_seen, 1);
     }
     last_seen = *now;

@@ -37,9 +37,6 @@ constexpr std::uint32_t button_released = 1U << 21;
 
 constexpr std::chrono::milliseconds sample_interval{200};
 
-constexpr std::uint16_t reboot_alarm = 29;
-constexpr std::uint16_t erase_alarm = 31;
-
 constexpr const char *save_configuration =
     "export LD_LIBRARY_PATH=/usr/local/lib:/usr/lib:/lib;/usr/local/bin/vtysh -c write";
 
@@ -102,7 +99,7 @@ void save_configurations() noexcept
 
 void reboot() noexcept
 {
-    diagd::file_alarm(reboot_alarm, diagd::AlarmState::event, "reset by push-button");
+    diagd::file_alarm(TQ_ALARM_RESET, diagd::AlarmState::event, "reset by push-button");
     std::puts("Restarting system by push-button...\r");
     system_backup();
     system_reboot();
@@ -115,7 +112,7 @@ void reset_configuration() noexcept
         std::printf("%s sclient_send_message() failed\r\n", "reset_monitor_thread");
     diag_zebra_reset_send();
     save_configurations();
-    diagd::file_alarm(erase_alarm, diagd::AlarmState::event, "erase partial config by push-button");
+    diagd::file_alarm(TQ_ALARM_CONFIG_ERASE, diagd::AlarmState::event, "erase partial config by push-button");
 }
 
 void run() noexcept

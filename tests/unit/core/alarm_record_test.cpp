@@ -68,9 +68,9 @@ protected:
 TEST_F(AlarmRecordDeathTest, a_record_goes_to_the_alarm_library_as_it_is)
 {
     in_a_process([] {
-        diagd::file_alarm(77, AlarmState::event, "Power1 %s Up");
-        diagd::file_alarm(0, AlarmState::off, "");
-        diagd::file_alarm(0, AlarmState::on, "Open!");
+        diagd::file_alarm(TQ_ALARM_POWER1_UPDOWN, AlarmState::event, "Power1 %s Up");
+        diagd::file_alarm(TQ_ALARM_FAN, AlarmState::off, "");
+        diagd::file_alarm(TQ_ALARM_FAN, AlarmState::on, "Open!");
         EXPECT_THAT(filed, ElementsAre("77 2 Power1 %s Up", "0 0 ", "0 1 Open!"));
     });
 }
@@ -79,7 +79,7 @@ TEST_F(AlarmRecordDeathTest, after_the_end_of_filing_records_are_dropped)
 {
     in_a_process([] {
         EXPECT_TRUE(diagd::stop_filing_alarms(1min)) << "there is nothing to wait for";
-        diagd::file_alarm(77, AlarmState::event, "late");
+        diagd::file_alarm(TQ_ALARM_POWER1_UPDOWN, AlarmState::event, "late");
         EXPECT_THAT(filed, testing::IsEmpty());
     });
 }
@@ -91,7 +91,7 @@ TEST_F(AlarmRecordDeathTest, the_end_of_filing_waits_for_the_record_in_the_makin
         std::future<void> ending = end.get_future();
         begun = &beginning;
         may_end = &ending;
-        std::thread monitor{[] { diagd::file_alarm(77, AlarmState::event, "in time"); }};
+        std::thread monitor{[] { diagd::file_alarm(TQ_ALARM_POWER1_UPDOWN, AlarmState::event, "in time"); }};
         beginning.get_future().wait();
         EXPECT_FALSE(diagd::stop_filing_alarms(1ms)) << "it is still being filed";
         end.set_value();

@@ -30,7 +30,7 @@ protected:
 
 } // namespace
 
-void diagd::file_alarm(std::uint16_t code, AlarmState, const char *message) noexcept
+void diagd::file_alarm(tq_alarm_id code, AlarmState, const char *message) noexcept
 {
     done.push_back(std::to_string(code) + " " + message);
 }
