@@ -1,17 +1,36 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Texts of the alarm catalogue.  Records come from shared memory, so their ids and levels may be anything: an
-// unknown one has an empty text.
+// The alarm catalogue as the daemon uses it: its texts, and beside each entry what other programs need not
+// know.
 #pragma once
 
 #include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
 namespace diagd {
 
+enum class AlarmClass : std::uint32_t { alarm, event };
+enum class AlarmGroup : std::uint32_t { global, onu, pon, route };
+
+struct AlarmRow {
+    std::string_view name;
+    AlarmClass class_;
+    AlarmGroup group;
+    bool is_bulk; // commands for many alarms take it along
+};
+
+// By id.
+inline constexpr std::array<AlarmRow, TQ_ALARM_COUNT> alarm_rows{{
+#define TQ_ROW(id, ID, name, description, class_, type, group, actions, bulk)                                \
+    {name, AlarmClass::class_, AlarmGroup::group, bulk},
+#include "tq_alarms.def"
+}};
+
+// Records come from shared memory, so their ids and levels may be anything: an unknown one has an empty text.
 [[nodiscard]] inline std::string_view alarm_name(std::uint16_t id) noexcept
 {
     return id < TQ_ALARM_COUNT ? field_text(tq_alarm_log_info[id].name) : std::string_view{};

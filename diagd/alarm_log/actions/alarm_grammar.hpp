@@ -33,7 +33,7 @@ inline constexpr auto static_text = [] {
 }();
 
 // "<a|b|c>"
-constexpr std::string choice_of(const AlarmGroup &group)
+constexpr std::string choice_of(const KeywordGroup &group)
 {
     std::string words = "<";
     for (const std::string_view name : group.names)
@@ -43,7 +43,7 @@ constexpr std::string choice_of(const AlarmGroup &group)
 }
 
 // Help of the class word and a line for each name.
-constexpr std::string help_of(const AlarmGroup &group)
+constexpr std::string help_of(const KeywordGroup &group)
 {
     const std::string class_word{group.class_word};
     std::string help = "Configuration of " + class_word + "s.\n";
@@ -53,63 +53,63 @@ constexpr std::string help_of(const AlarmGroup &group)
 }
 
 // "alarm <fan|...>"
-constexpr std::string words_of(const AlarmGroup &group)
+constexpr std::string words_of(const KeywordGroup &group)
 {
     return std::string{group.class_word} + " " + choice_of(group);
 }
 
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 constexpr std::string make_action_words()
 {
     return "alarm-log " + words_of(group) + " " SWITCH_WORDS " " ACTION_WORDS;
 }
 
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 constexpr std::string make_action_help()
 {
     return "Alarm log.\n" + help_of(group) + SWITCH_STR ACTION_STR;
 }
 
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 constexpr std::string make_old_action_words()
 {
     return words_of(group) + " " ACTION_WORDS " " SWITCH_WORDS;
 }
 
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 constexpr std::string make_old_action_help()
 {
     return help_of(group) + ACTION_STR SWITCH_STR;
 }
 
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 constexpr std::string make_level_words()
 {
     return "alarm-log " + words_of(group) + " level " LEVEL_WORDS;
 }
 
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 constexpr std::string make_level_help()
 {
     return "Alarm log.\n" + help_of(group) + LEVEL_STR;
 }
 
 // alarm-log alarm <fan|...> <enable|disable> <action>
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 inline constexpr const char *action_words = static_text<make_action_words<group>>.data();
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 inline constexpr const char *action_help = static_text<make_action_help<group>>.data();
 
 // alarm <fan|...> <action> <enable|disable>
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 inline constexpr const char *old_action_words = static_text<make_old_action_words<group>>.data();
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 inline constexpr const char *old_action_help = static_text<make_old_action_help<group>>.data();
 
 // alarm-log alarm <fan|...> level <level>
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 inline constexpr const char *level_words = static_text<make_level_words<group>>.data();
-template <const AlarmGroup &group>
+template <const KeywordGroup &group>
 inline constexpr const char *level_help = static_text<make_level_help<group>>.data();
 
 } // namespace diagd

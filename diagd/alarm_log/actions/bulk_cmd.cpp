@@ -12,15 +12,11 @@
 
 #include "tq_errno.h"
 
-#include <span>
 #include <string>
 
 using namespace diagd;
 
 namespace {
-
-// The board alarms with thresholds, at the catalogue's end, are switched one by one only.
-constexpr std::size_t bulk_entries = 102;
 
 const auto every_entry = [](const tq_alarm_info_t &) { return true; };
 
@@ -44,12 +40,13 @@ int switch_entries(struct vty *vty, const char *function, const struct cmd_token
 {
     const std::string_view action = action_word->text;
     ApplyLock lock{function};
-    for (const tq_alarm_info_t &entry : std::span{tq_alarm_log_info}.first<bulk_entries>()) {
-        if (!selected(entry))
+    for (std::uint16_t id = 0; id < TQ_ALARM_COUNT; ++id) {
+        const tq_alarm_info_t &entry = tq_alarm_log_info[id];
+        if (!alarm_rows[id].is_bulk || !selected(entry))
             continue;
-        const std::optional<std::uint16_t> id = find_alarm(std::string{field_text(entry.name)}.c_str());
-        tell_configuration_failure(vty, id ? switch_pending(*id, action, value(entry, action))
-                                           : static_cast<int>(TQ_ERR_NOT_FOUND));
+        const std::optional<std::uint16_t> found = find_alarm(std::string{field_text(entry.name)}.c_str());
+        tell_configuration_failure(vty, found ? switch_pending(*found, action, value(entry, action))
+                                              : static_cast<int>(TQ_ERR_NOT_FOUND));
     }
     lock.apply();
     return CMD_SUCCESS;

@@ -10,6 +10,8 @@
 #include "diagd/alarm_log/thresholds/threshold_store.hpp"
 #include "diagd/alarm_log/thresholds/threshold_words.hpp"
 
+#include "tq_alarms.h"
+
 using namespace diagd;
 
 namespace {
@@ -78,7 +80,7 @@ void disable(const char *name)
     const std::size_t i = place_of(name, board_alarm_names);
     ApplyLock lock{function_name};
     int code = switch_all(board_alarms[i].id, false);
-    if (i == temp_high_alarm) {
+    if (board_alarms[i].id == TQ_ALARM_TEMP_HIGH) {
         constexpr char empty[threshold_text_size] = "";
         db_olt_alarm_log_set_temp_high_alarm_threshold(&g_diagd_db, empty, sizeof empty, 0);
         code = db_olt_alarm_log_set_temp_high_clear_threshold(&g_diagd_db, empty, sizeof empty, 0);

@@ -21,31 +21,24 @@ struct ThresholdAlarm {
 };
 
 // Of the board; their thresholds are in the database, in this order.
-inline constexpr std::array<ThresholdAlarm, 4> board_alarms{{
-    {102, "temp-high", ".C", Direction::high},
-    {103, "temp-low", ".C", Direction::low},
-    {104, "cpu-usage-high", "%", Direction::high},
-    {105, "mem-usage-high", "%", Direction::high},
-}};
-inline constexpr std::size_t temp_high_alarm = 0;
+inline constexpr auto board_alarms = std::to_array<ThresholdAlarm>({
+#define TQ_BOARD_THRESHOLD(id, ID, name, description, type, direction, unit)                                 \
+    {id, name, unit, Direction::direction},
+#include "tq_alarms.def"
+});
 
 // Of each PON port.
-inline constexpr std::array<ThresholdAlarm, 8> pon_alarms_with_threshold{{
-    {9, "pon-txpower-high", "dBm", Direction::high},
-    {10, "pon-txpower-low", "dBm", Direction::low},
-    {11, "pon-txbias-high", "mA", Direction::high},
-    {12, "pon-txbias-low", "mA", Direction::low},
-    {13, "pon-vcc-high", "V", Direction::high},
-    {14, "pon-vcc-low", "V", Direction::low},
-    {15, "pon-temp-high", ".C", Direction::high},
-    {16, "pon-temp-low", ".C", Direction::low},
-}};
+inline constexpr auto pon_alarms_with_threshold = std::to_array<ThresholdAlarm>({
+#define TQ_PON_THRESHOLD(id, ID, name, description, type, direction, unit, older_name)                       \
+    {id, name, unit, Direction::direction},
+#include "tq_alarms.def"
+});
 
 // The same alarms in older commands.
-inline constexpr std::array<std::string_view, pon_alarms_with_threshold.size()> pon_optical_names{
-    "tx_power_high", "tx_power_low", "tx_bias_high", "tx_bias_low",
-    "vcc_high",      "vcc_low",      "temp_high",    "temp_low",
-};
+inline constexpr auto pon_optical_names = std::to_array<std::string_view>({
+#define TQ_PON_THRESHOLD(id, ID, name, description, type, direction, unit, older_name) older_name,
+#include "tq_alarms.def"
+});
 
 template <std::size_t count>
 [[nodiscard]] constexpr std::array<std::string_view, count>

@@ -75,8 +75,9 @@ float memory_usage_percent()
 }
 
 // In the order of the alarms.
-constexpr std::array<float (*)(), board_alarms.size()> board_samplers{
-    board_temperature_c, board_temperature_c, cpu_usage_percent, memory_usage_percent};
+constexpr auto board_samplers = std::to_array<float (*)()>(
+    {board_temperature_c, board_temperature_c, cpu_usage_percent, memory_usage_percent});
+static_assert(board_samplers.size() == board_alarms.size());
 
 void watch_board()
 {
@@ -96,9 +97,10 @@ struct Optics {
 };
 
 // What the optical alarms compare, in their order.
-constexpr std::array<float Optics::*, pon_alarm_count> compared{
-    &Optics::tx_power_dbm, &Optics::tx_power_dbm, &Optics::bias_ma,       &Optics::bias_ma,
-    &Optics::voltage_v,    &Optics::voltage_v,    &Optics::temperature_c, &Optics::temperature_c};
+constexpr auto compared = std::to_array<float Optics::*>(
+    {&Optics::tx_power_dbm, &Optics::tx_power_dbm, &Optics::bias_ma, &Optics::bias_ma, &Optics::voltage_v,
+     &Optics::voltage_v, &Optics::temperature_c, &Optics::temperature_c});
+static_assert(compared.size() == pon_alarm_count && pon_alarms_with_threshold.size() == pon_alarm_count);
 
 struct PonType {
     PortKind kind;

@@ -13,8 +13,11 @@ namespace {
 
 static_assert(std::numeric_limits<float>::is_iec559); // a number too large for a float is infinite
 
-constexpr std::array<std::string_view, std::tuple_size_v<BoardThresholds>> element_tags{
-    "<temp-high>", "<temp-low>", "<cpu-usage-high>", "<mem-usage-high>"};
+constexpr auto element_tags = std::to_array<std::string_view>({
+#define TQ_BOARD_THRESHOLD(id, ID, name, ...) "<" name ">",
+#include "tq_alarms.def"
+});
+static_assert(element_tags.size() == std::tuple_size_v<BoardThresholds>);
 
 // Takes the first line off the text.
 std::string_view next_line(std::string_view &text)

@@ -21,7 +21,7 @@ struct StoredThresholds {
 inline constexpr std::size_t threshold_text_size = 32; // of what a getter fills
 
 // In the order of board_alarms.
-inline constexpr std::array<StoredThresholds, board_alarms.size()> stored_thresholds{{
+inline constexpr auto stored_thresholds = std::to_array<StoredThresholds>({
     {db_olt_alarm_log_get_temp_high_alarm_threshold, db_olt_alarm_log_get_temp_high_clear_threshold,
      db_olt_alarm_log_del_temp_high_alarm_threshold, db_olt_alarm_log_del_temp_high_clear_threshold},
     {db_olt_alarm_log_get_temp_low_alarm_threshold, db_olt_alarm_log_get_temp_low_clear_threshold,
@@ -32,6 +32,7 @@ inline constexpr std::array<StoredThresholds, board_alarms.size()> stored_thresh
     {db_olt_alarm_log_get_mem_usage_high_alarm_threshold, db_olt_alarm_log_get_mem_usage_high_clear_threshold,
      db_olt_alarm_log_del_mem_usage_high_alarm_threshold,
      db_olt_alarm_log_del_mem_usage_high_clear_threshold},
-}};
+});
+static_assert(stored_thresholds.size() == board_alarms.size());
 
 } // namespace diagd

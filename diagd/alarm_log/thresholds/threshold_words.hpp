@@ -25,7 +25,7 @@ std::optional<Thresholds> typed_thresholds(struct vty *vty, const char *alarm, c
 constexpr std::string words_with_choice(std::string_view before, std::span<const std::string_view> names,
                                         std::string_view after)
 {
-    return std::string{before} + " " + choice_of({alarm_word, names}) + " " + std::string{after};
+    return std::string{before} + " " + choice_of({"alarm", names}) + " " + std::string{after};
 }
 
 constexpr std::string help_with_choice(std::string_view before, std::span<const std::string_view> names,

@@ -22,6 +22,6 @@ target_sources(alarm_log_database_test PRIVATE $<TARGET_OBJECTS:diagd_alarm_log_
 
 diagd_unit_test(threshold_judge_test threshold_judge_test.cpp)
 
-diagd_unit_test(threshold_parser_test threshold_parser_test.cpp ${diagd_dir}/alarm_log/thresholds/threshold_parser.cpp)
+diagd_unit_test(threshold_parser_test threshold_parser_test.cpp ${diagd_dir}/alarm_log/thresholds/threshold_parser.cpp LIBS platform_headers)
 
 diagd_unit_test(threshold_alarms_test threshold_alarms_test.cpp LIBS platform_headers tqapi tqdatabase)
