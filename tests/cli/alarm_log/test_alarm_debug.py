@@ -5,6 +5,7 @@ import struct
 import pytest
 from alarm_fixtures import describe, olt, store  # noqa: F401
 from alarm_store import line
+from alarm_words import ALARM_COUNT
 from calls import of
 
 # alarm id, uplink port, PON, ONU, ONU port, MAC text, state
@@ -135,7 +136,7 @@ def test_the_command_itself_takes_no_semaphore(olt, store):
     assert len(of(calls, "cli_log")) == 1 and of(calls, "semaphore_[pv]") == []
 
 
-@pytest.mark.parametrize("alarm_id", [0, 5, 105, 106, 512])
+@pytest.mark.parametrize("alarm_id", [0, 5, ALARM_COUNT - 1, ALARM_COUNT, 512])
 def test_every_id_of_the_grammar_is_survived(olt, store, alarm_id):
     olt.run(f"alarm-log debug send id {alarm_id} message x")
     _, rc = olt.run("show alarm-log")

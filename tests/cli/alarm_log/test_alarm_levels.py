@@ -2,7 +2,7 @@
 """Commands that set the level of an alarm."""
 import pytest
 from alarm_fixtures import calls_of, catalogue, id_of, olt, store  # noqa: F401
-from alarm_words import LEVELLED, LEVELS, THRESHOLD_ALARMS
+from alarm_words import ALARM_COUNT, LEVELLED, LEVELS, THRESHOLD_ALARMS
 from calls import of
 from traced_fixtures import no_faults  # noqa: F401
 
@@ -85,7 +85,7 @@ def test_a_level_that_is_refused_is_said_twice_with_one_reason(olt, code, reason
     assert shown_level(olt, 0) == "info"
 
 
-@pytest.mark.parametrize("result", [-1, 106, 0x1006A])
+@pytest.mark.parametrize("result", [-1, ALARM_COUNT, 0x10000 + ALARM_COUNT])
 def test_a_name_without_an_id_is_said_on_both_sides(olt, result):
     mark = len(olt.stderr())
     olt.faults(f"get_alarm_id_by_name nth=1 ret={result}")

@@ -3,6 +3,7 @@
 import pytest
 from alarm_fixtures import describe, olt, store  # noqa: F401
 from alarm_store import LEVELS, NONE, Record, line
+from alarm_words import ALARM_COUNT
 from calls import of
 
 SHOWS = ["show alarm-log", "show alarm-log level major", "show alarm-log head 5", "show alarm-log tail 5"]
@@ -166,7 +167,7 @@ def test_tail_1_on_a_slot_without_a_record_prints_nothing(olt, store):
     assert shown(olt, "show alarm-log tail 1") == ""
 
 
-@pytest.mark.parametrize("alarm_id", [106, 512, 65535])
+@pytest.mark.parametrize("alarm_id", [ALARM_COUNT, 512, 65535])
 def test_an_alarm_that_the_catalogue_does_not_know_has_no_description(olt, store, alarm_id):
     record = Record("strange", alarm_id=alarm_id)
     store.chain([record])

@@ -8,6 +8,7 @@ from pathlib import Path
 import pytest
 from alarm_fixtures import calls_of, catalogue, edit_database, olt, store  # noqa: F401
 from alarm_store import LEVELS, NONE, AlarmStore, Record
+from alarm_words import ALARM_COUNT
 from calls import in_order, of
 from olt import wait_until
 
@@ -178,7 +179,7 @@ def test_percent_signs_in_a_message_are_text(olt, store, line):
 
 
 def test_unknown_ids_and_levels_have_empty_names(olt, store):
-    store.chain([Record("odd", level=200, alarm_id=65535), Record("next", level=8, alarm_id=106)])
+    store.chain([Record("odd", level=200, alarm_id=65535), Record("next", level=8, alarm_id=ALARM_COUNT)])
     assert save(olt) == ""
     assert saved(olt) == "[2026/03/02 09:41:17] [] [] [] : odd\n[2026/03/02 09:41:17] [] [] [] : next\n"
 

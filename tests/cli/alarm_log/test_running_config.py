@@ -2,7 +2,7 @@
 """The alarm log's part of the running configuration: its lines, and that a saved one gives itself back."""
 import pytest
 from alarm_fixtures import calls_of, catalogue, edit_database, let_changes_be_heard, olt, try_edit_database  # noqa: F401
-from alarm_words import ACTIONS, LEVELS, NAMED
+from alarm_words import ACTIONS, ALARM_COUNT, LEVELS, NAMED
 from olt import wait_until
 from threshold_fixtures import BOARD_ALARMS, PON_ALARMS, a_pass, store_thresholds
 
@@ -172,7 +172,7 @@ def test_nothing_wider_than_its_buffer_gets_into_the_database(olt):  # noqa: F81
               f"<threshold><temp-high><alarm-threshold>{'1' * 32}</alarm-threshold></temp-high></threshold>",
               *(f"<alarm><id>0</id><{leaf}>{'x' * (width + 1)}</{leaf}></alarm>"
                 for leaf, width in {"name": 32, "desc": 32, "level": 16, "type": 16, "class": 8}.items()),
-              "<alarm><id>106</id></alarm>"]
+              f"<alarm><id>{ALARM_COUNT}</id></alarm>"]
     for content in beyond:
         assert try_edit_database(olt, alarm_log(content)).returncode != 0, content
     assert lines(olt) == before

@@ -4,7 +4,7 @@ import re
 
 import pytest
 from alarm_fixtures import LIBRARIES, SANITIZED, catalogue, edit_database  # noqa: F401
-from alarm_words import ACTIONS
+from alarm_words import ACTIONS, ALARM_COUNT
 from calls import of
 from olt import wait_until
 from threshold_fixtures import ARM, FETCH, MONITOR
@@ -36,7 +36,7 @@ def olt(make_olt):
 
 def test_every_alarm_is_set_from_the_catalogue_and_applied_with_its_last_value(olt, catalogue):  # noqa: F811
     calls = made(seeding(olt))
-    assert len(catalogue) == 106
+    assert len(catalogue) == ALARM_COUNT
     sizes = {"name": 32, "desc": 32, "level": 16, "type": 16, "class": 8}
     for entry in catalogue:
         ours, calls = calls[:9], calls[9:]
@@ -93,7 +93,7 @@ FAILURES = [
 ]
 
 
-@pytest.mark.parametrize("nth", [1, 57, 106])
+@pytest.mark.parametrize("nth", [1, 57, ALARM_COUNT])
 @pytest.mark.parametrize("op, what", FAILURES)
 def test_the_first_alarm_value_that_is_refused_ends_it(failing, op, what, nth):
     calls, stderr = failing(f"{op} nth={nth} ret=-7")

@@ -10,6 +10,7 @@ from pathlib import Path
 
 import pytest
 from alarm_store import AlarmStore
+from alarm_words import ALARM_COUNT
 from calls import of, read_trace
 from olt import DEADLINE_S, sanitizer_runtime
 
@@ -123,8 +124,8 @@ def peer(olt):
 @pytest.fixture(scope="module")
 def describe(olt):
     """The catalogue's description of an alarm, read from the platform library."""
-    done = olt.exec(*peer_command("describe", *map(str, range(106))), check=True)
-    descriptions = done.stdout.split("\n")[:106]
+    done = olt.exec(*peer_command("describe", *map(str, range(ALARM_COUNT))), check=True)
+    descriptions = done.stdout.split("\n")[:ALARM_COUNT]
     return lambda alarm_id: descriptions[alarm_id]
 
 

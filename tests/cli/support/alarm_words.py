@@ -13,5 +13,6 @@ LEVELS = SETS["LEVEL"]
 
 # Every (class, name) that a command can name.
 NAMED = [(klass, name) for (_, klass), names in GROUPS.items() for name in names]
+ALARM_COUNT = len(NAMED)
 # Those that have a level command and an older form.
 LEVELLED = [(klass, name) for klass, name in NAMED if name not in THRESHOLD_ALARMS]

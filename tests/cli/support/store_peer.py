@@ -18,6 +18,8 @@ import os
 import struct
 import sys
 
+from alarm_words import ALARM_COUNT
+
 ENTRY_SIZE, DESCRIPTION_AT, DESCRIPTION_SIZE = 88, 34, 32
 ENTRY = struct.Struct("=H32s32sxxIIIII")  # id, name, description, level, type, actions, class, group
 NONE = 0xFFFFFFFF
@@ -40,7 +42,7 @@ class Platform:
         return ctypes.c_int.in_dll(self.api, "alarm_log_sem_id").value
 
     def describe(self, alarm_id: int) -> str:
-        table = (ctypes.c_char * (106 * ENTRY_SIZE)).in_dll(self.api, "tq_alarm_log_info")
+        table = (ctypes.c_char * (ALARM_COUNT * ENTRY_SIZE)).in_dll(self.api, "tq_alarm_log_info")
         at = alarm_id * ENTRY_SIZE + DESCRIPTION_AT
         return table.raw[at : at + DESCRIPTION_SIZE].split(b"\0")[0].decode()
 
@@ -55,7 +57,7 @@ class Platform:
         levels = names("tq_alarm_log_level", 16, 8)
         types = names("tq_alarm_log_type", 16, 4)
         classes = names("tq_alarm_log_class", 8, 2)
-        raw = (ctypes.c_char * (106 * ENTRY_SIZE)).in_dll(self.api, "tq_alarm_log_info").raw
+        raw = (ctypes.c_char * (ALARM_COUNT * ENTRY_SIZE)).in_dll(self.api, "tq_alarm_log_info").raw
         for number, name, description, level, type_, actions, class_, group in ENTRY.iter_unpack(raw):
             say(json.dumps({"id": number, "name": text_of(name), "description": text_of(description),
                             "level": levels[level], "type": types[type_], "class": classes[class_], "group": group,
