@@ -143,6 +143,8 @@ std::vector<std::uint8_t> make_board_record(std::uint32_t capability, const std:
 
 extern "C" {
 
+int alarm_log_sem_id = -1; // there are no alarms on it
+
 uint8_t cpld_debug = 0;
 
 int semaphore_p(int)
