@@ -2,7 +2,7 @@
 // Transport to a simulated board.
 //
 // Failure policy: no board gives ECONNREFUSED or ENOENT at once, a silent one ETIMEDOUT after a second.  A
-// handle outlives its board: when the board has been started anew, the next transaction connects the same
+// handle outlives its board: when the board has been started again, the next transaction connects the same
 // descriptor again, as device nodes would go on working after a power cycle of what is behind them.
 #include "platform/board/bus_sim.hpp"
 

@@ -41,7 +41,7 @@ int port_init(const tq_port_info_t *info, tq_intf_table_t *intf);
 /* PON mode of the OLT as the board description names it: 1 GPON, 2 XG-PON, 3 combo.  Negative without a
  * description. */
 int pon_mode_get(void);
-/* Argument that follows the keyword of the grammar in a parsed command, as it was typed; NULL when the
+/* Argument that follows the keyword of the syntax in a parsed command, as it was typed; NULL when the
  * keyword is absent.  It lives as long as the command line. */
 const char *cmd_parase_parameters(int argc, struct cmd_token **argv, const char *keyword);
 
@@ -57,7 +57,7 @@ extern char tq_alarm_log_class[][8];
 int tq_alarm_log_init(void);
 /* Attaches the store (made when there is none) and returns its address; NULL with errno set on failure.
  * A store of another size or magic is refused with EPROTO.  The caller holds alarm_log_sem_id.  The address
- * stays good while the process lives: when the store is deleted and made anew, the new one appears there at
+ * stays good while the process lives: when the store is deleted and made again, the new one appears there at
  * the next semaphore_p of alarm_log_sem_id. */
 tq_alarm_store_t *tq_alarm_log_get_shm_pointer(void);
 /* Removes one record from the chain.  The caller holds alarm_log_sem_id.  0, or negative when `slot` is no

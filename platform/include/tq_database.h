@@ -67,7 +67,7 @@ void *sysrepo_debug_func_return(void);
 void sysrepo_debug_fun_reg(void *func);
 uint32_t db_debug_get(void); /* bit 8: trace the apply lock */
 
-/* Apply lock: brackets the change of several values at once.  The wait is bounded. */
+/* Apply lock: held around the change of several values at once.  The wait is bounded. */
 int db_apply_lock(tq_database_t *db);
 int db_apply_unlock(tq_database_t *db);
 int db_apply_changes(void *conn); /* conn of the handle */

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The trap action: an alarm goes as an SNMPv2c notification to every sink of the sinks' file, which is read
-// anew when it has changed.
+// again when it has changed.
 // Failure policy: what cannot be sent is lost and said in the log once; the other sinks get it nevertheless.
 // No file means no sinks.  A file that cannot be read leaves no sinks and is an error; a line that is wrong
 // is left out, and said once for each state of the file.

@@ -9,7 +9,7 @@
 
 #include <cstring>
 
-// Only keywords of the grammar are looked at, by their whole text: a name or message that the operator typed
+// Only keywords of the syntax are looked at, by their whole text: a name or message that the operator typed
 // may read like one, and a keyword may have been typed in part.
 const char *cmd_parase_parameters(int argc, struct cmd_token **argv, const char *keyword)
 {

@@ -8,7 +8,7 @@
 //
 // TQ_TRACE=file    every call appends one line "SEQ MONOTONIC_MS THREAD OP ARGS -> RESULT" when it returns.
 //                  SEQ counts the lines of the file (the counter is "file.seq").
-// TQ_FAULTS=file   a text file, read anew at every call; one fault per line, '#' begins a comment:
+// TQ_FAULTS=file   a text file, read again at every call; one fault per line, '#' begins a comment:
 //                  OP [nth=N] [count=M] [ret=R] [errno=E] [thread=NAME] [delay_ms=D]
 //                  The N-th call of OP (counted from 1, from when the line appeared, per process, only calls
 //                  of the named thread) and the M-1 after it fail: the function is not called, returns R and
@@ -53,7 +53,7 @@ private:
     void name(const char *name) noexcept;
 
     static constexpr std::size_t capacity =
-        8192; // a command's grammar and help, the longest there is, has 3000
+        8192; // a command's syntax and help, the longest there is, has 3000
     const char *op_;
     bool has_result_values_;
     std::size_t used_ = 0;

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Exported functions about the database itself: life, transactions, XML, subscriptions, sessions.
 #include "platform/database/api/api.hpp"
-#include "platform/database/api/log.hpp"
+#include "platform/database/engine/messages.hpp"
+#include "platform/database/engine/subscriptions.hpp"
 
 #include <map>
-#include <utility>
+#include <memory>
+#include <mutex>
 
 using namespace tq::db;
 
@@ -66,27 +68,7 @@ int tq_db_get_change_next(void *session, void **iter, int *op, void **old_val, v
     return tq::traced("tq_db_get_change_next", [&]() -> int {
         if (!session || !iter || !op || !old_val || !new_val)
             return TQ_ERR_INVALID;
-        auto *const from = static_cast<sr_session_ctx_t *>(session);
-        sr_free_val(static_cast<sr_val_t *>(std::exchange(*old_val, nullptr)));
-        sr_free_val(static_cast<sr_val_t *>(std::exchange(*new_val, nullptr)));
-        int result = SR_ERR_OK;
-        if (!*iter) {
-            sr_change_iter_t *made = nullptr;
-            result = sr_get_changes_iter(from, Repository::callback_xpath(), &made);
-            *iter = made;
-        }
-        if (result != SR_ERR_OK)
-            return code_of(result, from);
-        sr_change_oper_t operation{};
-        sr_val_t *before = nullptr, *after = nullptr;
-        result =
-            sr_get_change_next(from, static_cast<sr_change_iter_t *>(*iter), &operation, &before, &after);
-        if (result != SR_ERR_OK)
-            return code_of(result, from);
-        *op = operation;
-        *old_val = before;
-        *new_val = after;
-        return TQ_OK;
+        return next_change(session, iter, op, old_val, new_val);
     });
 }
 

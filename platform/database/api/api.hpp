@@ -3,7 +3,7 @@
 // through the C boundary.
 #pragma once
 
-#include "platform/database/engine/database.hpp"
+#include "platform/database/api/database.hpp"
 #include "platform/trace/tq_trace.hpp"
 #include "tq_errno.h"
 

@@ -2,13 +2,13 @@
 // Locks between processes that the kernel releases with their holder, however it ends.
 #pragma once
 
+#include "base/fd.hpp"
+
 #include <sys/file.h>
 
 #include <cerrno>
 #include <chrono>
 #include <thread>
-
-#include "base/fd.hpp"
 
 namespace tq::db {
 
@@ -29,24 +29,24 @@ inline void unlock_file(const base::Fd &file)
     ::flock(file.get(), LOCK_UN);
 }
 
-// A turn at writing, or at leaving: a program that unsubscribes and one that writes would wait for each
-// other. Who does not get its turn in time goes on without.
-class Turn {
+// Holds the lock while it lives.  Who does not get it in time goes on without.
+class FileLockGuard {
 public:
-    Turn(const base::Fd &file, std::chrono::milliseconds wait) : file_(file), is_mine_(lock_file(file, wait))
+    FileLockGuard(const base::Fd &file, std::chrono::milliseconds wait)
+        : file_(file), is_held_(lock_file(file, wait))
     {
     }
-    ~Turn()
+    ~FileLockGuard()
     {
-        if (is_mine_)
+        if (is_held_)
             unlock_file(file_);
     }
-    Turn(const Turn &) = delete;
-    Turn &operator=(const Turn &) = delete;
+    FileLockGuard(const FileLockGuard &) = delete;
+    FileLockGuard &operator=(const FileLockGuard &) = delete;
 
 private:
     const base::Fd &file_;
-    bool is_mine_;
+    bool is_held_;
 };
 
 } // namespace tq::db

@@ -2,13 +2,11 @@
 // Connection, transactions and locks.
 #include "platform/database/engine/repository.hpp"
 
-#include "platform/database/engine/owner_identity.hpp"
+#include "platform/database/engine/call_deadline.hpp"
+#include "platform/database/engine/file_lock.hpp"
 #include "tq_errno.h"
 
 #include <fcntl.h>
-#include <libyang/libyang.h>
-#include <sys/statvfs.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,112 +16,77 @@ namespace tq::db {
 
 namespace {
 constexpr const char *alarm_module = our_modules.front();
-
-// sysrepo's shared memory is mapped and grows: with the file system full, touching it would kill the process
-// with SIGBUS.  Far more than one transaction needs is asked for first.
-constexpr unsigned long long shared_memory_reserve = 512 * 1024;
-
-bool is_shared_memory_full()
-{
-    struct statvfs status {};
-    return statvfs("/dev/shm", &status) == 0 &&
-           static_cast<unsigned long long>(status.f_bavail) * status.f_frsize < shared_memory_reserve;
-}
-
-template <class Owner, class Start>
-int owned(Owner &owner, Start start)
-{
-    typename Owner::pointer raw = nullptr;
-    errno = 0;
-    const int result = start(&raw);
-    if (result != SR_ERR_OK)
-        return result;
-    owner.reset(raw);
-    return SR_ERR_OK;
-}
 } // namespace
 
-Repository::Repository(Mirror &mirror) : mirror_(mirror) {}
+Repository::Repository(Cache &cache) : cache_(cache), subscriptions_(cache, schema_, is_stuck_) {}
 
-bool Repository::is_alone()
+// A program that unsubscribes and one that writes would wait for each other.
+Repository::~Repository()
 {
-    return SharedState(sr_get_repo_path()).is_unused();
+    const FileLockGuard turn(turn_, apply_timeout);
+    if (baseline_)
+        subscriptions_.unsubscribe(*baseline_);
 }
 
-int Repository::open(Mirror &mirror, Trust trust, std::unique_ptr<Repository> &opened)
+void Repository::abandon()
 {
-    // Connecting makes an empty repository where there is none: what is not there is to be set up, not
-    // guessed.
-    for (const char *folder : {"/yang", "/data"})
-        if (::access((sr_get_repo_path() + std::string(folder)).c_str(), F_OK) != 0)
-            return errno == EACCES ? TQ_ERR_ACCESS : TQ_ERR_NO_DB;
-    if (is_shared_memory_full())
-        return TQ_ERR_NO_SPACE;
+    subscriptions_.abandon();
+    leak(session_.release());
+    leak(connection_.release());
+}
 
-    SharedState state(sr_get_repo_path());
-    state.repair_permissions();
-    if (state.is_absent() || trust == Trust::none ||
-        ((trust == Trust::stuck || state.has_dead_subscriber()) && state.is_unused()))
-        state.remove(); // of an absent one there may be parts
-    bool is_lost = false;
-    int code = open_with(mirror, state, is_lost, opened);
-    if (code == TQ_ERR_TIMEOUT && state.is_unused()) {
-        state.remove();
-        code = open_with(mirror, state, is_lost, opened);
-    }
+int Repository::open(Cache &cache, Trust trust, std::unique_ptr<Repository> &opened)
+{
+    Recovery recovery;
+    int code = recovery.prepare(trust);
+    if (code != TQ_OK)
+        return code;
+    code = attempt(cache, recovery, opened);
+    if (code == TQ_ERR_TIMEOUT && recovery.remove_if_unused())
+        code = attempt(cache, recovery, opened);
     // With the process's own identity: the C library ends a process whose threads do not change theirs alike.
-    if (code == TQ_OK && (code = opened->start_thread()) == TQ_OK)
-        code = opened->agree(is_lost);
+    if (code == TQ_OK && (code = opened->subscriptions_.start_thread(*opened->baseline_)) == TQ_OK)
+        code = opened->agree(recovery.is_running_lost());
     if (code != TQ_OK)
         opened.reset();
     return code;
 }
 
-int Repository::open_with(Mirror &mirror, const SharedState &state, bool &is_lost,
-                          std::unique_ptr<Repository> &opened)
+int Repository::attempt(Cache &cache, Recovery &recovery, std::unique_ptr<Repository> &opened)
 {
-    const OwnerIdentity owner(sr_get_repo_path());
-    std::unique_ptr<Repository> repository(new Repository(mirror));
-    is_lost = state.is_absent() && !state.is_restored();
+    const OwnerIdentity owner;
+    std::unique_ptr<Repository> repository(new Repository(cache));
+    recovery.begin();
     int code = repository->connect();
     if (code != TQ_OK)
         return code;
-    state.restore();
-    state.repair_permissions();
-    is_lost = is_lost || state.has_lost_running();
-    state.replace_lost_running();
-    repository->basis_.emplace(state);
-    repository->data_ = state.data();
+    repository->baseline_ = recovery.complete();
     for (const char *module : our_modules)
         if (code == TQ_OK)
-            code = repository->watch(module);
+            code = repository->subscriptions_.watch(module);
     Changes values;
     if (code == TQ_OK)
-        code = repository->read_all(values);
-    if (state.is_restored() && (code != TQ_OK || !repository->is_consistent())) {
-        state.restore_startup();
-        is_lost = true;
-        code = repository->read_all(values = {});
+        code = repository->subscriptions_.read_all(values);
+    if (recovery.is_restored() && (code != TQ_OK || !repository->is_consistent())) {
+        recovery.restore_startup();
+        code = repository->subscriptions_.read_all(values = {});
     }
     if (code == TQ_OK)
-        code = repository->open_locks();
+        code = repository->open_lock_files();
     if (code == TQ_OK)
         opened = std::move(repository);
     return code;
 }
 
 // Until the database has what it lost, getters go on answering with it.
-int Repository::agree(bool is_lost)
+int Repository::agree(bool is_running_lost)
 {
     Changes values;
-    {
-        const std::lock_guard lock(notices_);
-        if (const int code = read_all(values); code != TQ_OK)
-            return code;
-    }
-    Changes missing = mirror_.values();
+    if (const int code = subscriptions_.read_all(values); code != TQ_OK)
+        return code;
+    Changes missing = cache_.values();
     for (const auto &[slot, value] : values)
-        if (!is_lost)
+        if (!is_running_lost)
             missing.erase(slot);
         else
             missing.try_emplace(slot, std::nullopt);
@@ -133,7 +96,7 @@ int Repository::agree(bool is_lost)
 
 int Repository::connect()
 {
-    const int result = owned(connection_, [](auto raw) { return sr_connect(SR_CONN_DEFAULT, raw); });
+    const int result = make(connection_, [](auto raw) { return sr_connect(SR_CONN_DEFAULT, raw); });
     if (result != SR_ERR_OK)
         return code_of(result, nullptr);
     const ly_ctx *context = sr_get_context(connection_.get());
@@ -143,21 +106,21 @@ int Repository::connect()
             return TQ_ERR_NO_DB; // no such module, or another revision of it
     }
     const int code = start_session(session_);
-    return code == TQ_OK ? start_session(listener_) : code;
+    return code == TQ_OK ? start_session(subscriptions_.session()) : code;
 }
 
 int Repository::start_session(Session &session)
 {
     const int result =
-        owned(session, [this](auto raw) { return sr_session_start(connection_.get(), SR_DS_RUNNING, raw); });
+        make(session, [this](auto raw) { return sr_session_start(connection_.get(), SR_DS_RUNNING, raw); });
     return code_of(result, nullptr);
 }
 
 // Reading takes data that were cut off for what is left of them; a transaction, which checks, refuses them.
 bool Repository::is_consistent()
 {
-    return std::all_of(watched_.begin(), watched_.end(), [this](const Watched &watched) {
-        return sr_validate(listener_.get(), watched.module, read_timeout.count()) == SR_ERR_OK;
+    return std::ranges::all_of(our_modules, [this](const char *module) {
+        return sr_validate(subscriptions_.session().get(), module, validate_timeout.count()) == SR_ERR_OK;
     });
 }
 
@@ -173,7 +136,7 @@ int Repository::apply(const Changes &changes)
         return TQ_ERR_TIMEOUT;
     if (is_shared_memory_full())
         return TQ_ERR_NO_SPACE;
-    const Patience patience(is_stuck_);
+    const CallDeadline deadline(is_stuck_);
     int result = SR_ERR_OK;
     for (const auto &[slot, value] : changes) {
         const Path path = path_of(slot);
@@ -183,20 +146,18 @@ int Repository::apply(const Changes &changes)
         if (result != SR_ERR_OK)
             break;
     }
-    const Turn turn(turn_, apply_timeout);
-    if (SharedState(sr_get_repo_path()).has_dead_subscriber())
-        forget_the_dead();
-    if (result == SR_ERR_OK && patience.is_over())
+    const FileLockGuard turn(turn_, apply_timeout);
+    forget_dead_subscribers();
+    if (result == SR_ERR_OK && deadline.is_over())
         result = SR_ERR_TIME_OUT;
     errno = 0;
-    // Waits for the subscribers: an event that one has not taken blocks the next writer.
     if (result == SR_ERR_OK)
-        result = sr_apply_changes(session_.get(), apply_timeout.count(), 1);
+        result = apply_changes(session_.get(), apply_timeout);
     const int code = code_of(result, session_.get());
     // Changes that were refused stay in the session and would be refused again with the next ones.
     if (result != SR_ERR_OK)
         sr_discard_changes(session_.get());
-    if (patience.is_over())
+    if (deadline.is_over())
         return code;
     take_notices();
     if (result == SR_ERR_TIME_OUT) // it may have come through all the same
@@ -204,14 +165,15 @@ int Repository::apply(const Changes &changes)
     return code;
 }
 
-// sysrepo looks for connections whose process is gone when a new one is made, and only then.
-void Repository::forget_the_dead()
+int Repository::subscribe(const tq_db_module &module)
 {
-    Connection connection;
-    owned(connection, [](auto raw) { return sr_connect(SR_CONN_NO_SCHED_CHANGES, raw); });
+    for (const tq_db_entry *entry = module.entries; entry->xpath; ++entry)
+        if (const int code = subscriptions_.subscribe(module.name, *entry); code != TQ_OK)
+            return code;
+    return TQ_OK;
 }
 
-int Repository::open_locks()
+int Repository::open_lock_files()
 {
     const auto open_file = [](base::Fd &file, const char *name) {
         const std::string path = std::string(sr_get_repo_path()) + name;
@@ -225,12 +187,10 @@ int Repository::lock()
 {
     if (!lock_file(lock_, lock_wait))
         return TQ_ERR_LOCKED;
-    int is_locked = 0;
-    sr_get_lock(connection_.get(), SR_DS_RUNNING, alarm_module, &is_locked, nullptr, nullptr, nullptr);
-    if (is_locked)
+    is_locked_ = !is_locked(connection_.get(), alarm_module);
+    if (!is_locked_)
         unlock_file(lock_);
-    is_locked_ = !is_locked;
-    return is_locked ? TQ_ERR_LOCKED : TQ_OK;
+    return is_locked_ ? TQ_OK : TQ_ERR_LOCKED;
 }
 
 int Repository::unlock()

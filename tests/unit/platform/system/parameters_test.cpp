@@ -16,7 +16,7 @@
 
 namespace {
 
-const char grammar[] = "alarm-log debug send id (0-512) [uplink-port (1-128)] [pon (1-32)] [onu (1-256)] "
+const char syntax[] = "alarm-log debug send id (0-512) [uplink-port (1-128)] [pon (1-32)] [onu (1-256)] "
                        "[onu-port (1-256)] [mac MAC] [state (1-512)] message MESSAGE";
 
 std::map<std::string, std::string> found;
@@ -36,7 +36,7 @@ bool run(const char *line)
 {
     static cmd_element element = [] {
         cmd_element made{};
-        made.string = grammar;
+        made.string = syntax;
         made.doc = "";
         made.func = handler;
         made.name = "test_cmd";

@@ -5,13 +5,11 @@
 //   8  trace of the apply lock, printed by the daemon
 // A message function is called on any thread of the process, also on those that libfrr does not know: it must
 // not log through libfrr.
-#include "platform/database/api/log.hpp"
+#include "platform/database/engine/messages.hpp"
 
+#include "platform/database/engine/sysrepo.hpp"
 #include "platform/trace/tq_trace.hpp"
 #include "tq_database.h"
-
-#include <libyang/libyang.h>
-#include <sysrepo.h>
 
 #include <atomic>
 #include <cstdio>

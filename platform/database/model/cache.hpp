@@ -16,7 +16,7 @@ namespace tq::db {
 using Value = std::optional<std::string>; // nothing: not set
 using Changes = std::map<Slot, Value>;
 
-class Mirror {
+class Cache {
 public:
     // Replaces everything by `values`.
     void load(Changes values);

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Subscriptions of a Repository and the thread that takes their notices.
-#include "platform/database/engine/repository.hpp"
+// Subscriptions and the thread that takes their notices (see subscriptions.hpp).
+#include "platform/database/engine/subscriptions.hpp"
+
+#include "platform/database/engine/call_deadline.hpp"
 #include "platform/database/engine/thread.hpp"
 #include "tq_errno.h"
 
-#include <libyang/libyang.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -13,7 +14,9 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <vector>
+#include <memory>
+#include <string>
+#include <utility>
 
 namespace tq::db {
 
@@ -21,40 +24,32 @@ namespace {
 thread_local bool in_callback = false;
 thread_local const char *current_xpath = "";
 
-struct DataDeleter {
-    void operator()(lyd_node *data) const { lyd_free_withsiblings(data); }
-};
-struct IteratorDeleter {
-    void operator()(sr_change_iter_t *iterator) const { sr_free_change_iter(iterator); }
-};
+constexpr std::chrono::milliseconds read_timeout{2000};
 } // namespace
 
-bool Repository::is_in_callback()
+Subscriptions::Subscriptions(Cache &cache, const SchemaNodes &schema, std::atomic<bool> &is_stuck)
+    : cache_(cache), schema_(schema), is_stuck_(is_stuck)
+{
+}
+
+Subscriptions::~Subscriptions() = default;
+
+bool Subscriptions::is_in_callback()
 {
     return in_callback;
 }
 
-const char *Repository::callback_xpath()
+void Subscriptions::unsubscribe(const Baseline &baseline)
 {
-    return current_xpath;
-}
-
-Repository::~Repository()
-{
-    const Turn turn(turn_, apply_timeout);
     if (stop_thread())
-        // A notice that is left untaken makes the next writer wait in vain.
         take_notices();
     if (!subscription_)
         return;
-    // Without its data files sysrepo cannot end a subscription, and keeps what belongs to it.
-    const auto put_back = SharedState::put_back(data_);
+    const DataFiles files(baseline);
     subscription_.reset();
-    for (const std::string &file : put_back)
-        ::unlink(file.c_str());
 }
 
-bool Repository::stop_thread()
+bool Subscriptions::stop_thread()
 {
     if (!thread_.joinable())
         return false;
@@ -63,54 +58,46 @@ bool Repository::stop_thread()
     return true;
 }
 
-void Repository::abandon()
+void Subscriptions::abandon()
 {
     stop_thread();
-    leave_behind(subscription_.release());
-    leave_behind(listener_.release());
-    leave_behind(session_.release());
-    leave_behind(connection_.release());
-}
-
-void leave_behind(void *handle)
-{
-    static auto &all = *new std::vector<void *>;
-    all.push_back(handle);
+    leak(subscription_.release());
+    leak(session_.release());
 }
 
 // All subscriptions share one context, so one pipe and one taker serve them.
 template <class Subscribe>
-int Repository::add_subscription(Subscribe subscribe)
+int Subscriptions::add(Subscribe subscribe)
 {
     sr_subscription_ctx_t *raw = subscription_.release();
     const sr_subscr_options_t flags = SR_SUBSCR_NO_THREAD | (raw ? SR_SUBSCR_CTX_REUSE : 0);
     errno = 0;
     const int result = subscribe(flags, &raw);
-    const int code = code_of(result, listener_.get());
+    const int code = code_of(result, session_.get());
     subscription_.reset(raw);
     return code;
 }
 
 // A subscription to what is done already costs a writer one event, for which it does not wait.
-int Repository::watch(const char *module)
+int Subscriptions::watch(const char *module)
 {
     Watched &watched = watched_.emplace_back(Watched{this, module});
     const auto callback = [](sr_session_ctx_t *session, const char *, const char *, sr_event_t event,
                              std::uint32_t request, void *priv) -> int {
         if (event == SR_EV_DONE)
-            static_cast<Watched *>(priv)->repository->on_done(session, *static_cast<Watched *>(priv),
-                                                              request);
+            static_cast<Watched *>(priv)->subscriptions->on_done(session, *static_cast<Watched *>(priv),
+                                                                 request);
         return SR_ERR_OK;
     };
-    return add_subscription([&](sr_subscr_options_t flags, sr_subscription_ctx_t **raw) {
-        return sr_module_change_subscribe(listener_.get(), module, nullptr, callback, &watched, 0,
+    return add([&](sr_subscr_options_t flags, sr_subscription_ctx_t **raw) {
+        return sr_module_change_subscribe(session_.get(), module, nullptr, callback, &watched, 0,
                                           flags | SR_SUBSCR_DONE_ONLY | SR_SUBSCR_PASSIVE, raw);
     });
 }
 
-int Repository::subscribe(const char *module, const tq_db_entry &asked)
+int Subscriptions::subscribe(const char *module, const tq_db_entry &asked)
 {
-    const std::lock_guard lock(notices_);
+    const std::lock_guard lock(mutex_);
     const tq_db_entry &entry = entries_.emplace_back(asked);
     int code = TQ_OK;
     if (entry.change) {
@@ -120,8 +107,8 @@ int Repository::subscribe(const char *module, const tq_db_entry &asked)
             current_xpath = of->xpath;
             return of->change(session, name, xpath, event, request, nullptr);
         };
-        code = add_subscription([&](sr_subscr_options_t flags, sr_subscription_ctx_t **raw) {
-            return sr_module_change_subscribe(listener_.get(), module, entry.xpath, change,
+        code = add([&](sr_subscr_options_t flags, sr_subscription_ctx_t **raw) {
+            return sr_module_change_subscribe(session_.get(), module, entry.xpath, change,
                                               const_cast<tq_db_entry *>(&entry), 0, flags, raw);
         });
     }
@@ -132,8 +119,8 @@ int Repository::subscribe(const char *module, const tq_db_entry &asked)
                                                                reinterpret_cast<void **>(parent), nullptr);
         };
         // Merged: a callback that has nothing to add does not hide what is configured.
-        code = add_subscription([&](sr_subscr_options_t flags, sr_subscription_ctx_t **raw) {
-            return sr_oper_get_items_subscribe(listener_.get(), module, entry.xpath, get,
+        code = add([&](sr_subscr_options_t flags, sr_subscription_ctx_t **raw) {
+            return sr_oper_get_items_subscribe(session_.get(), module, entry.xpath, get,
                                                const_cast<tq_db_entry *>(&entry),
                                                flags | SR_SUBSCR_OPER_MERGE, raw);
         });
@@ -141,7 +128,7 @@ int Repository::subscribe(const char *module, const tq_db_entry &asked)
     return code;
 }
 
-void Repository::add_leaf(const lyd_node *node, bool is_deleted, Changes &changes) const
+void Subscriptions::add_leaf(const lyd_node *node, bool is_deleted, Changes &changes) const
 {
     const auto row = std::find(schema_.begin(), schema_.end(), node->schema);
     if (row == schema_.end())
@@ -161,41 +148,34 @@ void Repository::add_leaf(const lyd_node *node, bool is_deleted, Changes &change
         is_deleted ? Value{} : Value{reinterpret_cast<const lyd_node_leaf_list *>(node)->value_str};
 }
 
-void Repository::on_done(sr_session_ctx_t *session, Watched &watched, std::uint32_t request)
+void Subscriptions::on_done(sr_session_ctx_t *session, Watched &watched, std::uint32_t request)
 {
     const bool is_gap = watched.last_request != 0 && request != watched.last_request + 1;
     watched.last_request = request;
-    sr_change_iter_t *raw = nullptr;
     const std::string everything = std::string("/") + watched.module + ":*//.";
-    if (is_gap || sr_get_changes_iter(session, everything.c_str(), &raw) != SR_ERR_OK) {
-        load_all();
+    ChangeIterator iterator;
+    if (is_gap || make(iterator, [&](auto raw) {
+                      return sr_get_changes_iter(session, everything.c_str(), raw);
+                  }) != SR_ERR_OK) {
+        load_watched();
         return;
     }
-    const std::unique_ptr<sr_change_iter_t, IteratorDeleter> iterator(raw);
     Changes changes;
-    sr_change_oper_t operation{};
-    const lyd_node *node = nullptr;
-    const char *previous_value = nullptr, *previous_list = nullptr;
-    bool previous_default = false;
-    while (sr_get_change_tree_next(session, raw, &operation, &node, &previous_value, &previous_list,
-                                   &previous_default) == SR_ERR_OK)
-        add_leaf(node, operation == SR_OP_DELETED, changes);
-    mirror_.update(std::move(changes));
+    for (ChangedNode changed{}; next_changed_node(session, iterator.get(), changed);)
+        add_leaf(changed.node, changed.is_deleted, changes);
+    cache_.update(std::move(changes));
 }
 
-int Repository::read_all(Changes &values)
+int Subscriptions::read_watched(Changes &values)
 {
     for (const Watched &watched : watched_) {
-        const std::string everything = std::string("/") + watched.module + ":*";
-        lyd_node *raw = nullptr;
-        errno = 0;
+        DataTree data;
         const int result =
-            sr_get_data(listener_.get(), everything.c_str(), 0, read_timeout.count(), SR_OPER_DEFAULT, &raw);
-        const std::unique_ptr<lyd_node, DataDeleter> data(raw);
-        if (result != SR_ERR_OK && result != SR_ERR_NOT_FOUND)
-            return code_of(result, listener_.get());
+            read_data(session_.get(), std::string("/") + watched.module + ":*", read_timeout, data);
+        if (result != SR_ERR_OK)
+            return code_of(result, session_.get());
         const lyd_node *next = nullptr, *node = nullptr;
-        for (const lyd_node *root = raw; root; root = root->next) {
+        for (const lyd_node *root = data.get(); root; root = root->next) {
             LY_TREE_DFS_BEGIN(root, next, node)
             {
                 if (node->schema->nodetype == LYS_LEAF)
@@ -207,57 +187,87 @@ int Repository::read_all(Changes &values)
     return TQ_OK;
 }
 
-int Repository::load_all()
+int Subscriptions::read_all(Changes &values)
+{
+    const std::lock_guard lock(mutex_);
+    return read_watched(values);
+}
+
+int Subscriptions::load_watched()
 {
     Changes values;
-    const int code = read_all(values);
+    const int code = read_watched(values);
     if (code == TQ_OK)
-        mirror_.load(std::move(values));
+        cache_.load(std::move(values));
     return code;
 }
 
-int Repository::reload()
+int Subscriptions::reload()
 {
-    const std::lock_guard lock(notices_);
-    return load_all();
+    const std::lock_guard lock(mutex_);
+    return load_watched();
 }
 
-void Repository::take_notices()
+void Subscriptions::take_notices()
 {
-    const std::lock_guard lock(notices_);
-    if (is_stuck())
+    const std::lock_guard lock(mutex_);
+    if (is_stuck_)
         return;
-    const Patience patience(is_stuck_);
+    const CallDeadline deadline(is_stuck_);
     in_callback = true;
-    sr_process_events(subscription_.get(), nullptr, nullptr);
+    process_events(subscription_.get());
     in_callback = false;
-    patience.is_over();
+    deadline.is_over();
 }
 
-int Repository::start_thread()
+int Subscriptions::start_thread(const Baseline &baseline)
 {
     if (sr_get_event_pipe(subscription_.get(), &event_fd_) != SR_ERR_OK)
         return TQ_ERR;
     stop_.reset(eventfd(0, EFD_CLOEXEC));
     if (!stop_)
         return TQ_ERR_NO_MEMORY;
-    return db::start_thread(thread_, "tq_database", [this] { run(); });
+    return db::start_thread(thread_, "tq_database", [this, &baseline] { run(baseline); });
 }
 
-void Repository::run() noexcept
+void Subscriptions::run(const Baseline &baseline) noexcept
 {
     std::array<pollfd, 2> fds{pollfd{event_fd_, POLLIN, 0}, pollfd{stop_.get(), POLLIN, 0}};
     for (;;) {
-        // While it is stuck, the keeper of the database decides how to go on.
-        fds[0].fd = is_stuck() ? -1 : event_fd_;
-        if (::poll(fds.data(), fds.size(), is_stuck() ? 1000 : -1) < 0 && errno != EINTR)
+        // While it is stuck, the supervisor decides how to go on.
+        fds[0].fd = is_stuck_ ? -1 : event_fd_;
+        if (::poll(fds.data(), fds.size(), is_stuck_ ? 1000 : -1) < 0 && errno != EINTR)
             return;
         if (fds[1].revents != 0 || (fds[0].revents & (POLLERR | POLLNVAL)) != 0)
             return;
-        if (basis_->is_broken()) // the keeper of the database sees to it
+        if (baseline.is_broken()) // the supervisor sees to it
             return;
         take_notices();
     }
+}
+
+int next_change(void *session, void **iterator, int *operation, void **old_value, void **new_value)
+{
+    auto *const from = static_cast<sr_session_ctx_t *>(session);
+    sr_free_val(static_cast<sr_val_t *>(std::exchange(*old_value, nullptr)));
+    sr_free_val(static_cast<sr_val_t *>(std::exchange(*new_value, nullptr)));
+    if (!*iterator) {
+        sr_change_iter_t *made = nullptr;
+        const int result = sr_get_changes_iter(from, current_xpath, &made);
+        *iterator = made;
+        if (result != SR_ERR_OK)
+            return code_of(result, from);
+    }
+    sr_change_oper_t kind{};
+    sr_val_t *before = nullptr, *after = nullptr;
+    const int result =
+        sr_get_change_next(from, static_cast<sr_change_iter_t *>(*iterator), &kind, &before, &after);
+    if (result != SR_ERR_OK)
+        return code_of(result, from);
+    *operation = kind;
+    *old_value = before;
+    *new_value = after;
+    return TQ_OK;
 }
 
 } // namespace tq::db

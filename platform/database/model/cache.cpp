@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Copy of the settings.
-#include "platform/database/engine/mirror.hpp"
+#include "platform/database/model/cache.hpp"
 
 #include "platform/database/model/value.hpp"
 #include "platform/database/model/xml.hpp"
@@ -10,7 +10,7 @@
 
 namespace tq::db {
 
-void Mirror::load(Changes values)
+void Cache::load(Changes values)
 {
     const std::lock_guard lock(mutex_);
     values_.fill(std::nullopt);
@@ -18,14 +18,14 @@ void Mirror::load(Changes values)
         values_[slot] = std::move(value);
 }
 
-void Mirror::update(Changes changes)
+void Cache::update(Changes changes)
 {
     const std::lock_guard lock(mutex_);
     for (auto &[slot, value] : changes)
         values_[slot] = std::move(value);
 }
 
-int Mirror::read(Slot slot, void *buffer, int *len) const
+int Cache::read(Slot slot, void *buffer, int *len) const
 {
     const Setting &setting = setting_of(slot);
     const std::lock_guard lock(mutex_);
@@ -35,13 +35,13 @@ int Mirror::read(Slot slot, void *buffer, int *len) const
     return setting.unset == Unset::reads_empty ? to_caller(setting.kind, {}, buffer, len) : TQ_ERR_NOT_FOUND;
 }
 
-bool Mirror::is_set(Slot slot) const
+bool Cache::is_set(Slot slot) const
 {
     const std::lock_guard lock(mutex_);
     return values_[slot].has_value();
 }
 
-Changes Mirror::values() const
+Changes Cache::values() const
 {
     const std::lock_guard lock(mutex_);
     Changes values;
@@ -51,19 +51,19 @@ Changes Mirror::values() const
     return values;
 }
 
-void Mirror::drop_unchanged(Changes &changes) const
+void Cache::drop_unchanged(Changes &changes) const
 {
     const std::lock_guard lock(mutex_);
     std::erase_if(changes, [this](const auto &change) { return values_[change.first] == change.second; });
 }
 
-std::string Mirror::alarms_as_xml() const
+std::string Cache::alarms_as_xml() const
 {
     const std::lock_guard lock(mutex_);
     return xml_of_alarms(values_);
 }
 
-std::string Mirror::thresholds_as_xml() const
+std::string Cache::thresholds_as_xml() const
 {
     const std::lock_guard lock(mutex_);
     return xml_of_thresholds(values_);

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// sysrepo's state in shared memory.
+// Files of sysrepo's shared state (see shared_state.hpp).
 // Failure policy: what cannot be repaired stays; connecting then fails as it would have failed without.
-#include "platform/database/engine/shared_state.hpp"
+#include "platform/database/engine/recovery/shared_state.hpp"
 
-#include "platform/database/engine/owner_identity.hpp"
+#include "base/fd.hpp"
+#include "platform/database/engine/recovery/thread_identity.hpp"
 #include "platform/database/model/settings.hpp"
 
 #include <fcntl.h>
@@ -44,11 +45,6 @@ std::string content_of(const fs::path &file)
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
-void put(const fs::path &file, const std::string &content)
-{
-    std::ofstream(file, std::ios::binary | std::ios::trunc) << content;
-}
-
 // Whether a line of /proc/PID/maps is about this file: "start-end perms offset major:minor inode path".
 bool is_mapping_of(const std::string &line, const struct stat &file)
 {
@@ -66,6 +62,11 @@ bool is_mapping_of(const std::string &line, const struct stat &file)
     return makedev(major_number, minor_number) == file.st_dev;
 }
 } // namespace
+
+void write_state_file(const std::string &path, const std::string &content)
+{
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+}
 
 SharedState::SharedState(std::string repository) : repository_(std::move(repository))
 {
@@ -106,9 +107,9 @@ void SharedState::replace_lost_running() const
             put_startup(module);
 }
 
-SharedState::Data SharedState::data() const
+std::map<std::string, std::string> SharedState::data() const
 {
-    Data data;
+    std::map<std::string, std::string> data;
     for (const char *module : our_modules)
         for (const char *datastore : {".running", ".operational"}) {
             const std::string path = shared("_") + module + datastore;
@@ -118,22 +119,11 @@ SharedState::Data SharedState::data() const
     return data;
 }
 
-std::vector<std::string> SharedState::put_back(const Data &data)
-{
-    std::vector<std::string> made;
-    for (const auto &[path, content] : data)
-        if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT) {
-            put(path, content);
-            made.push_back(path);
-        }
-    return made;
-}
-
 void SharedState::put_startup(const std::string &module) const
 {
     const std::string from = repository_ + "/data/" + module + startup_suffix;
     const std::string to = running_of(module.c_str());
-    put(to, content_of(from));
+    write_state_file(to, content_of(from));
     struct stat startup {};
     if (::stat(from.c_str(), &startup) == 0)
         ::chmod(to.c_str(), startup.st_mode & ACCESSPERMS);
@@ -158,11 +148,9 @@ bool SharedState::has_dead_subscriber() const
 {
     bool is_found = false;
     for_each_file(repository_, "sr_evpipe", [&](const fs::path &pipe) {
-        const int fd = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
-        if (fd < 0 && errno == ENXIO)
+        const base::Fd writer(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+        if (!writer && errno == ENXIO)
             is_found = true;
-        else if (fd >= 0)
-            ::close(fd);
     });
     return is_found;
 }
@@ -210,7 +198,7 @@ void SharedState::restore() const
 {
     for (const auto &[module, content] : running_)
         if (!content.empty())
-            put(shared("_") + module + ".running", content);
+            write_state_file(shared("_") + module + ".running", content);
 }
 
 void SharedState::restore_startup() const

@@ -8,9 +8,9 @@ using namespace sandbox;
 
 namespace {
 
-class Seeding : public DatabaseTest {
+class Defaults : public DatabaseTest {
 protected:
-    void seed(unsigned variant)
+    void set_all(unsigned variant)
     {
         for (uint16_t id = 0; id < TQ_ALARM_COUNT; ++id) {
             const std::string name = "alarm-" + std::to_string(id) + "-" + std::to_string(variant);
@@ -30,9 +30,9 @@ protected:
 
 } // namespace
 
-TEST_F(Seeding, all_values_are_there_afterwards)
+TEST_F(Defaults, all_values_are_there_afterwards)
 {
-    ASSERT_NO_FATAL_FAILURE(seed(1));
+    ASSERT_NO_FATAL_FAILURE(set_all(1));
     const std::string all = xml(db_olt_alarm_log_show_xml_alarm_id);
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 2 + 106 * (2 + 6 + 2 + 4));
     for (uint16_t id = 0; id < TQ_ALARM_COUNT; ++id)

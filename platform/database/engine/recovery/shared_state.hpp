@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// sysrepo's state in shared memory, and what two of its weaknesses leave there.
-//
-// A process that is killed in a transaction leaves the main lock held: from then on every program waits 15
-// seconds to connect and fails, for ever.  While nobody is connected, the locks belong to nobody and the
-// state can be made anew; the running configuration is carried over.
-//
-// Whoever removes the state takes the running configuration with it, which lives there, too.
+// Files of sysrepo's state in shared memory: the running configuration lives there, too, so whoever removes
+// the state takes it along.
 //
 // When root is the first to connect, the data files of running and operational are given to the owner of the
 // module, but without any permission.
@@ -13,9 +8,11 @@
 
 #include <map>
 #include <string>
-#include <vector>
 
 namespace tq::db {
+
+// What cannot be written stays as it is.
+void write_state_file(const std::string &path, const std::string &content);
 
 class SharedState {
 public:
@@ -29,7 +26,7 @@ public:
     // Gives the owner the permissions back that a module's startup file has.
     void repair_permissions() const;
 
-    // A subscriber ended without taking its leave: its event pipe is still there, without a reader.  Writers
+    // A subscriber ended without unsubscribing: its event pipe is still there, without a reader.  Writers
     // wait for it in vain.
     bool has_dead_subscriber() const;
     // Nobody else has the state mapped, as far as this process may look: it has to be root's to say so.
@@ -49,10 +46,7 @@ public:
     // Puts the startup configuration where the running one is missing.
     void replace_lost_running() const;
     // The data files of our modules, running and operational, with their content.
-    using Data = std::map<std::string, std::string>;
-    Data data() const;
-    // Puts back those of `data` that are gone, and says which.
-    static std::vector<std::string> put_back(const Data &data);
+    std::map<std::string, std::string> data() const;
 
 private:
     bool is_running_lost(const char *module) const;

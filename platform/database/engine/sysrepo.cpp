@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// sysrepo's results as platform error codes.
-#include "platform/database/engine/sr_error.hpp"
+// sysrepo's results, and its calls (see sysrepo.hpp).
+#include "platform/database/engine/sysrepo.hpp"
 
 #include "tq_errno.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <initializer_list>
 
@@ -71,6 +72,48 @@ int code_of(int sr_result, sr_session_ctx_t *session)
     default:
         return TQ_ERR;
     }
+}
+
+int apply_changes(sr_session_ctx_t *session, std::chrono::milliseconds timeout)
+{
+    constexpr int wait_for_callbacks = 1;
+    errno = 0;
+    return sr_apply_changes(session, static_cast<std::uint32_t>(timeout.count()), wait_for_callbacks);
+}
+
+int read_data(sr_session_ctx_t *session, const std::string &xpath, std::chrono::milliseconds timeout,
+              DataTree &data)
+{
+    constexpr std::uint32_t whole_depth = 0;
+    const int result = make(data, [&](lyd_node **raw) {
+        return sr_get_data(session, xpath.c_str(), whole_depth, static_cast<std::uint32_t>(timeout.count()),
+                           SR_OPER_DEFAULT, raw);
+    });
+    return result == SR_ERR_NOT_FOUND ? SR_ERR_OK : result;
+}
+
+void process_events(sr_subscription_ctx_t *subscription)
+{
+    sr_process_events(subscription, nullptr, nullptr);
+}
+
+bool is_locked(sr_conn_ctx_t *connection, const char *module)
+{
+    int locked = 0;
+    sr_get_lock(connection, SR_DS_RUNNING, module, &locked, nullptr, nullptr, nullptr);
+    return locked != 0;
+}
+
+bool next_changed_node(sr_session_ctx_t *session, sr_change_iter_t *iterator, ChangedNode &changed)
+{
+    sr_change_oper_t operation{};
+    const char *previous_value = nullptr, *previous_list = nullptr;
+    bool previous_default = false;
+    if (sr_get_change_tree_next(session, iterator, &operation, &changed.node, &previous_value, &previous_list,
+                                &previous_default) != SR_ERR_OK)
+        return false;
+    changed.is_deleted = operation == SR_OP_DELETED;
+    return true;
 }
 
 } // namespace tq::db

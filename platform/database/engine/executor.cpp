@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The thread that waits in the callers' place.
-#include "platform/database/engine/keeper.hpp"
+#include "platform/database/engine/executor.hpp"
 
 #include "platform/database/engine/thread.hpp"
 #include "tq_errno.h"
@@ -10,12 +10,12 @@
 
 namespace tq::db {
 
-Keeper::Keeper(std::function<void()> look, std::chrono::milliseconds period)
+Executor::Executor(std::function<void()> look, std::chrono::milliseconds period)
     : look_(std::move(look)), period_(period)
 {
 }
 
-Keeper::~Keeper()
+Executor::~Executor()
 {
     {
         const std::lock_guard lock(mutex_);
@@ -26,12 +26,12 @@ Keeper::~Keeper()
         thread_.join();
 }
 
-int Keeper::start()
+int Executor::start()
 {
-    return thread_.joinable() ? TQ_OK : start_thread(thread_, "tq_keeper", [this] { work(); });
+    return thread_.joinable() ? TQ_OK : start_thread(thread_, "tq_executor", [this] { work(); });
 }
 
-int Keeper::run(std::function<int()> work, std::chrono::milliseconds wait)
+int Executor::run(std::function<int()> work, std::chrono::milliseconds wait)
 {
     std::unique_lock lock(mutex_);
     const auto deadline = (is_busy_ ? busy_since_ : Clock::now()) + wait;
@@ -51,13 +51,13 @@ int Keeper::run(std::function<int()> work, std::chrono::milliseconds wait)
     return TQ_ERR_NO_DB;
 }
 
-bool Keeper::is_awaited()
+bool Executor::is_awaited()
 {
     const std::lock_guard lock(mutex_);
     return !job_ || job_->is_awaited;
 }
 
-void Keeper::work() noexcept
+void Executor::work() noexcept
 {
     std::unique_lock lock(mutex_);
     while (!is_stopped_) {

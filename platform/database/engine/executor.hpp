@@ -12,13 +12,13 @@
 
 namespace tq::db {
 
-class Keeper {
+class Executor {
 public:
     // `look` is called by the thread every `period` in which nobody asked for anything.
-    Keeper(std::function<void()> look, std::chrono::milliseconds period);
-    ~Keeper();
-    Keeper(const Keeper &) = delete;
-    Keeper &operator=(const Keeper &) = delete;
+    Executor(std::function<void()> look, std::chrono::milliseconds period);
+    ~Executor();
+    Executor(const Executor &) = delete;
+    Executor &operator=(const Executor &) = delete;
 
     int start();
 
