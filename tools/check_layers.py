@@ -15,7 +15,9 @@ The layers:
   - libfrr comes into the daemon through core/frr.hpp only; sysrepo only into files that are free of libfrr,
     because each brings a libyang of its own.
   - Pure files (decoding, policies, judges, parsers) reach nothing but the standard library.
-  - The platform never includes what is built on it: the daemon, the simulator, the shell.
+  - The platform never includes what is built on it: the daemon, the simulator, the shell.  Within libtqapi sinks
+    stand on alarms, and both on system; within libtqdatabase api stands on engine, and both on model, and sysrepo's
+    headers come into engine only.
   - The simulator and the shell never include the daemon, nor each other.
 """
 import re
@@ -28,6 +30,13 @@ PURE = re.compile(r"(^|/)decode/|_(policy|judge|parser)\.[ch]pp$")
 LIBFRR_IN_C = {"vty.h"}  # as libfrr's own files name it
 FRR_DOOR = "diagd/core/frr.hpp"
 C_API = "platform/include/"
+
+# Rooms of the platform of which the lower knows nothing of the higher, the highest first.
+PLATFORM_ORDERS = (
+    ("platform/sinks", "platform/alarms", "platform/system"),
+    ("platform/database/api", "platform/database/engine", "platform/database/model"),
+)
+SYSREPO_HOME = "platform/database/engine/"  # in the platform, its headers come in here only
 
 # What units of the daemon offer each other.
 EXPORTS = {
@@ -100,8 +109,20 @@ def home(file):
     return "/".join(parts[:2]) if len(parts) > 2 else parts[0]
 
 
+def refused_in_platform(file, header):
+    """Why a file of the platform may not include this header of the platform, or None."""
+    for order in PLATFORM_ORDERS:
+        own, other = (next((i for i, room in enumerate(order) if one.startswith(room + "/")), None)
+                      for one in (file, header))
+        if own is not None and other is not None and other < own:
+            return f"{order[own]} knows nothing of {order[other]}"
+    return None
+
+
 def refused(file, header):
     """Why `file` may not include `header`, or None."""
+    if reason := refused_in_platform(file, header):
+        return reason
     area, own, other = file.split("/")[0], home(file), home(header)
     if own == other or other == "base":
         return None
@@ -147,6 +168,8 @@ def check(tree):
                     yield f"{file}:{number}: \"{name}\": {reason}"
             elif file.startswith("diagd/") and file != FRR_DOOR and not is_system(name) and name != "sysrepo.h":
                 yield f"{file}:{number}: <{name}>: libfrr comes into the daemon only through \"{FRR_DOOR}\""
+            elif file.startswith("platform/") and not file.startswith(SYSREPO_HOME) and name == "sysrepo.h":
+                yield f"{file}:{number}: <{name}>: sysrepo comes into the platform only in {SYSREPO_HOME}"
 
         if PURE.search(file) and (name := tree.reaches(file, lambda name: not is_standard(name))):
             yield f"{file}: is pure, but reaches <{name}>: it may use the standard library only"

@@ -16,7 +16,11 @@ HEADERS = {
     "diagd/board/session.hpp": "",
     "diagd/transceiver/memory/pon_optics.hpp": "",
     "module_files/module_image.hpp": "",
+    "platform/alarms/alarm.hpp": "",
+    "platform/alarms/mapping.hpp": "",
+    "platform/database/engine/recovery.hpp": "",
     "platform/include/tq_api.h": "",
+    "platform/sinks/sink_state.hpp": "",
     "platform/trace/tq_trace.hpp": "",
     "sim/boardsim/board.hpp": "",
 }
@@ -92,6 +96,24 @@ class CheckLayers(unittest.TestCase):
         self.assert_refused("platform/system/a.cpp", '#include "diagd/core/text.hpp"\n', "platform never includes diagd")
         self.assert_refused("platform/system/a.cpp", '#include "sim/boardsim/board.hpp"\n', "platform never includes sim")
         self.assert_allowed("platform/system/a.cpp", '#include "platform/trace/tq_trace.hpp"\n')
+
+    def test_rooms_of_the_platform_know_only_what_they_stand_on(self):
+        self.assert_allowed("platform/sinks/a.cpp", '#include "platform/alarms/alarm.hpp"\n')
+        self.assert_refused(
+            "platform/alarms/a.cpp", '#include "platform/sinks/sink_state.hpp"\n', "alarms knows nothing of platform/sinks"
+        )
+        self.assert_refused(
+            "platform/system/a.cpp", '#include "platform/alarms/mapping.hpp"\n', "system knows nothing of platform/alarms"
+        )
+        self.assert_refused(
+            "platform/database/model/a.cpp",
+            '#include "platform/database/engine/recovery.hpp"\n',
+            "model knows nothing of platform/database/engine",
+        )
+
+    def test_sysrepo_comes_into_the_platform_in_one_room(self):
+        self.assert_allowed("platform/database/engine/a.cpp", "#include <sysrepo.h>\n")
+        self.assert_refused("platform/database/api/a.cpp", "#include <sysrepo.h>\n", "sysrepo comes into the platform only")
 
     def test_base_is_for_all_and_needs_nobody(self):
         self.assert_refused("base/a.hpp", '#include "tq_api.h"\n', "nothing of its surroundings")
