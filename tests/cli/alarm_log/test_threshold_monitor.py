@@ -4,11 +4,12 @@ import random
 
 import pytest
 from alarm_fixtures import store  # noqa: F401
+from alarm_words import ACTIONS
 from calls import of
 from module_memory import path, plug
 from olt import NO_QUARANTINE, wait_until
 from proc_files import bound, busy, meminfo, stat_line
-from threshold_fixtures import (ACTIONS, ARM, BOARD_ALARMS, FETCH, MONITOR, a_pass, at_rest, enable, olt,  # noqa: F401
+from threshold_fixtures import (ARM, BOARD_ALARMS, FETCH, MONITOR, a_pass, at_rest, enable, olt,  # noqa: F401
                                 reported, set_temperature, start_hurried, store_thresholds, watch)
 
 LM75_READ = "misc_i2c_read"
