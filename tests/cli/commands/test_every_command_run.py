@@ -6,7 +6,8 @@ import re
 from collections import Counter
 
 import pytest
-from every_command import LEAVES_OPEN, NODES, NOT_SANITIZED, REFUSED, SLOW, commands, lines_of, wrong_lines_of
+from every_command import (LEAVES_OPEN, NODES, NOT_SANITIZED, REFUSED, SLOW, commands, descriptors, lines_of,
+                           wrong_lines_of)
 from grammar import typed
 from olt import BUILD, SANITIZER_REPORTS, wait_until
 from vty import AMBIGUOUS, DEADLINE_S, INCOMPLETE, NO_MATCH, SUCCESS, SessionClosed
@@ -39,11 +40,6 @@ def complaint_of(olt, node, line):
     if status != SUCCESS and not any(re.search(pattern, line) for pattern, _ in REFUSED):
         return f"refused, {status}: {text!r}"
     return None
-
-
-def descriptors(olt):
-    """What the daemon's descriptors lead to, by count; without the numbers of sockets and of the process."""
-    return Counter(re.sub(r":\[\d+\]$|\.\d+(?=/)", "", target) for target in olt.fds().values())
 
 
 def test_every_node_is_one_that_these_tests_can_stand_in(fresh_olt):

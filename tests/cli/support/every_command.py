@@ -4,6 +4,7 @@
 Nothing here names a command that is merely to be tested: `find` tells them.  The tables hold what a machine cannot
 know, and why."""
 import re
+from collections import Counter
 
 from grammar import examples, typed
 
@@ -113,6 +114,11 @@ def commands(olt):
         node, grammar = re.fullmatch(r"  \((\S+)\)  (.+)", line).groups()
         found.setdefault(node, []).append(grammar)
     return found
+
+
+def descriptors(olt):
+    """What the daemon's descriptors lead to, by count; without the numbers of sockets and of the process."""
+    return Counter(re.sub(r":\[\d+\]$|\.\d+(?=/)", "", target) for target in olt.fds().values())
 
 
 def lines_of(grammar):
