@@ -220,7 +220,7 @@ def test_a_semaphore_that_exists_is_taken_as_it_stands(cold_olt):
     wait_until(lambda: cold_olt.trace_path.exists() and
                [call for call in cold_olt.trace() if call.op == "raise" and "usb_monitor" in call.arguments], "the LED's turn")
     assert cold_olt.sem_value("board") == 0
-    assert [call for call in cold_olt.trace() if call.op == "semaphore_p"] == []
+    assert of(cold_olt.trace(), "semaphore_p") == []
     assert not vty_port_is_open(cold_olt)
     cold_olt.exec("python3", "-c", FREE_BOARD_SEMAPHORE, check=True)
     cold_olt.wait_answers()

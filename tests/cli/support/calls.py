@@ -1,8 +1,12 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The daemon's call trace: what was called, in which order, by which thread."""
 
+import functools
 import re
+import subprocess
 from dataclasses import dataclass
+
+from project import BUILD, PROJECT
 
 _LINE = re.compile(r"(\d+) (\d+) (\S+) (\S+)(?: (.*))? -> (.*)")
 _ARGUMENT = re.compile(r'(\w+)=(?:"((?:[^"\\]|\\.)*)"|(\S*))')
@@ -42,18 +46,40 @@ def read_trace(path, start=0, end=None, only=""):
     `only` is a pattern of the lines that matter, for a trace that is long."""
     matters = re.compile(only)
     calls = []
-    with open(path, encoding="latin-1") as file:
+    with open(path, "rb") as file:
         file.seek(start)
-        for line in file.read(-1 if end is None else end - start).splitlines():
-            match = matters.search(line) and _LINE.fullmatch(line)
-            if match:  # the last line may be half written
-                _, time_ms, thread, op, arguments, result = match.groups()
-                calls.append(Call(int(time_ms), thread, op, arguments or "", result))
+        text = file.read(-1 if end is None else end - start).decode("latin-1")
+    *lines, _half_written = text.split("\n")
+    for line in lines:
+        if matters.search(line):
+            match = _LINE.fullmatch(line)
+            assert match, f"a line of the trace that is none: {line!r}"
+            _, time_ms, thread, op, arguments, result = match.groups()
+            calls.append(Call(int(time_ms), thread, op, arguments or "", result))
     return calls
+
+
+@functools.cache
+def _traced_operations():
+    """Names of all calls that can be in a trace: what the platform's libraries export, and what the shim records."""
+    libraries = sorted((BUILD / "lib").glob("lib*.so"))
+    exports = subprocess.run(["nm", "-D", "--defined-only", *libraries], capture_output=True, text=True, check=True)
+    shim = (PROJECT / "tests" / "shim" / "calls.cpp").read_text()
+    return {*re.findall(r"^[0-9a-f]+ T (\w+)$", exports.stdout, re.M), *re.findall(r'recorded<\w+>\(\s*"(\w+)"', shim)}
+
+
+@functools.cache
+def require_traced(pattern):
+    """Fails when an alternative of the pattern names no operation that can be in a trace: one that was renamed would
+    never be found, and never fail."""
+    for alternative in re.split(r"\|(?![^(]*\))", pattern):  # not those inside a group
+        known = any(re.fullmatch(alternative, name) for name in _traced_operations())
+        assert known, f"no call is named {alternative!r}"
 
 
 def of(calls, pattern):
     """The calls of these operations."""
+    require_traced(pattern)
     return [call for call in calls if re.fullmatch(pattern, call.op)]
 
 

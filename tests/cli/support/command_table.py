@@ -3,7 +3,7 @@
 
 from dataclasses import dataclass
 
-from olt import PROJECT
+from project import PROJECT
 
 NODES = {"config": 4, "fan": 97, "gpon": 124, "xgpon": 125, "diagnose": 133, "alarm-log": 155}
 CONFIG, FAN, GPON, XGPON, DIAGNOSE, ALARM_LOG = NODES.values()

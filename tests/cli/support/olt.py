@@ -12,12 +12,11 @@ import subprocess
 import time
 from pathlib import Path
 
-from calls import read_trace
+from calls import read_trace, require_traced
+from project import BUILD, PROJECT
 from vty import DEADLINE_S, Telnet, Vty, in_namespace, takes_commands
 
-PROJECT = Path(__file__).resolve().parents[3]
 SUPPORT = Path(__file__).parent
-BUILD = PROJECT / "build" / os.environ.get("DIAGD_PRESET", "release")
 BOX = PROJECT / "sim" / "box"
 OLT = PROJECT / "sim" / "olt"
 CALL_SHIM = "/run/olt/build/lib/libcall_shim.so"  # as the box sees it
@@ -256,6 +255,8 @@ class Olt:
     def faults(self, *lines):
         """Makes platform calls fail, see platform/trace; given anew each time, none clears them.  To be
         called once before start, so that the daemon looks for the file at all."""
+        for line in lines:
+            require_traced(line.split()[0])
         # A line that is written as before keeps its count of calls; the comment makes it a new one.
         text = "".join(f"{line} # {next(_numbers)}\n" for line in lines)
         new = self.faults_path.with_suffix(".new")
