@@ -8,11 +8,13 @@ DIAGD_RANDOM_MODULES gives another number.
 import collections
 import os
 import random
+import re
 import string
 
 import pytest
 from footprint import Footprint
 from module_memory import plug_image
+from module_readings import DOUBLE_NM, PLAIN_NM, qsfp, sfp_path
 from olt import BUILD
 from sff_texts import QSFP, SFP, idprom
 from transceiver_rows import INTERFACES, json_objects, show_detail, text_name, text_rows
@@ -21,9 +23,11 @@ from vty import SUCCESS
 SEED = 8472
 COUNT = int(os.environ.get("DIAGD_RANDOM_MODULES", 10000 if BUILD.name == "asan" else 500))
 
-PLAIN_NM, DOUBLE_NM, PON_NM = (850, 1310, 1311, 1490, 1535), (1577, 1791), (1490, 1535)
 MONITORING = (0x20, 0x10, 0x30, 0x68, 0x58, 0x00)
 A0, A2, B0, B2 = 0x50, 0x51, 0x58, 0x59
+VENDOR_KEYS = ("vendorName", "vendorRevision", "vendorSerialNumber")
+LANE_KEYS = ("temperature", "voltage", *(f"{lane}{number}" for lane in ("biasCurrentTx", "transmitPowerTx", "receivePowerRx")
+                                         for number in range(1, 5)))
 BLOCKS = (None, "vendor", "manufacture")
 
 
@@ -70,57 +74,67 @@ class RandomMemory:
     def byte(self, address, register):
         return self.read(address, register) >> 8
 
-    def temperature(self, address, register):
-        raw = self.read(address, register)
-        return f"{abs(raw - 0x10000 if raw & 0x8000 else raw) / 256:.3f}"
-
     @property
     def family(self):
         identifier = self.byte(A0, 0)
         return "sfp" if identifier in SFP else "qsfp" if identifier in QSFP else None
 
     def paths(self):
-        """Of each optical path of an SFP: its wavelength, calibration, temperature and bias; the last two are
-        None unless the module calibrates them itself."""
+        """Of each optical path of an SFP: its wavelength, calibration, and what it measures, None without one."""
         for identity, diagnostics in ((A0, A2), (B0, B2)):
             wavelength, monitoring = self.read(identity, 60), self.byte(identity, 92)
             if identity == B0 and wavelength == 0:
                 return
-            if not monitoring & 0x20:
-                yield wavelength, "external" if monitoring & 0x10 else None, None, None
-                continue
-            double = wavelength in DOUBLE_NM or (wavelength in PON_NM and diagnostics != A2)
-            bias = self.read(diagnostics, 100) * (4 if double else 2) / 1000
-            yield wavelength, "internal", self.temperature(diagnostics, 96), f"{bias:.3f}"
+            calibration = "internal" if monitoring & 0x20 else "external" if monitoring & 0x10 else None
+            values = sfp_path(lambda register: self.read(diagnostics, register), wavelength, monitoring, identity == A0)
+            yield wavelength, calibration, values
+
+    def lanes(self):
+        """What an SFF-8636 module measures."""
+        return qsfp(lambda register: self.read(A0, register))
 
     def check_rows(self, rows):
         if self.family is None:
             assert rows == [5 * ["N/A"]]
-        elif self.family == "qsfp":
-            (row,) = rows
-            assert len(row) == 14
-            lanes = [f"{self.read(A0, register) * 2 / 1000:.3f}" for register in (42, 44, 46, 48)]
-            assert [row[0], *row[2:6]] == [self.temperature(A0, 22), *lanes]
-        else:
-            paths = list(self.paths())
-            assert len(rows) == len(paths)
-            for row, (_, calibration, temperature, bias) in zip(rows, paths):
-                assert len(row) == (5 if calibration else 0)
-                if calibration == "internal":
-                    assert (row[0], row[2]) == (temperature, bias)
+            return
+        expected = [self.lanes()] if self.family == "qsfp" else [values or [] for _, _, values in self.paths()]
+        assert list(map(len, rows)) == list(map(len, expected))
+        for row, values in zip(rows, expected):
+            for text, value in zip(row, values):
+                assert value.shows(text), (text, value)
+
+    def text(self, first, last):
+        """A text of the identity as JSON has it; each byte that is no UTF-8 is U+FFFD."""
+        field = bytes(self.addressed(A0, register) for register in range(first, last + 1)).split(b"\0")[0]
+        return re.sub("[\udc80-\udcff]", "\ufffd", field.decode("utf-8", "surrogateescape"))
+
+    def expected_json(self):
+        """The keys that are filled: texts, numbers, and quantities that are texts of a number."""
+        if self.family is None:
+            return {}
+        places = {"sfp": ((20, 35), (56, 59), (68, 83)), "qsfp": ((148, 163), (184, 185), (196, 211))}[self.family]
+        filled = {key: self.text(*place) for key, place in zip(VENDOR_KEYS, places)}
+        if self.family == "qsfp":
+            word = self.addressed(A0, 186) + 256 * self.addressed(A0, 187)
+            return filled | dict(zip(LANE_KEYS, self.lanes())) | {"wavelength": word // 20 if word else ""}
+        for wavelength, _, values in self.paths():
+            plain = wavelength in PLAIN_NM
+            if plain or wavelength in DOUBLE_NM:
+                filled["wavelength" if plain else "xgWavelength"] = wavelength
+            if values:
+                temperature, voltage, bias, transmitted, received = values
+                found = {"temperature": temperature, "voltage": voltage, "biasCurrent": bias, "biasCurrentTx1": bias,
+                         "transmitPowerTx1": transmitted, "receivePowerRx1": received}
+                filled |= found if plain else {"xg" + key[0].upper() + key[1:]: value for key, value in found.items()}
+        return filled
 
     def check_json(self, shown):
-        if self.family is None:
-            assert not any(value for key, value in shown.items() if not key.startswith("interface"))
-        elif self.family == "qsfp":
-            assert shown["temperature"] == self.temperature(A0, 22) and shown["xgTemperature"] == ""
-        else:
-            expected = {"temperature": "", "xgTemperature": ""}
-            for wavelength, calibration, temperature, _ in self.paths():
-                if calibration:
-                    expected["temperature" if wavelength in PLAIN_NM else "xgTemperature"] = temperature
-            for key, temperature in expected.items():
-                assert temperature in (shown[key], None)
+        expected = self.expected_json()
+        for key, found in shown.items():
+            if not key.startswith("interface"):
+                value = expected.pop(key, "")
+                assert value.shows(found) if hasattr(value, "shows") else found == value, (key, found, value)
+        assert not expected
 
     def check_detail(self, detail, name):
         assert detail.count(f"{name:<14}\r\n") == (5 if self.family else 0)
@@ -174,7 +188,7 @@ def test_any_bytes_are_displayed_and_nothing_is_lost(olt):
             for memory in memories:
                 decoded[memory.family] += 1
                 if memory.family == "sfp":
-                    decoded.update(f"{calibration} path" for _, calibration, _, _ in memory.paths())
+                    decoded.update(f"{calibration} path" for _, calibration, _ in memory.paths())
     assert sum(decoded[family] for family in ("sfp", "qsfp", None)) >= COUNT
     for what in ("sfp", "qsfp", "internal path", "external path"):
         assert decoded[what] >= COUNT // 20, f"{what} is decoded too rarely to tell anything: {decoded}"
