@@ -9,6 +9,7 @@ function(diagd_tool_test name)
 endfunction()
 
 diagd_tool_test(check_layers_test)
+diagd_tool_test(documents_test)
 diagd_tool_test(draw_front_test)
 diagd_tool_test(install_test ${CMAKE_BINARY_DIR})
 diagd_tool_test(lint_test)
