@@ -12,6 +12,8 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "platform/description/json_fields.hpp"
+#include "sim/modules/module_file.hpp"
 #include "sim/modules/text.hpp"
 
 namespace sim {
@@ -42,9 +44,11 @@ std::string state_text(SimulatedBoard &board)
     return text;
 }
 
-class Reader {
+class StateReader {
 public:
-    Reader(SimulatedBoard &board, std::string file) : board_(board), file_(std::move(file)), in_(file_) {}
+    StateReader(SimulatedBoard &board, std::string file) : board_(board), file_(std::move(file)), in_(file_)
+    {
+    }
 
     bool read()
     {
@@ -160,7 +164,53 @@ bool load_state(SimulatedBoard &board, const std::string &folder)
     std::filesystem::create_directories(folder, error);
     if (error)
         throw std::runtime_error(folder + ": " + error.message());
-    return Reader(board, file_in(folder)).read();
+    return StateReader(board, file_in(folder)).read();
+}
+
+StateFile::StateFile(EventLoop &loop, SimulatedBoard &board, std::string folder)
+    : loop_(loop), board_(board), folder_(std::move(folder))
+{
+}
+
+void StateFile::changed()
+{
+    if (folder_.empty() || pending_)
+        return;
+    pending_ = true;
+    loop_.after(std::chrono::milliseconds(100), [this] { save(); });
+}
+
+void StateFile::save()
+{
+    if (!pending_)
+        return;
+    pending_ = false;
+    try {
+        save_state(board_, folder_);
+    } catch (const std::exception &error) {
+        if (!complained_)
+            std::fprintf(stderr, "boardsim: %s\n", error.what());
+        complained_ = true;
+    }
+}
+
+void populate(SimulatedBoard &board, const std::string &file)
+{
+    const json::Owner root = json::parse_file(file);
+    json::Fields fields(root.get(), file);
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    for (json::Fields &entry : fields.objects("modules")) {
+        const std::string kind = entry.text("kind", 8);
+        if (kind != "gpon" && kind != "xgpon" && kind != "ge")
+            entry.fail("kind", "none of gpon, xgpon, ge");
+        Cage *cage = board.cages.find(kind == "ge" ? CageKind::ge : CageKind::pon,
+                                      static_cast<int>(entry.number("port", 1, 8)));
+        if (cage == nullptr)
+            entry.fail("port", "the board has no such cage");
+        cage->plug(read_module({folder / entry.text("file", 255)}, false).image);
+        entry.done();
+    }
+    fields.done();
 }
 
 } // namespace sim

@@ -15,14 +15,7 @@
 #include "platform/board/sim_protocol.hpp"
 #include "sim/boardsim/board_folder.hpp"
 #include "sim/boardsim/board_state.hpp"
-#include "sim/boardsim/bus/bus_service.hpp"
-#include "sim/boardsim/bus/service_bus.hpp"
-#include "sim/boardsim/control/control_service.hpp"
 #include "sim/boardsim/control/verbs.hpp"
-#include "sim/boardsim/devices/front_panel.hpp"
-#include "sim/boardsim/event_loop.hpp"
-#include "sim/boardsim/physics/drift.hpp"
-#include "sim/boardsim/population.hpp"
 #include "sim/modules/text.hpp"
 
 namespace {
@@ -90,49 +83,6 @@ bool parse(int argc, char **argv, Options &options)
     return false;
 }
 
-// Saves a moment after the last change, so that a row of changes costs one file.
-class StateKeeper {
-public:
-    StateKeeper(sim::EventLoop &loop, sim::SimulatedBoard &board, std::string folder)
-        : loop_(loop), board_(board), folder_(std::move(folder))
-    {
-    }
-    StateKeeper(const StateKeeper &) = delete;
-    StateKeeper &operator=(const StateKeeper &) = delete;
-    ~StateKeeper() { save(); }
-
-    // False: there is nothing to go on with.
-    bool load() { return !folder_.empty() && sim::load_state(board_, folder_); }
-    void changed()
-    {
-        if (folder_.empty() || pending_)
-            return;
-        pending_ = true;
-        loop_.after(std::chrono::milliseconds(100), [this] { save(); });
-    }
-
-private:
-    void save()
-    {
-        if (!pending_)
-            return;
-        pending_ = false;
-        try {
-            sim::save_state(board_, folder_);
-        } catch (const std::exception &error) {
-            if (!complained_)
-                std::fprintf(stderr, "boardsim: %s\n", error.what());
-            complained_ = true;
-        }
-    }
-
-    sim::EventLoop &loop_;
-    sim::SimulatedBoard &board_;
-    std::string folder_;
-    bool pending_ = false;
-    bool complained_ = false;
-};
-
 void serve(const Options &options)
 {
     board::Board description = board::load(options.board);
@@ -141,23 +91,27 @@ void serve(const Options &options)
     sim::EventLoop loop;
     sim::SimulatedBoard board(std::move(description));
     sim::FrontPanel panel(board.description, folder.path());
-    StateKeeper state(loop, board, options.state);
+    sim::StateFile state(loop, board, options.state);
     if (!state.load() && !options.population.empty()) {
         sim::populate(board, options.population);
         state.changed();
     }
-    sim::Drift drift(board, options.seed);
+    sim::BoardTime time(loop);
+    sim::Drift drift(time, board, options.seed);
+    sim::Heater heater(time, board);
     sim::BusService bus(loop, board, folder.listen(board::sim_bus_socket, SOCK_SEQPACKET));
     sim::ServiceBus service_bus(
         loop, {.listen = [&] { return folder.listen(board::service_bus_socket, SOCK_STREAM); },
                .remove = [&] { folder.remove(board::service_bus_socket); }});
-    sim::Verbs verbs(loop, board, panel, bus, service_bus, drift);
+    sim::VerbTable verbs;
+    sim::add_verbs(verbs, {loop, board, panel, bus, service_bus, time, drift, heater});
     sim::ControlService control(
         loop, folder.listen(board::sim_control_socket, SOCK_STREAM),
         [&](const sim::Words &words, sim::ControlClient &client) { verbs.run(words, client); });
     bus.on_write([&] { state.changed(); });
     verbs.on_write([&] { state.changed(); });
-    verbs.set_drift(drifting);
+    if (drifting)
+        drift.start();
     std::printf("boardsim: board %s in %s\n", board.description.name.c_str(), folder.path().c_str());
     std::fflush(stdout);
     loop.run();

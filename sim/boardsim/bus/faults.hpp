@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "sim/boardsim/bus/transaction.hpp"
+#include "sim/boardsim/bus/transaction_log.hpp"
 
 namespace sim {
 

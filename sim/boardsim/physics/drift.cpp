@@ -8,6 +8,7 @@ namespace sim {
 
 namespace {
 
+constexpr double step_ms = 1000;
 constexpr std::uint8_t monitoring_type = 92; // SFF-8472 A0h; bit 6: diagnostics are there
 constexpr std::uint8_t monitoring_present = 1 << 6;
 
@@ -90,6 +91,21 @@ void Drift::step()
         movement.voltage = 1 + walk(movement.voltage - 1, 0.0005, 0.004);
         apply(*cage.module, movement);
     }
+}
+
+void Drift::start()
+{
+    timer_.start(step_ms, [this] {
+        step();
+        start();
+    });
+}
+
+void Drift::stop()
+{
+    if (timer_.runs())
+        settle();
+    timer_.stop();
 }
 
 void Drift::settle()

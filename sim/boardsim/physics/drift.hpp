@@ -6,17 +6,25 @@
 #include <map>
 #include <random>
 
+#include "sim/boardsim/physics/board_time.hpp"
 #include "sim/boardsim/simulated_board.hpp"
 
 namespace sim {
 
 class Drift {
 public:
-    Drift(SimulatedBoard &board, std::uint32_t seed) : board_(board), random_(seed) {}
+    Drift(BoardTime &time, SimulatedBoard &board, std::uint32_t seed)
+        : board_(board), timer_(time), random_(seed)
+    {
+    }
 
-    // One step; meant to be taken once a second.
+    // A step every second from now on.
+    void start();
+    // Everything goes back to its described value.
+    void stop();
+    [[nodiscard]] bool runs() const { return timer_.runs(); }
+    // What a second does, and the end of it all; start and stop call them.
     void step();
-    // Everything back to its described value.
     void settle();
 
 private:
@@ -31,6 +39,7 @@ private:
     static void apply(Module &module, const Movement &movement);
 
     SimulatedBoard &board_;
+    BoardTimer timer_;
     std::minstd_rand random_;
     double board_celsius_ = 0;
     std::map<const Cage *, Movement> movements_;

@@ -22,6 +22,8 @@ using testing::HasSubstr;
 class Board : public testing::Test {
 protected:
     sim::SimulatedBoard board{board::load(OLT8_JSON)};
+    sim::EventLoop loop;
+    sim::BoardTime time{loop};
 
     static sim::ModuleImage image(const std::string &name = "gpon-1490")
     {
@@ -280,7 +282,7 @@ TEST_F(Board, drift_stays_small_and_is_repeatable)
     sim::SimulatedBoard twin{board::load(OLT8_JSON)};
     twin.cages.find(CageKind::pon, 1)->plug(image());
     twin.cages.find(CageKind::ge, 1)->plug(image("qsfp28-lr4"));
-    sim::Drift drift(board, 5), other(twin, 5);
+    sim::Drift drift(time, board, 5), other(time, twin, 5);
     bool moved = false;
     for (int step = 0; step < 500; ++step) {
         drift.step();
@@ -302,7 +304,7 @@ TEST_F(Board, drift_stays_small_and_is_repeatable)
 TEST_F(Board, drift_leaves_modules_without_diagnostics_alone)
 {
     ge(1).plug(image("sfp-1310-no-diagnostics"));
-    sim::Drift drift(board, 1);
+    sim::Drift drift(time, board, 1);
     drift.step();
     EXPECT_EQ(ge(1).module->live.devices.at(0x50).lower, ge(1).module->stored.devices.at(0x50).lower);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Verbs on the PHYs and on the devices of the I2C buses.
 #include <cstring>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 
@@ -11,15 +12,15 @@
 
 namespace sim {
 
-PhyChip &Verbs::phy(const Words &words)
+namespace {
+
+PhyChip &phy_of(SimulatedBoard &board, const Words &words)
 {
-    PhyChip *chip = board_.phys.find(words[0], static_cast<std::uint32_t>(parse_number(words[1], 0, 31)));
+    PhyChip *chip = board.phys.find(words[0], static_cast<std::uint32_t>(parse_number(words[1], 0, 31)));
     if (chip == nullptr)
         throw std::invalid_argument("no PHY " + words[1] + " on " + words[0]);
     return *chip;
 }
-
-namespace {
 
 std::uint32_t phy_register(const std::string &word)
 {
@@ -29,28 +30,25 @@ std::uint32_t phy_register(const std::string &word)
     return static_cast<std::uint32_t>(reg);
 }
 
-} // namespace
-
-std::string Verbs::phy_get(const Words &words)
+std::string phy_get(SimulatedBoard &board, const Words &words)
 {
-    return format("0x%04x\n", phy(words).look(phy_register(words[2])));
+    return format("0x%04x\n", phy_of(board, words).look(phy_register(words[2])));
 }
 
-std::string Verbs::phy_set(const Words &words)
+std::string phy_set(SimulatedBoard &board, const Words &words)
 {
-    phy(words).set(phy_register(words[2]), static_cast<std::uint16_t>(parse_number(words[3], 0, 0xffff)));
+    phy_of(board, words)
+        .set(phy_register(words[2]), static_cast<std::uint16_t>(parse_number(words[3], 0, 0xffff)));
     return {};
 }
 
-std::string Verbs::phy_link(const Words &words)
+std::string phy_link(SimulatedBoard &board, const Words &words)
 {
     if (words[2] != "up" && words[2] != "down")
         throw std::invalid_argument("\"" + words[2] + "\" is neither up nor down");
-    phy(words).plug_cable(words[2] == "up");
+    phy_of(board, words).plug_cable(words[2] == "up");
     return {};
 }
-
-namespace {
 
 struct DeviceText {
     std::string operator()(const Lm75 &sensor) const
@@ -93,13 +91,11 @@ void check_answer(int result)
         throw std::invalid_argument(std::string("no device answers there: ") + std::strerror(-result));
 }
 
-} // namespace
-
-std::string Verbs::fru(const Words &)
+std::string show_devices(SimulatedBoard &board, const Words &)
 {
-    const board::Board &description = board_.description;
+    const board::Board &description = board.description;
     std::string text;
-    for (const PhyChip &chip : board_.phys.all()) {
+    for (const PhyChip &chip : board.phys.all()) {
         const board::Phy &phy = chip.identity();
         text += format("phy %s %-6u oui 0x%06x, model %u, revision %u, link %s\n", phy.interface.c_str(),
                        phy.address, phy.oui, unsigned{phy.model}, unsigned{phy.revision},
@@ -107,29 +103,44 @@ std::string Verbs::fru(const Words &)
     }
     text += bus_line(description.cpld.bus, description.cpld.address, "cpld");
     text += bus_line(description.multiplexer.bus, description.multiplexer.address,
-                     format("multiplexer, channels 0x%04x", board_.channel_switch.channels()));
-    text += bus_line(description.lm75.bus, description.lm75.address, DeviceText{}(board_.lm75));
-    for (const I2cDevice &device : board_.devices.all())
+                     format("multiplexer, channels 0x%04x", board.channel_switch.channels()));
+    text += bus_line(description.lm75.bus, description.lm75.address, DeviceText{}(board.lm75));
+    for (const I2cDevice &device : board.devices.all())
         text += bus_line(device.description.bus, device.description.address,
                          device.description.name + ": " + std::visit(DeviceText{}, device.chip));
     return text;
 }
 
-std::string Verbs::fru_get(const Words &words)
+std::string fru_get(SimulatedBoard &board, const Words &words)
 {
-    const DevicePlace place = device_place(words, board_.description.bus_count);
+    const DevicePlace place = device_place(words, board.description.bus_count);
     std::vector<std::uint8_t> data(static_cast<std::size_t>(parse_number(words[3], 1, 256)));
-    check_answer(board_.read_device(place.bus, place.address, place.reg, data));
+    check_answer(board.read_device(place.bus, place.address, place.reg, data));
     return hex_text(data) + "\n";
 }
 
 // Byte by byte: the operator knows nothing of pages.
-std::string Verbs::fru_set(const Words &words)
+std::string fru_set(SimulatedBoard &board, const Words &words)
 {
-    DevicePlace place = device_place(words, board_.description.bus_count);
+    DevicePlace place = device_place(words, board.description.bus_count);
     for (const std::uint8_t byte : parse_bytes(words[3]))
-        check_answer(board_.write_device(place.bus, place.address, place.reg++, {&byte, 1}));
+        check_answer(board.write_device(place.bus, place.address, place.reg++, {&byte, 1}));
     return {};
+}
+
+} // namespace
+
+std::vector<Verb> device_verbs(SimulatedBoard &board)
+{
+    const auto on = std::ref(board);
+    return {
+        {"fru get", 4, 4, "BUS ADDRESS REG LENGTH", std::bind_front(fru_get, on)},
+        {"fru set", 4, 4, "BUS ADDRESS REG HEXBYTES", std::bind_front(fru_set, on), true},
+        {"fru", 0, 0, "", std::bind_front(show_devices, on)},
+        {"phy get", 3, 3, "INTERFACE PHY REG", std::bind_front(phy_get, on)},
+        {"phy set", 4, 4, "INTERFACE PHY REG VALUE", std::bind_front(phy_set, on)},
+        {"phy link", 3, 3, "INTERFACE PHY up|down", std::bind_front(phy_link, on)},
+    };
 }
 
 } // namespace sim
