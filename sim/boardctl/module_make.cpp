@@ -15,7 +15,8 @@ namespace sim {
 
 const char module_make_usage[] =
     "usage: boardctl module make FILE.json [--class sfp|qsfp] [--id N] [--connector N] [--wavelength NM]\n"
-    "       [--cal int|ext|none] [--temp C] [--vcc V] [--bias MA] [--tx DBM] [--rx DBM]\n"
+    "       [--cal int|ext|none] [--units standard|double] [--temp C] [--vcc V] [--bias MA] [--tx DBM] [--rx "
+    "DBM]\n"
     "       [--vendor T] [--oui N] [--pn T] [--rev T] [--sn T] [--date YYMMDD] [--second NM [the same...]]";
 
 namespace {
@@ -39,6 +40,7 @@ constexpr Option known[] = {{"--id", "identifier", Kind::number, false, 0},
                             {"--rev", "revision", Kind::text, false, 0},
                             {"--sn", "serial_number", Kind::text, false, 0},
                             {"--date", "date_code", Kind::text, false, 0},
+                            {"--units", "units", Kind::text, true, 0},
                             {"--temp", "temperature_c", Kind::real, true, 35},
                             {"--vcc", "vcc_v", Kind::real, true, 3.3},
                             {"--bias", "bias_ma", Kind::real, true, 20},
@@ -85,7 +87,8 @@ private:
     json_object *diagnostics(bool qsfp)
     {
         for (const Option &option : known)
-            if (option.diagnostic && json_object_object_get_ex(readings_.get(), option.field, nullptr) == 0)
+            if (option.diagnostic && option.kind == Kind::real &&
+                json_object_object_get_ex(readings_.get(), option.field, nullptr) == 0)
                 json_object_object_add(
                     readings_.get(), option.field,
                     json_object_new_double_s(option.fallback, format("%g", option.fallback).c_str()));

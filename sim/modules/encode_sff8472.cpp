@@ -15,16 +15,15 @@ constexpr std::uint8_t monitoring_external = 0x58;
 constexpr std::uint8_t enhanced_options_flags = 0x80; // alarm and warning flags are kept
 constexpr std::uint8_t sff8472_revision = 0x08;       // 12.3
 
-struct Units {
+// What one bit is worth.
+struct BitWorth {
     double tx_uw;
     double bias_ua;
 };
 
-Units units_of(std::uint8_t a0, double wavelength_nm)
+BitWorth worth_of(Units units)
 {
-    const bool doubled = a0 != address_a0 ? wavelength_nm == 1490 || wavelength_nm == 1535 : false;
-    const bool xg = wavelength_nm == 1577 || wavelength_nm == 1791;
-    return doubled || xg ? Units{0.2, 4} : Units{0.1, 2};
+    return units == Units::doubled ? BitWorth{0.2, 4} : BitWorth{0.1, 2};
 }
 
 std::uint8_t length_field(unsigned metres, unsigned unit, const char *what)
@@ -140,17 +139,18 @@ void put_flags(Half &a2, std::size_t reg, const Diagnostics &diagnostics, std::s
     put_word(a2, reg, static_cast<std::uint16_t>(bits));
 }
 
-Half diagnostics_page(const Diagnostics &diagnostics, const Units &units)
+Half diagnostics_page(const Diagnostics &diagnostics)
 {
     Half a2{};
+    const BitWorth bit = worth_of(diagnostics.units);
     const Thresholds &t = diagnostics.thresholds;
     put_limits(a2, 0, t.temperature_c,
                [](double c) { return to_signed_word(c * 256, "temperature threshold"); });
     put_limits(a2, 8, t.vcc_v, [](double v) { return to_unsigned_word(v * 10000, "vcc threshold"); });
     put_limits(a2, 16, t.bias_ma,
-               [&](double ma) { return to_unsigned_word(ma * 1000 / units.bias_ua, "bias threshold"); });
+               [&](double ma) { return to_unsigned_word(ma * 1000 / bit.bias_ua, "bias threshold"); });
     put_limits(a2, 24, t.tx_dbm,
-               [&](double dbm) { return to_unsigned_word(microwatts(dbm) / units.tx_uw, "tx threshold"); });
+               [&](double dbm) { return to_unsigned_word(microwatts(dbm) / bit.tx_uw, "tx threshold"); });
     put_limits(a2, 32, t.rx_dbm,
                [](double dbm) { return to_unsigned_word(microwatts(dbm) / rx_unit_uw, "rx threshold"); });
 
@@ -163,8 +163,8 @@ Half diagnostics_page(const Diagnostics &diagnostics, const Units &units)
     put_word(a2, 96,
              to_signed_word(raw(diagnostics.temperature_c * 256, constants.temperature), "temperature_c"));
     put_word(a2, 98, to_unsigned_word(raw(diagnostics.vcc_v * 10000, constants.vcc), "vcc_v"));
-    put_word(a2, 100, to_unsigned_word(raw(lane.bias_ma * 1000 / units.bias_ua, constants.bias), "bias_ma"));
-    put_word(a2, 102, to_unsigned_word(raw(microwatts(lane.tx_dbm) / units.tx_uw, constants.tx), "tx_dbm"));
+    put_word(a2, 100, to_unsigned_word(raw(lane.bias_ma * 1000 / bit.bias_ua, constants.bias), "bias_ma"));
+    put_word(a2, 102, to_unsigned_word(raw(microwatts(lane.tx_dbm) / bit.tx_uw, constants.tx), "tx_dbm"));
     const double rx = lane.rx_dbm ? raw(microwatts(*lane.rx_dbm) / rx_unit_uw, constants.rx) : 0;
     put_word(a2, 104, to_unsigned_word(rx, "rx_dbm"));
     put_flags(a2, 112, diagnostics, 0);
@@ -184,7 +184,7 @@ void encode_sff8472(const PathDescription &path, std::uint8_t a0, ModuleImage &i
         return;
     ModuleDevice diagnostics;
     diagnostics.paged = true;
-    diagnostics.lower = diagnostics_page(*path.diagnostics, units_of(a0, path.wavelength_nm));
+    diagnostics.lower = diagnostics_page(*path.diagnostics);
     image.devices[static_cast<std::uint8_t>(a0 + 1)] = std::move(diagnostics);
 }
 

@@ -80,6 +80,12 @@ Diagnostics read_diagnostics(Fields fields, bool qsfp)
     if (calibration != "internal" && calibration != "external")
         fields.fail("calibration", "neither \"internal\" nor \"external\"");
     diagnostics.calibration = calibration == "external" ? Calibration::external : Calibration::internal;
+    if (!qsfp) {
+        const std::string units = fields.text_or("units", 8, "standard");
+        if (units != "standard" && units != "double")
+            fields.fail("units", "neither \"standard\" nor \"double\"");
+        diagnostics.units = units == "double" ? Units::doubled : Units::standard;
+    }
     diagnostics.temperature_c = fields.real("temperature_c", -128, 127.9);
     diagnostics.vcc_v = fields.real("vcc_v", 0, 6.5);
     if (qsfp) {

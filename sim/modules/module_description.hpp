@@ -36,6 +36,10 @@ struct Constants {
 
 enum class Calibration { internal, external };
 
+// What one bit of transmit power and bias is worth: 0.1 uW and 2 uA (SFF-8472 9.4), or twice that, as some
+// makers have it for the range that their lasers need.
+enum class Units { standard, doubled };
+
 struct Lane {
     double bias_ma = 0;
     double tx_dbm = 0;
@@ -44,7 +48,8 @@ struct Lane {
 
 struct Diagnostics {
     Calibration calibration = Calibration::internal;
-    double temperature_c = 0; // signed
+    Units units = Units::standard; // SFP only
+    double temperature_c = 0;      // signed
     double vcc_v = 0;
     std::vector<Lane> lanes; // one for SFP, four for QSFP
     Thresholds thresholds;
@@ -73,9 +78,9 @@ struct PathDescription {
     std::optional<Diagnostics> diagnostics;
 };
 
-// Both memories of an SFP path at `a0` and `a0` + 1; the second is only there with diagnostics.  Powers and
-// currents of wavelengths 1577 and 1791 and of a second path are stored in double units (0.2 uW, 4 uA), as
-// such modules do.  Throws ModuleError when a value does not fit its field.
+// Both memories of an SFP path at `a0` and `a0` + 1; the second is only there with diagnostics.  Nothing but
+// the description decides on units: a reader that derives them from wavelength or address is put to the test.
+// Throws ModuleError when a value does not fit its field.
 void encode_sff8472(const PathDescription &path, std::uint8_t a0, ModuleImage &image);
 
 // Memory of a QSFP module: lower memory, pages 00h and, with diagnostics, 03h.  Throws ModuleError.

@@ -184,7 +184,7 @@ TEST(Generator, externally_calibrated_values_read_back_through_their_constants)
     EXPECT_EQ(a2.fixed(92), 0.875) << "slope of the receive power for readers that take bytes 92-95";
 }
 
-TEST(Generator, xgpon_wavelength_is_stored_in_double_units)
+TEST(Generator, xgpon_module_is_described_in_double_units)
 {
     const sim::ModuleImage image = described("xgpon-1577");
     const Memory a2 = at(image, 0x51);
@@ -205,14 +205,42 @@ TEST(Generator, combo_module_answers_with_two_paths)
     EXPECT_NEAR(dbm(at(image, 0x59).word(102) * 0.2), 5.4, 0.001);
 }
 
-TEST(Generator, second_gpon_path_is_stored_in_double_units)
+// 20 mA and 3 dBm (1995.3 uW), thresholds of 40 mA and 6 dBm (3981.1 uW) among them.
+std::string path(int wavelength_nm, const std::string &units)
 {
-    const std::string path = R"("wavelength_nm": 1490, "diagnostics": {"temperature_c": 30, "vcc_v": 3.3,
-        "bias_ma": 20, "tx_dbm": 3, "rx_dbm": -20})";
-    const sim::ModuleImage image = sim::generate_module(
-        R"({"name": "twin", "class": "sfp", )" + path + R"(, "second_path": {)" + path + "}}", "twin.json");
-    EXPECT_EQ(at(image, 0x51).word(100), 10000U);
-    EXPECT_EQ(at(image, 0x59).word(100), 5000U);
+    return R"("wavelength_nm": )" + std::to_string(wavelength_nm) + R"(, "diagnostics": {)" + units +
+           R"("temperature_c": 30, "vcc_v": 3.3, "bias_ma": 20, "tx_dbm": 3, "rx_dbm": -20, "thresholds": {
+              "bias_ma": [40, 2, 38, 4], "tx_dbm": [6, 0, 5, 1], "rx_dbm": [-10, -30, -11, -29]}})";
+}
+
+sim::ModuleImage two_paths(const std::string &first, const std::string &second)
+{
+    return sim::generate_module(R"({"name": "twin", "class": "sfp", )" + first + R"(, "second_path": {)" +
+                                    second + "}}",
+                                "twin.json");
+}
+
+TEST(Generator, units_are_those_of_the_description_whatever_wavelength_and_path)
+{
+    for (const int nm : {850, 1490, 1577, 1791}) {
+        const auto image = two_paths(path(nm, R"("units": "double", )"), path(nm, ""));
+        const Memory doubled = at(image, 0x51), standard = at(image, 0x59);
+        EXPECT_EQ(standard.word(100), 10000U) << nm;
+        EXPECT_EQ(doubled.word(100), 5000U) << nm;
+        EXPECT_EQ(standard.word(102), 19953U) << nm;
+        EXPECT_EQ(doubled.word(102), 9976U) << nm;
+        EXPECT_EQ(standard.word(16), 20000U) << nm;
+        EXPECT_EQ(doubled.word(16), 10000U) << nm;
+        EXPECT_EQ(standard.word(24), 39811U) << nm;
+        EXPECT_EQ(doubled.word(24), 19905U) << nm;
+        EXPECT_EQ(doubled.word(104), standard.word(104)) << "receive power has one unit";
+        EXPECT_EQ(doubled.word(32), standard.word(32));
+    }
+}
+
+TEST(Generator, unknown_units_are_refused)
+{
+    EXPECT_THROW(two_paths(path(1490, R"("units": "half", )"), path(1490, "")), std::exception);
 }
 
 TEST(Generator, module_without_diagnostics_has_no_second_memory)
