@@ -16,7 +16,7 @@ FIELDS = {  # of a description: key shown, and how far rounding in the memory ma
     "vcc_v": ("voltage", 0.001),
     "bias_ma": ("biasCurrentTx1", 0.01),
     "tx_dbm": ("transmitPowerTx1", 0.005),
-    "rx_dbm": ("receivePowerRx1", 0.05),
+    "rx_dbm": ("receivePowerRx1", 0.1),  # a bit is worth 0.06 dB of the weakest
 }
 
 
