@@ -24,6 +24,19 @@ struct Dump {
     Bytes bytes;
 };
 
+// The bytes of one memory, as many as its dump had.
+struct Part {
+    std::string name;                                                       // of the dump it came from
+    std::uint8_t address = 0;                                               // 7 bits
+    enum class Kind : std::uint8_t { flat, lower, page } kind = Kind::flat; // A0h and the like, or SFF-8636
+    std::uint8_t page = 0;
+    Bytes bytes;
+};
+
+// Which bytes of the dumps of one module are which memory, by the rules of assemble_module(); parts may be
+// missing or short.  Throws ModuleError when a part is there twice, too long or of no known kind.
+std::vector<Part> sort_dumps(std::vector<Dump> dumps);
+
 struct ModuleFile {
     ModuleImage image;
     std::vector<std::string> notes; // what is odd, but no reason to refuse the module

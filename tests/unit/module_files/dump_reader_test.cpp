@@ -254,6 +254,46 @@ TEST(Assembly, parts_that_do_not_fit_are_refused)
     EXPECT_EQ(refusal(std::vector<Dump>{}), "no dump given");
 }
 
+TEST(SortDumps, short_parts_keep_their_length)
+{
+    const auto parts = module_files::sort_dumps({{"x.bin", a0_page(0x03, 300)}});
+    ASSERT_EQ(parts.size(), 2U);
+    EXPECT_EQ(parts[0].address, 0x50);
+    EXPECT_EQ(parts[0].bytes.size(), 256U);
+    EXPECT_EQ(parts[1].address, 0x51);
+    EXPECT_EQ(parts[1].bytes.size(), 44U);
+}
+
+TEST(SortDumps, diagnostics_alone_are_known_by_their_name)
+{
+    Bytes page = a2_page();
+    page[0] = 0x11; // no identifier here
+    const auto parts = module_files::sort_dumps({{"x.a2.bin", page}});
+    ASSERT_EQ(parts.size(), 1U);
+    EXPECT_EQ(parts[0].address, 0x51);
+    EXPECT_EQ(parts[0].kind, module_files::Part::Kind::flat);
+}
+
+TEST(SortDumps, memory_of_a_cmis_module_has_pages)
+{
+    for (const auto identifier : std::initializer_list<std::uint8_t>{0x18, 0x19, 0x1e}) {
+        Bytes dump(384);
+        dump[0] = identifier;
+        const auto parts = module_files::sort_dumps({{"x.bin", dump}});
+        ASSERT_EQ(parts.size(), 3U);
+        EXPECT_EQ(parts[0].kind, module_files::Part::Kind::lower);
+        EXPECT_EQ(parts[2].kind, module_files::Part::Kind::page);
+        EXPECT_EQ(parts[2].page, 1);
+    }
+}
+
+TEST(Assembly, sums_of_another_standard_are_no_fault_of_a_cmis_module)
+{
+    Bytes dump(256, 0x21);
+    dump[0] = 0x18;
+    EXPECT_THAT(module_files::assemble_module({{"x.bin", dump}}, false).notes, IsEmpty());
+}
+
 TEST(Assembly, random_bytes_never_do_worse_than_a_complaint)
 {
     std::minstd_rand random(7);
