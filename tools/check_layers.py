@@ -9,6 +9,7 @@ Includes are rooted at the top of the tree; the C headers of platform/include go
 The layers:
   - base: needs nothing but the standard and the operating system, and may be included from anywhere.
   - module_files: memories of modules and their dumps; needs base alone, and is for the simulator and the tools.
+  - optics: what memories mean, pure; its program reads dumps besides.
   - diagd: what stands at its top includes units.hpp, core, board and the platform's C API; a unit includes its
     own headers, core, board, the C API, and of other units only the headers listed in EXPORTS; board includes
     itself, core and the C API, core itself and the C API.
@@ -25,8 +26,8 @@ import sys
 from pathlib import Path
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
-SOURCES = ("base", "diagd", "module_files", "platform", "sim", "shell")
-PURE = re.compile(r"(^|/)decode/|_(policy|judge|parser)\.[ch]pp$")
+SOURCES = ("base", "diagd", "module_files", "optics", "platform", "sim", "shell")
+PURE = re.compile(r"(^|/)decode/|^optics/[^/]+$|_(policy|judge|parser)\.[ch]pp$")
 LIBFRR_IN_C = {"vty.h"}  # as libfrr's own files name it
 FRR_DOOR = "diagd/core/frr.hpp"
 C_API = "platform/include/"
@@ -130,8 +131,10 @@ def refused(file, header):
         return "base needs nothing of its surroundings"
     if own == "module_files":
         return "module_files needs nothing but base"
-    if own.startswith("sim/") and other == "module_files":
+    if other == "module_files" and (area == "sim" or own == "optics/program"):
         return None
+    if area == "optics":
+        return None if own == "optics/program" and other == "optics" else "optics needs nothing but base"
     if area == "diagd":
         if other in ("diagd/core", "platform/include"):
             return None

@@ -16,6 +16,7 @@ HEADERS = {
     "diagd/board/session.hpp": "",
     "diagd/transceiver/memory/pon_optics.hpp": "",
     "module_files/module_image.hpp": "",
+    "optics/model.hpp": "",
     "platform/alarms/alarm.hpp": "",
     "platform/alarms/mapping.hpp": "",
     "platform/database/engine/recovery.hpp": "",
@@ -79,6 +80,15 @@ class CheckLayers(unittest.TestCase):
     def test_dumps_of_modules_need_nothing_but_base(self):
         self.assert_allowed("module_files/a.cpp", '#include "base/fd.hpp"\n')
         self.assert_refused("module_files/a.cpp", '#include "sim/boardsim/board.hpp"\n', "needs nothing but base")
+
+    def test_optics_is_pure_and_its_program_reads_dumps(self):
+        self.assert_allowed("optics/a.cpp", '#include "optics/model.hpp"\n#include <array>\n')
+        self.assert_refused("optics/a.cpp", '#include "base/fd.hpp"\n', "standard library only")
+        self.assert_refused("optics/a.cpp", '#include "module_files/module_image.hpp"\n', "needs nothing but base")
+        self.assert_refused("optics/program/a.cpp", '#include "tq_api.h"\n', "needs nothing but base")
+        self.assert_allowed(
+            "optics/program/a.cpp", '#include "optics/model.hpp"\n#include "module_files/module_image.hpp"\n#include "base/fd.hpp"\n'
+        )
 
     def test_libfrr_has_one_door(self):
         self.assert_refused("diagd/monitors/a.cpp", "#include <zebra.h>\n", 'only through "diagd/core/frr.hpp"')

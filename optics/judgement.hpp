@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// Values: whether there is one, and how it stands to the module's own thresholds.
+#pragma once
+
+#include "optics/model.hpp"
+
+namespace optics {
+
+// The highest and lowest that a module can be at; external calibration makes anything of a raw number.
+struct Plausible {
+    double low, high;
+};
+inline constexpr std::array<Plausible, quantities> plausible{{
+    {-128, 128}, // degrees: what the signed word holds
+    {0, 10},     // V
+    {0, 1000},   // mA
+    {0, 100},    // mW: 20 dBm
+    {0, 100},
+}};
+
+inline bool is_power(Quantity quantity)
+{
+    return quantity == Quantity::tx_power_mw || quantity == Quantity::rx_power_mw;
+}
+
+inline Value no_value(State state, Reason reason)
+{
+    return {.state = state, .reason = reason};
+}
+
+// A value that the module measures: ok, no light for a power of nothing, or implausible.
+inline Value measured(Quantity quantity, double value)
+{
+    const Plausible &limits = plausible[static_cast<std::size_t>(quantity)];
+    if (is_power(quantity) && value <= 0)
+        return no_value(State::no_light, Reason::no_light);
+    if (!(value >= limits.low && value <= limits.high))
+        return no_value(State::failed, Reason::implausible);
+    return {.value = value, .state = State::ok, .reason = Reason::none};
+}
+
+// Thresholds that something can be judged by: they are there, and in order.  Unset ones (all 0) and confused
+// ones would raise alarms that are none.
+inline bool usable(const Thresholds &t)
+{
+    return t.state == State::ok && t.high_alarm > t.low_alarm && t.high_alarm >= t.high_warning &&
+           t.high_warning >= t.low_warning && t.low_warning >= t.low_alarm;
+}
+
+// No light is a power of 0.
+inline Judgement judge(const Value &value, const Thresholds &t)
+{
+    if ((value.state != State::ok && value.state != State::no_light) || !usable(t))
+        return Judgement::none;
+    const double at = value.state == State::ok ? value.value : 0;
+    if (at > t.high_alarm)
+        return Judgement::high_alarm;
+    if (at < t.low_alarm)
+        return Judgement::low_alarm;
+    if (at > t.high_warning)
+        return Judgement::high_warning;
+    if (at < t.low_warning)
+        return Judgement::low_warning;
+    return Judgement::normal;
+}
+
+// Judges every value of a module that is to be trusted.
+void judge_all(Module &module);
+
+} // namespace optics
