@@ -22,6 +22,33 @@ bool is_text(std::string_view content)
     });
 }
 
+// Nothing but digits, as `xxd -p` writes them.
+bool is_plain_hex(std::string_view content)
+{
+    return std::any_of(content.begin(), content.end(),
+                       [](unsigned char c) { return std::isxdigit(c) != 0; }) &&
+           std::all_of(content.begin(), content.end(),
+                       [](unsigned char c) { return std::isxdigit(c) != 0 || std::isspace(c) != 0; });
+}
+
+Bytes plain_hex(std::string_view content, const std::string &name)
+{
+    Bytes bytes;
+    std::string digits;
+    for (const char c : content) {
+        if (std::isspace(static_cast<unsigned char>(c)) != 0)
+            continue;
+        digits += c;
+        if (digits.size() < 2)
+            continue;
+        bytes.push_back(static_cast<std::uint8_t>(hex_byte(digits)));
+        digits.clear();
+    }
+    if (!digits.empty())
+        throw ModuleError(name + ": an odd number of hexadecimal digits");
+    return bytes;
+}
+
 // One line of hexadecimal text: "0x0010:\t\t03 04 .." or "10: 03 04 ..    ascii".
 class HexLines {
 public:
@@ -126,6 +153,8 @@ Bytes parse_dump(std::string_view content, const std::string &name)
         throw ModuleError(name + ": empty");
     if (!is_text(content))
         return {content.begin(), content.end()};
+    if (is_plain_hex(content))
+        return plain_hex(content, name);
     HexLines lines(name);
     while (!content.empty()) {
         const std::size_t end = std::min(content.find('\n'), content.size());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Reading memory dumps as people have them: raw bytes, `ethtool -m DEV hex on`, `i2cdump -y BUS ADDR`.
+// Reading memory dumps as people have them: raw bytes, `ethtool -m DEV hex on`, `i2cdump -y BUS ADDR`, or
+// nothing but hexadecimal digits.
 #pragma once
 
 #include <cstdint>

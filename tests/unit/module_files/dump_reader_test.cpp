@@ -127,6 +127,12 @@ TEST(DumpText, i2cdump_table_gives_its_bytes)
     EXPECT_EQ(module_files::parse_dump(i2cdump_text(a0_page()), "x"), a0_page());
 }
 
+TEST(DumpText, digits_alone_are_bytes)
+{
+    EXPECT_THAT(module_files::parse_dump("0304fF\n00 10\n", "x"), ElementsAre(0x03, 0x04, 0xff, 0x00, 0x10));
+    EXPECT_EQ(refusal("03 041\n"), "x.txt: an odd number of hexadecimal digits");
+}
+
 TEST(DumpText, carriage_returns_do_not_matter)
 {
     std::string text = ethtool_text(a0_page());
