@@ -2,7 +2,7 @@
 """The power supply monitor: what it reports of the supplies and of a board that is too hot."""
 import pytest
 from calls import in_order, of
-from monitors import calls_of, hurried, paused_ms, records, start_calls, steps, wait_call
+from monitors import calls_of, hurried, paused_ms, records, start_calls, steps, wait_call, wait_thread
 from olt import wait_until
 
 UP1, DOWN1 = (77, 2, "Power1 Up"), (77, 2, "Power1 Down")
@@ -47,7 +47,7 @@ def test_it_starts_with_a_handle_of_its_own_and_a_detached_thread(cold_olt):
     calls = start_calls(cold_olt, "power_monitor")
     assert steps(calls) == ["raise power_monitor", "misc_cpld_i2c_open", "lower", "pthread_create", "pthread_detach"]
     assert of(calls, "misc_cpld_i2c_open")[0].values["bus"] == "0"
-    assert "power_monitor" in cold_olt.threads()
+    wait_thread(cold_olt, "power_monitor")
     assert "Power Monitor       : Enable" in cold_olt.run("show diag monitor", "diagnose")[0]
 
 

@@ -5,7 +5,7 @@ from pathlib import Path
 
 import pytest
 from calls import in_order, of
-from monitors import calls_of, records, start_calls, steps, stopped, wait_call
+from monitors import calls_of, records, start_calls, steps, stopped, wait_call, wait_thread
 from olt import wait_until
 from proc_files import bound
 
@@ -75,7 +75,7 @@ def test_it_sets_up_the_line_maps_the_register_and_starts_a_joinable_thread(cold
     assert int(found[1].values["flags"], 0) & 3 == o_rdwr
     assert int(found[3].values["flags"], 0) & (3 | o_sync) == o_rdwr | o_sync
     assert of(calls, "pthread_detach") == []
-    assert "reset_monitor" in cold_olt.threads()
+    wait_thread(cold_olt, "reset_monitor")
     files = list(cold_olt.fds().values())
     assert GPIO not in files and any(name.endswith("uio0") for name in files)
 

@@ -5,7 +5,7 @@ from pathlib import Path
 
 import pytest
 from calls import in_order, of
-from monitors import calls_of, start_calls, steps, wait_call
+from monitors import calls_of, start_calls, steps, wait_call, wait_thread
 from olt import wait_until
 from uevents import port_of, send
 
@@ -68,7 +68,7 @@ def olt(shared):
 def test_it_starts_with_the_led_dark_and_a_detached_thread(shared):
     calls = start_calls(shared, "usb_monitor")
     assert steps(calls) == ["raise usb_monitor", "misc_cpld_i2c_open", "lower", *DARKEN, "pthread_create", "pthread_detach"]
-    assert "usb_monitor" in shared.threads()
+    wait_thread(shared, "usb_monitor")
 
 
 def test_the_socket_is_the_kernels_event_socket_set_up_with_privileges(shared):
@@ -173,21 +173,28 @@ def test_a_real_device_that_is_not_usb_is_left_alone(olt):
     assert handled(olt, "add@/devices/x") == [] and steps(calls_of(olt, "usb_monitor", before))[:-3] == []
 
 
+def start_with_mounts(olt, *devices):
+    """The daemon begins with these, and no others, in its mount table."""
+    (olt.state / "log" / "mounts").write_text("".join(f"{device} /mnt ext4 rw 0 0\n" for device in devices))
+    olt.start(trace=True, env={"CALL_SHIM_MOUNTS": "/var/log/mounts"})
+    wait_socket(olt)
+
+
 @pytest.mark.parametrize("devices, expected", [
     ([], []), (["/dev/sda1"], LIGHT), (["/dev/sd"], LIGHT), (["/dev/sda1", "/dev/sdb2"], LIGHT), (["/dev/nvme0"], []),
-    (["x/dev/sda1"], []),
+    (["x/dev/sda1"], []), (["/dev/s"], []), (["tmpfs", "/dev/sdb"], LIGHT),
 ])
 def test_a_mounted_disk_lights_the_led_at_the_start(cold_olt, devices, expected):
-    for number, device in enumerate(devices):
-        folder = f"/var/tmp/disk{number}"
-        cold_olt.exec("mkdir", folder, check=True)
-        cold_olt.exec("mount", "-t", "tmpfs", device, folder, check=True)
-    table = cold_olt.exec("cat", "/proc/mounts").stdout.splitlines()
-    if any(line.startswith("/dev/sd") for line in table):  # the machine's own disks show in the box, too
-        expected = LIGHT
+    start_with_mounts(cold_olt, *devices)
+    assert steps(calls_of(cold_olt, "usb_monitor")) == [*expected, "raise usb_monitor_thread", "lower"]
+
+
+def test_the_mount_table_is_the_systems(cold_olt):
+    cold_olt.exec("mkdir", "/var/tmp/disk", check=True)
+    cold_olt.exec("mount", "-t", "tmpfs", "/dev/sda1", "/var/tmp/disk", check=True)
     cold_olt.start(trace=True)
     wait_socket(cold_olt)
-    assert steps(calls_of(cold_olt, "usb_monitor")) == [*expected, "raise usb_monitor_thread", "lower"]
+    assert steps(calls_of(cold_olt, "usb_monitor")) == [*LIGHT, "raise usb_monitor_thread", "lower"]
 
 
 def test_without_a_mount_table_there_are_still_events(cold_olt):

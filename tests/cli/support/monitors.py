@@ -47,6 +47,11 @@ def wait_call(olt, thread, pattern, since=0, count=1, timeout=DEADLINE_S):
         f"{count} {pattern} of {thread}", timeout)
 
 
+def wait_thread(olt, name):
+    """Until the daemon has a thread of that name, which a thread gives itself when it has begun."""
+    wait_until(lambda: name in olt.threads(), f"the thread {name}")
+
+
 def paused_ms(calls):
     """How long the pauses among the calls were to be; one that a signal interrupts goes on with what is left of it."""
     parts = of(calls, "nanosleep")

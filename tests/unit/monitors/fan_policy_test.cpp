@@ -135,7 +135,9 @@ TEST(FanPolicy, keeps_the_simulated_board_in_bounds_over_a_day)
     // Closed fans would have let it settle at 95 degrees.
     EXPECT_LT(hottest, 25 + 35 * 1.0 + 1);
     EXPECT_GT(hottest, 35.0);
-    EXPECT_LT(hottest_late, hottest + 0.001);
+    // In the second half the load is 20 W and less: closed fans would let it settle at 65 degrees.
+    EXPECT_LT(hottest_late, 25 + 20 * 1.0 + 1);
+    EXPECT_GT(hottest_late, 35.0);
     EXPECT_GE(switched, 2);
 }
 
