@@ -1,22 +1,26 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The fan monitor: a pass every five seconds.
-// Failure policy: a sensor that does not answer costs a pass about three seconds and counts with its last
-// good reading, see lm75.hpp; a register write that fails is taken as done.  Whatever fails, the thread lives
-// on.
-#include "diagd/monitors/fan/fan_monitor.hpp"
-
+// Failure policy: without the sensor's bus or the CPLD's there is no fan control, silently, and the fans stay
+// as they are; the commands are there nevertheless.  A sensor that does not answer costs a pass about three
+// seconds and counts with its last good reading, see lm75.hpp; a register write that fails is taken as done.
+// Whatever fails, the thread lives on.
+#include "diagd/board/board_sensor.hpp"
 #include "diagd/board/lm75.hpp"
 #include "diagd/board/monitor_registers.hpp"
 #include "diagd/board/semaphore.hpp"
 #include "diagd/core/alarm_record.hpp"
+#include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
+#include "diagd/monitors/fan/fan.hpp"
 #include "diagd/monitors/fan/fan_policy.hpp"
-#include "diagd/monitors/fan/fan_settings.hpp"
 
 #include "util_cpld.h"
+#include "util_i2c.h"
 
 #include <chrono>
+#include <cstdio>
+#include <optional>
 #include <thread>
 
 using std::memory_order_relaxed;
@@ -24,13 +28,24 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr int cpld_bus = 0;
 constexpr int last_tick = 4; // ticks of a second; a pass comes after the one behind it
 
 int cpld_handle = -1; // set before the thread starts
 
+bool mode_is_automatic() noexcept
+{
+    return fan_master.mode.load(memory_order_relaxed) == diagd::fan_auto;
+}
+
 bool speed_is_automatic() noexcept
 {
     return fan_master.speed.load(memory_order_relaxed) == diagd::speed_auto;
+}
+
+void write(diagd::MonitorRegister reg, int value) noexcept
+{
+    misc_cpld_i2c_set_byte(cpld_handle, static_cast<std::uint8_t>(reg), static_cast<std::uint8_t>(value));
 }
 
 // Writes every time, changed or not: the operator's command may have written something else.
@@ -41,42 +56,52 @@ void set_automatic_speed(int temperature) noexcept
     // The command stores its speed with the board in hand, and this may have waited for it.
     if (!speed_is_automatic())
         return;
-    misc_cpld_i2c_set_byte(cpld_handle, static_cast<std::uint8_t>(diagd::MonitorRegister::fan_speed),
-                           static_cast<std::uint8_t>(level));
+    write(diagd::MonitorRegister::fan_speed, level);
     fan_master.current_speed.store(level, memory_order_relaxed);
 }
 
-void switch_fans(bool open) noexcept
+// Whether the settings of this moment want the fans open.
+bool decide(int temperature) noexcept
 {
-    const std::int32_t state = open ? 1 : 0;
-    if (fan_master.state.load(memory_order_relaxed) == state)
+    const std::int32_t reference = fan_master.reference_temperature.load(memory_order_relaxed);
+    const diagd::FanDecision decision =
+        diagd::decide_fans(fan_master.mode.load(memory_order_relaxed), temperature,
+                           fan_master.open_temperature.load(memory_order_relaxed), reference);
+    diagd::lift_reference(reference, decision.reference);
+    return decision.open;
+}
+
+void switch_fans(int temperature) noexcept
+{
+    const auto state = [](bool open) { return open ? 1 : 0; };
+    if (state(decide(temperature)) == fan_master.state.load(memory_order_relaxed))
         return;
-    diagd::write_register(cpld_handle, diagd::MonitorRegister::fan_power, open ? 1 : 0);
-    fan_master.state.store(state, memory_order_relaxed);
+    bool open;
+    {
+        const diagd::Semaphore board{diagm.sem_id};
+        // The board may have been somebody else's for long, and a mode that came meanwhile is in force.
+        open = decide(temperature);
+        if (state(open) == fan_master.state.load(memory_order_relaxed))
+            return;
+        write(diagd::MonitorRegister::fan_power, state(open));
+        fan_master.state.store(state(open), memory_order_relaxed);
+    }
     diagd::file_alarm(TQ_ALARM_FAN, open ? diagd::AlarmState::on : diagd::AlarmState::off,
                       open ? "Open!" : "Close!");
 }
 
+// Reading a dead sensor takes seconds: what the operator has chosen meanwhile is in force at the end of the
+// pass.
 void pass() noexcept
 {
-    const int mode = fan_master.mode.load(memory_order_relaxed);
-    const bool looks_at_sensor = mode == diagd::fan_auto || speed_is_automatic();
-
-    int temperature = 0;
-    if (looks_at_sensor)
+    std::optional<int> temperature;
+    if (mode_is_automatic() || speed_is_automatic())
         temperature = lm75_temperature_get();
-    // Asked again: reading a dead sensor takes seconds, and a speed the operator chose meanwhile stands.
-    if (looks_at_sensor && speed_is_automatic())
-        set_automatic_speed(temperature);
-
-    std::int32_t reference = fan_master.reference_temperature.load(memory_order_relaxed);
-    const diagd::FanDecision decision = diagd::decide_fans(
-        mode, temperature, fan_master.open_temperature.load(memory_order_relaxed), reference);
-    // A reference that the operator has set meanwhile stands.
-    if (decision.reference != reference)
-        fan_master.reference_temperature.compare_exchange_strong(reference, decision.reference,
-                                                                 memory_order_relaxed);
-    switch_fans(decision.open);
+    if (temperature && speed_is_automatic())
+        set_automatic_speed(*temperature);
+    if (temperature ||
+        !mode_is_automatic()) // the automatic mode of a moment ago waits for the next pass's reading
+        switch_fans(temperature.value_or(0));
 }
 
 void run() noexcept
@@ -97,8 +122,23 @@ void run() noexcept
 
 } // namespace
 
-bool diagd::start_fan_monitor(int cpld) noexcept
+int fan_init()
 {
-    cpld_handle = cpld;
-    return start_worker("fan_monitor", run, ThreadEnd::detached);
+    diagd::reset_fan_master();
+    fan_cmd_init();
+
+    diagd::Privileges raised{"fan_monitor_init"};
+    if (!diagd::open_board_sensor())
+        return 0;
+    cpld_handle = misc_i2c_device_init(cpld_bus);
+    if (cpld_handle < 0)
+        return 0;
+    raised.lower();
+
+    if (!diagd::start_worker("fan_monitor", run, diagd::ThreadEnd::detached)) {
+        std::puts("fan_monitor_thread init failed!\r");
+        return 0;
+    }
+    diagm.fan_monitor.store(1, memory_order_relaxed);
+    return 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The fan settings.
-#include "diagd/monitors/fan/fan_settings.hpp"
+// The fan settings and the texts of their codes.
+#include "diagd/monitors/fan/fan.hpp"
 
 using std::memory_order_relaxed;
 
@@ -14,6 +14,11 @@ void diagd::reset_fan_master() noexcept
     fan_master.current_speed.store(not_yet_written, memory_order_relaxed);
     fan_master.open_temperature.store(default_temperature, memory_order_relaxed);
     fan_master.reference_temperature.store(default_temperature, memory_order_relaxed);
+}
+
+void diagd::lift_reference(std::int32_t seen, std::int32_t lifted) noexcept
+{
+    fan_master.reference_temperature.compare_exchange_strong(seen, lifted, memory_order_relaxed);
 }
 
 int fan_temperature_set(unsigned degrees) noexcept

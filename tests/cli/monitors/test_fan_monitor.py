@@ -5,7 +5,7 @@ import json
 import pytest
 from semaphore_holder import board_held
 from calls import in_order, of
-from monitors import calls_of, hurried, paused_ms, records, start_calls, steps, wait_call, wait_passes
+from monitors import calls_of, hurried, paused_ms, records, start_calls, steps, wait_call, wait_passes, wait_thread
 from olt import wait_until
 
 ALARM_OPEN, ALARM_CLOSE = (0, 1, "Open!"), (0, 0, "Close!")
@@ -41,7 +41,7 @@ def test_fan_control_starts_with_settings_commands_buses_thread(cold_olt):
              r"install_element node=4 cmd=show_fan_running_config_cmd ", r'raise reason="fan_monitor_init"',
              r"misc_i2c_device_init bus=2 ", r"misc_i2c_device_init bus=0 ", r"lower ", r"pthread_create ", r"pthread_detach ",
              r'raise reason="usb_monitor"')
-    assert "fan_monitor" in cold_olt.threads()
+    wait_thread(cold_olt, "fan_monitor")
     assert "FAN Monitor         : Enable" in cold_olt.run("show diag monitor", "diagnose")[0]
     assert not [call for call in of(calls, "install_element") if call.values["node"] == "97"]
 
@@ -65,7 +65,7 @@ def test_a_thread_that_is_refused_is_told(cold_olt):
     assert cold_olt.stdout() in ("fan_monitor_thread init failed!\r\n", "fan_monitor_thread init failed!\r")
     assert "fan_monitor" not in cold_olt.threads()
     assert "FAN Monitor         : Disable" in cold_olt.run("show diag monitor", "diagnose")[0]
-    assert "power_monitor" in cold_olt.threads()
+    wait_thread(cold_olt, "power_monitor")
 
 
 def test_a_positive_result_of_the_threads_creation_is_no_failure(cold_olt):
@@ -335,3 +335,42 @@ def test_a_speed_chosen_while_a_pass_waits_for_the_board_stands(cold_olt):
     wait_passes(cold_olt, "fan_monitor", count=1)
     assert cold_olt.boardctl("reg", "get", 5) == "0x02\n"
     assert fans(cold_olt)["currentFanSpeed"] == "high"
+
+
+SLOW_SENSOR = "misc_i2c_read thread=fan_monitor ret=-1 errno=5 delay_ms=700"
+
+
+@pytest.mark.parametrize("command", ["fan mode open", "fan temperature 20"])
+def test_a_mode_or_temperature_chosen_while_the_sensor_is_read_is_in_force_at_the_end_of_the_pass(olt, command):
+    olt.boardctl("temp", "set", 270)
+    olt.start(trace=True)
+    wait_call(olt, "fan_monitor", "cli_log")
+    assert records(olt, "fan_monitor") == [ALARM_CLOSE]
+    olt.faults(*hurried("fan_monitor"), SLOW_SENSOR)
+    before = len(olt.trace())
+    wait_until(lambda: [call for call in of(calls_of(olt, "fan_monitor", before), "misc_i2c_read") if call.result == "-1"],
+               "the first of three attempts fails")
+    assert olt.run(command) == ("", 0)
+    wait_until(lambda: ALARM_OPEN in records(olt, "fan_monitor"), "the fans open")
+    said = steps(calls_of(olt, "fan_monitor", before))
+    said = said[said.index("read sensor") :]
+    begin = len(said) - said[::-1].index("Open!")
+    attempts = said[:begin].count("read sensor")
+    assert attempts in (3, 4), f"within the pass, whose readings are three, and one that worked at most: {said}"
+
+
+def test_a_mode_chosen_while_a_pass_waits_for_the_board_stands(cold_olt):
+    cold_olt.faults("nanosleep thread=fan_monitor ret=0 delay_ms=100")
+    cold_olt.configure("fan speed high")  # the board is asked for the fans' power alone
+    cold_olt.boardctl("temp", "set", 270)
+    cold_olt.start(trace=True)
+    assert cold_olt.run("no power monitor", "diagnose") == ("", 0)  # it would wait as well
+    wait_call(cold_olt, "fan_monitor", "cli_log")
+    with board_held(cold_olt) as give_back:
+        cold_olt.boardctl("temp", "set", 360)
+        wait_until(lambda: cold_olt.sem_waiters("board") == 1, "the pass waits")
+        assert cold_olt.run("fan mode close") == ("", 0)
+        give_back()
+    wait_passes(cold_olt, "fan_monitor", count=1)
+    assert records(cold_olt, "fan_monitor") == [ALARM_CLOSE]
+    assert not is_open(cold_olt)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The fan settings and the texts of their codes.
-#include "diagd/monitors/fan/fan_settings.hpp"
+#include "diagd/monitors/fan/fan.hpp"
 
 #include <gtest/gtest.h>
 
@@ -27,6 +27,17 @@ TEST(FanSettings, a_temperature_sets_threshold_and_reference_in_tenths)
         EXPECT_EQ(fan_temperature_get(), static_cast<int>(degrees) * 10);
         EXPECT_EQ(fan_master.reference_temperature, static_cast<int>(degrees) * 10);
     }
+}
+
+TEST(FanSettings, the_reference_is_lifted_unless_the_operator_was_faster)
+{
+    fan_temperature_set(35);
+    diagd::lift_reference(350, 400);
+    EXPECT_EQ(fan_master.reference_temperature, 400);
+    fan_temperature_set(60); // after the monitor has looked at the reference of 40.0
+    diagd::lift_reference(400, 460);
+    EXPECT_EQ(fan_master.reference_temperature, 600);
+    EXPECT_EQ(fan_master.open_temperature, 600);
 }
 
 TEST(FanSettings, a_mode_is_kept_as_given)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The fan settings: what the operator asked for and what the monitor last told the CPLD.
+// The fans: their settings, that is what the operator asked for and what the monitor last told the CPLD, and
+// the parts of the room.
 #pragma once
 
 #include <atomic>
@@ -38,6 +39,10 @@ static_assert(offsetof(FanMaster, reference_temperature) == 20);
 // All words as they are before the first command and the first pass of the monitor.
 void reset_fan_master() noexcept;
 
+// The reference becomes `lifted`, unless it is not `seen` any more: one that the operator has set meanwhile
+// stands.
+void lift_reference(std::int32_t seen, std::int32_t lifted) noexcept;
+
 } // namespace diagd
 
 extern diagd::FanMaster fan_master;
@@ -50,3 +55,6 @@ int fan_mode_get() noexcept;
 // Texts of a code; what has not been written yet reads as open, and as low.
 const char *fan_mode_str_get(int mode) noexcept;
 const char *fan_speed_str_get(int speed) noexcept;
+
+// Installs the node of the fans' running configuration and the commands.  Returns 0.
+int fan_cmd_init();
