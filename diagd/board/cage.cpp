@@ -1,39 +1,50 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Module sockets (see cage.hpp).  A presence register that cannot be read holds no module.
+// Cages of the board (see cage.hpp).
 #include "diagd/board/cage.hpp"
 
-#include "util_cpld.h"
+#include "diagd/board/registers.hpp"
 
 namespace diagd {
 
 namespace {
-constexpr std::uint8_t pon_presence_register = 0x0B;
-constexpr std::uint8_t gigabit_presence_register = 0x0C;
+
 constexpr int register_bits = 8;
 constexpr int pon_channels = 8;
 
-std::optional<std::uint8_t> presence_register(PortKind kind) noexcept
+std::optional<CpldRegister> presence_register(PortKind kind) noexcept
 {
     switch (kind) {
     case PortKind::gigabit_ethernet:
-        return gigabit_presence_register;
+        return CpldRegister::sfp_presence;
     case PortKind::gpon:
     case PortKind::xgpon:
-        return pon_presence_register;
+        return CpldRegister::pon_presence;
     case PortKind::none:
         break;
     }
     return std::nullopt;
 }
+
 } // namespace
 
-bool module_present(const BoardBracket &board, PortKind kind, int port) noexcept
+ChannelSelect::ChannelSelect(const BoardSession &board, int channel, ChannelEnd end) noexcept
+    : handle_(board.handle()), selected_(misc_cpld_channel_select(handle_, channel) >= 0),
+      ends_(selected_ || end == ChannelEnd::always)
 {
-    const std::optional<std::uint8_t> presence = presence_register(kind);
+}
+
+ChannelSelect::~ChannelSelect()
+{
+    if (ends_)
+        misc_cpld_channel_select_end(handle_);
+}
+
+bool module_present(const BoardSession &board, PortKind kind, int port) noexcept
+{
+    const std::optional<CpldRegister> presence = presence_register(kind);
     if (!presence)
         return false;
-    std::uint8_t present = 0;
-    misc_cpld_i2c_read_byte(board.handle(), *presence, &present);
+    const std::uint8_t present = read_register(board.handle(), *presence);
     return port >= 1 && port <= register_bits && (present >> (port - 1) & 1) != 0;
 }
 
@@ -42,7 +53,7 @@ int module_channel(PortKind kind, int port) noexcept
     return kind == PortKind::gigabit_ethernet ? port - 1 + pon_channels : port - 1;
 }
 
-ModuleSelect::ModuleSelect(const BoardBracket &board, PortKind kind, int port) noexcept
+ModuleSession::ModuleSession(const BoardSession &board, PortKind kind, int port) noexcept
     : handle_(static_cast<std::uint32_t>(board.handle()))
 {
     if (module_present(board, kind, port))

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Resets through the board's GPIO device; the failure policy stands in gpio.hpp.
+// The board's GPIO device; the failure policy stands in gpio.hpp.
 #include "diagd/board/gpio.hpp"
 
 #include "base/fd.hpp"
@@ -14,20 +14,10 @@ namespace diagd {
 
 namespace {
 
-constexpr const char *gpio_device = "/dev/tq_gpio_cfg";
-
 constexpr unsigned pon_chip_reset_gpio = 1;
 constexpr unsigned system_reset_gpio = 8;
 // The board resets somewhere among these writes.
 constexpr int system_reset_writes = 100'000;
-
-// Requests of the GPIO driver.
-enum class GpioRequest : unsigned long { set = 1, get = 3 };
-
-base::Fd open_gpio() noexcept
-{
-    return base::Fd{::open(gpio_device, O_RDWR | O_CLOEXEC)};
-}
 
 void log_open_failure(int error) noexcept
 {
@@ -36,8 +26,7 @@ void log_open_failure(int error) noexcept
 
 bool issue(const base::Fd &device, GpioRequest request, unsigned gpio, unsigned value) noexcept
 {
-    std::uint32_t word = gpio_word(gpio, value);
-    if (::ioctl(device.get(), static_cast<unsigned long>(request), &word) >= 0)
+    if (request_gpio(device, request, gpio, value))
         return true;
     if (request == GpioRequest::get)
         zlog_err("get gpio %d fail: %s", static_cast<int>(gpio), safe_strerror(errno));
@@ -47,6 +36,17 @@ bool issue(const base::Fd &device, GpioRequest request, unsigned gpio, unsigned 
 }
 
 } // namespace
+
+base::Fd open_gpio() noexcept
+{
+    return base::Fd{::open(gpio_device, O_RDWR | O_CLOEXEC)};
+}
+
+bool request_gpio(const base::Fd &device, GpioRequest request, unsigned gpio, unsigned value) noexcept
+{
+    std::uint32_t word = gpio_word(gpio, value);
+    return ::ioctl(device.get(), static_cast<unsigned long>(request), &word) >= 0;
+}
 
 void pon_chip_reset() noexcept
 {
@@ -66,12 +66,9 @@ void pon_chip_reset() noexcept
 
 void system_gpio_reset() noexcept
 {
-    Privileges raised{"system_gpio_reset"};
-    base::Fd device = open_gpio();
-    const int open_errno = errno;
-    raised.lower();
+    base::Fd device{with_privileges("system_gpio_reset", [] { return open_gpio().release(); })};
     if (!device) {
-        log_open_failure(open_errno);
+        log_open_failure(errno);
         return;
     }
     if (!issue(device, GpioRequest::get, system_reset_gpio, 1))

@@ -2,8 +2,6 @@
 // Reading the board's temperature sensor; the failure policy stands in lm75.hpp.
 #include "diagd/board/lm75.hpp"
 
-#include "diagd/board/board_sensor.hpp"
-
 #include "util_i2c.h"
 
 #include <array>

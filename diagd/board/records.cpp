@@ -2,8 +2,6 @@
 // Reading the board records.  A record that cannot be read ends the list.
 #include "diagd/board/records.hpp"
 
-#include <initializer_list>
-
 namespace diagd {
 
 namespace {
@@ -11,45 +9,6 @@ constexpr std::size_t port_entry_size = 28;
 // Both counted from an entry's in-use word: the slot is the word before it.
 constexpr std::size_t port_slot_back = 4;
 constexpr std::size_t port_present_ahead = 20;
-
-struct KindTable {
-    std::uint32_t capability;
-    PortTable table;
-};
-
-std::optional<KindTable> kind_table(PortKind kind) noexcept
-{
-    switch (kind) {
-    case PortKind::gigabit_ethernet:
-        return KindTable{BOARD_CAPABILITY_SFP, PortTable::sfp};
-    case PortKind::gpon:
-        return KindTable{BOARD_CAPABILITY_PON, PortTable::pon_first};
-    case PortKind::xgpon:
-        return KindTable{BOARD_CAPABILITY_PON, PortTable::pon_second};
-    case PortKind::none:
-        break;
-    }
-    return std::nullopt;
-}
-
-// Ports of the first board in service that has ports of these kinds; port k is listed under the first kind
-// for which usable(board's entry k of the kind) holds.
-template <typename Usable>
-std::vector<ListedPort> list_ports(std::initializer_list<PortKind> kinds, Usable usable)
-{
-    std::vector<ListedPort> ports;
-    const std::optional<BoardRecord> board = first_board_in_service(kind_table(*kinds.begin())->capability);
-    for (unsigned k = 0; board && k < BOARD_PORT_ENTRIES; ++k) {
-        for (const PortKind kind : kinds) {
-            const BoardPort entry = board->port(kind_table(kind)->table, k);
-            if (!usable(entry))
-                continue;
-            ports.push_back({kind, entry.slot, static_cast<int>(k)});
-            break;
-        }
-    }
-    return ports;
-}
 } // namespace
 
 std::optional<BoardRecord> BoardRecord::read(int index) noexcept
@@ -92,30 +51,6 @@ std::optional<BoardRecord> first_board_in_service(std::uint32_t capability_bit) 
         return !found;
     });
     return found;
-}
-
-std::vector<ListedPort> list_pon_ports()
-{
-    return list_ports({PortKind::gpon, PortKind::xgpon},
-                      [](const BoardPort &entry) { return entry.in_use != 0; });
-}
-
-std::vector<ListedPort> list_gigabit_ports()
-{
-    return list_ports({PortKind::gigabit_ethernet},
-                      [](const BoardPort &entry) { return entry.in_use != 0 && entry.present; });
-}
-
-bool is_slot_support_port(PortKind kind, SlotPort position) noexcept
-{
-    const std::optional<KindTable> in = kind_table(kind);
-    if (!in || position.slot < 0 || position.port < 0 || position.port >= BOARD_PORT_ENTRIES)
-        return false;
-    const std::optional<BoardRecord> board = first_board_in_service(in->capability);
-    if (!board)
-        return false;
-    const BoardPort entry = board->port(in->table, static_cast<unsigned>(position.port));
-    return entry.in_use != 0 && entry.slot == static_cast<std::uint32_t>(position.slot);
 }
 
 } // namespace diagd

@@ -4,15 +4,12 @@
 // are the callers' and the offsets are here.
 #pragma once
 
-#include "diagd/board/slot_port.hpp"
-
 #include "tq_board.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 namespace diagd {
 
@@ -60,20 +57,5 @@ void for_each_board_record(Visit visit)
 
 // First record in service that has the capability; empty when there is none.
 [[nodiscard]] std::optional<BoardRecord> first_board_in_service(std::uint32_t capability_bit) noexcept;
-
-struct ListedPort {
-    PortKind kind; // GPON from the first PON table, XG-PON from the second
-    std::uint32_t slot;
-    int port; // 0 to 31
-};
-
-// Ports of the first PON board in service, in port order.  Port k is listed when either table has it in use,
-// with the slot and the kind of the first table that has.
-[[nodiscard]] std::vector<ListedPort> list_pon_ports();
-// The same for gigabit Ethernet ports: in use and present.
-[[nodiscard]] std::vector<ListedPort> list_gigabit_ports();
-
-// Whether the board has that port: its kind's own table has it in use, in that slot.
-[[nodiscard]] bool is_slot_support_port(PortKind kind, SlotPort position) noexcept;
 
 } // namespace diagd

@@ -1,46 +1,59 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The board bracket; its failure policy stands in session.hpp.
+// Sessions with the board; their failure policy stands in session.hpp.
 #include "diagd/board/session.hpp"
 
+#include "diagd/board/registers.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 
-#include "util_cpld.h"
-
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
 
 namespace diagd {
 
-BoardBracket::BoardBracket(const char *reason, OpenFailure order) noexcept : semaphore_(diagm.sem_id)
+BoardSession::BoardSession(const char *reason, SessionPolicy policy) noexcept
 {
-    Privileges raised{reason};
-    handle_ = misc_cpld_i2c_open(diagm.cpld_i2c_bus);
-    const int open_errno = errno;
-
-    if (handle_ < 0 && order == OpenFailure::release_then_lower)
-        semaphore_.release();
-    raised.lower();
+    if (policy != SessionPolicy::lock_free)
+        semaphore_.emplace(diagm.sem_id);
+    int open_errno = 0;
+    handle_ = with_privileges(reason, [&] {
+        const int handle = misc_cpld_i2c_open(diagm.cpld_i2c_bus);
+        open_errno = errno;
+        if (handle < 0 && policy == SessionPolicy::release_then_lower)
+            semaphore_.reset();
+        return handle;
+    });
     if (handle_ < 0)
-        semaphore_.release();
+        semaphore_.reset();
     errno = open_errno;
 }
 
-BoardBracket::~BoardBracket()
+BoardSession::~BoardSession()
 {
     if (handle_ >= 0)
         misc_cpld_i2c_close(handle_);
 }
 
-ChannelSelect::ChannelSelect(const BoardBracket &board, int channel, ChannelEnd end) noexcept
-    : handle_(board.handle()), selected_(misc_cpld_channel_select(handle_, channel) >= 0),
-      ends_(selected_ || end == ChannelEnd::always)
+int BoardSession::keep_open() noexcept
 {
+    return std::exchange(handle_, -1);
 }
 
-ChannelSelect::~ChannelSelect()
+int open_board_for_life(const char *reason) noexcept
 {
-    if (ends_)
-        misc_cpld_channel_select_end(handle_);
+    BoardSession session{reason, SessionPolicy::lock_free};
+    if (!session)
+        std::printf("open fan failed: %s\r\n",
+                    std::strerror(errno)); // whoever opens: consoles are watched for it
+    return session.keep_open();
+}
+
+void lock_and_write_register(int handle, CpldRegister reg, std::uint8_t value) noexcept
+{
+    const Semaphore board{diagm.sem_id};
+    write_register(handle, reg, value);
 }
 
 } // namespace diagd

@@ -4,6 +4,8 @@
 
 #include "diagd/core/frr.hpp"
 
+#include <cerrno>
+
 extern struct zebra_privs_t diagd_privs;
 
 namespace diagd {
@@ -28,5 +30,17 @@ public:
 private:
     struct zebra_privs_t *raised_;
 };
+
+// What work() returns, which has its privileges raised; errno stays as work left it.
+template <class Work>
+[[nodiscard]] auto with_privileges(const char *reason, Work work) noexcept
+{
+    Privileges raised{reason};
+    const auto result = work();
+    const int work_errno = errno;
+    raised.lower();
+    errno = work_errno;
+    return result;
+}
 
 } // namespace diagd

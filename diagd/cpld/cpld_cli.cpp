@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Board controls through the CPLD: the install order of their commands, and what is switched on at the start.
 // Failure policy: what cannot be switched on at the start stays as it is; the daemon runs on.
+#include "diagd/board/session.hpp"
 #include "diagd/core/command.hpp"
-#include "diagd/core/privileges.hpp"
-#include "diagd/core/state.hpp"
 #include "diagd/cpld/cpld_cmd.hpp"
 #include "diagd/cpld/port_switch.hpp"
 #include "diagd/transceiver/optical_cmd.hpp"
-
-#include "util_cpld.h"
 
 using diagd::config_node;
 using diagd::diagnose_node;
@@ -54,14 +51,10 @@ constexpr diagd::InstallRow commands[] = {
 // does not take register commands yet has its cages supplied, too.
 void switch_sfp_power_on() noexcept
 {
-    diagd::Privileges raised{"cpld_init"};
-    const int handle = misc_cpld_i2c_open(diagm.cpld_i2c_bus);
-    raised.lower();
-    if (handle < 0)
-        return;
-    diagd::switch_every_port(handle, diagd::CpldRegister::sfp_power, diagd::PortGroup::sfp,
-                             diagd::RecordTest::in_service, true);
-    misc_cpld_i2c_close(handle);
+    const diagd::BoardSession board{"cpld_init", diagd::SessionPolicy::lock_free};
+    if (board)
+        diagd::switch_every_port(board.handle(), diagd::CpldRegister::sfp_power, diagd::PortGroup::sfp,
+                                 diagd::RecordTest::in_service, true);
 }
 
 } // namespace

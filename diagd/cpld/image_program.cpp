@@ -2,7 +2,7 @@
 // Programming the CPLD; the failure policy stands in image_program.hpp.
 #include "diagd/cpld/image_program.hpp"
 
-#include "diagd/board/register_access.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/cpld/image_file.hpp"
@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 void diagd::program_image(const std::string &path) noexcept
 {
     constexpr const char *reason = "update_cpld";
-    const BoardBracket board{reason, OpenFailure::release_then_lower};
+    const BoardSession board{reason, SessionPolicy::release_then_lower};
     if (!board || holder_of(path) == PathHolder::others)
         return;
     std::puts("\r\nStart to upgarde CPLD...\r");

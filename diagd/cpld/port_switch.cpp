@@ -2,7 +2,7 @@
 // Switching bits of a port register (see port_switch.hpp).
 #include "diagd/cpld/port_switch.hpp"
 
-#include "diagd/board/register_access.hpp"
+#include "diagd/board/registers.hpp"
 
 namespace diagd {
 

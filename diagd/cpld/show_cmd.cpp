@@ -4,17 +4,17 @@
 // answer a read of a register shows 0.
 #include "diagd/cpld/cpld_cmd.hpp"
 
-#include "diagd/board/register_access.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
 
 #include <cstring>
 
-using diagd::BoardBracket;
+using diagd::BoardSession;
 using diagd::CpldRegister;
 using diagd::line_end;
-using diagd::OpenFailure;
+using diagd::SessionPolicy;
 
 namespace {
 
@@ -24,7 +24,7 @@ constexpr unsigned supply_2 = 1U << 1;
 // `name` is what stands before the value.
 int show_register(struct vty *vty, const char *reason, CpldRegister reg, const char *name) noexcept
 {
-    const BoardBracket board{reason, OpenFailure::release_then_lower};
+    const BoardSession board{reason, SessionPolicy::release_then_lower};
     if (!board)
         return CMD_WARNING;
     vty_out(vty, "%s: 0x%x%s", name, diagd::read_register(board.handle(), reg), line_end);
@@ -35,7 +35,7 @@ int show_register(struct vty *vty, const char *reason, CpldRegister reg, const c
 int show_identity(struct vty *vty, const char *reason, int (*get)(int, std::uint8_t *), const char *name,
                   const char *failure) noexcept
 {
-    const BoardBracket board{reason, OpenFailure::release_then_lower};
+    const BoardSession board{reason, SessionPolicy::release_then_lower};
     if (!board)
         return CMD_WARNING;
     std::uint8_t value = 0;
@@ -119,7 +119,7 @@ DEFUN(show_system_power, show_system_power_cmd, "show sys power [json]",
       "system power status.\n"
       "JavaScript Object Notation\n")
 {
-    const BoardBracket board{"show_system_power", OpenFailure::release_then_lower};
+    const BoardSession board{"show_system_power", SessionPolicy::release_then_lower};
     if (!board)
         return CMD_WARNING;
     std::uint8_t state = 0;

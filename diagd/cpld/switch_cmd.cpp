@@ -4,23 +4,23 @@
 // Failure policy: a CPLD that cannot be opened makes the command a warning, without a word.
 #include "diagd/cpld/cpld_cmd.hpp"
 
-#include "diagd/board/register_access.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/cpld/port_switch.hpp"
 
 #include <cstdlib>
 #include <string_view>
 
-using diagd::BoardBracket;
+using diagd::BoardSession;
 using diagd::CpldRegister;
-using diagd::OpenFailure;
 using diagd::PortGroup;
+using diagd::SessionPolicy;
 
 namespace {
 
 int set_register(const char *reason, CpldRegister reg, std::uint8_t value) noexcept
 {
-    const BoardBracket board{reason, OpenFailure::release_then_lower};
+    const BoardSession board{reason, SessionPolicy::release_then_lower};
     if (!board)
         return CMD_WARNING;
     diagd::write_register(board.handle(), reg, value);
@@ -40,7 +40,7 @@ int set_ports(const char *reason, CpldRegister reg, PortGroup group, int argc,
     constexpr int port_at = 3;
 
     const bool on = is_word(argv[state_at], "on");
-    const BoardBracket board{reason, OpenFailure::release_then_lower};
+    const BoardSession board{reason, SessionPolicy::release_then_lower};
     if (!board)
         return CMD_WARNING;
     if (argc > port_at)

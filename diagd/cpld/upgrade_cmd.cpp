@@ -6,7 +6,7 @@
 #include "diagd/cpld/cpld_cmd.hpp"
 
 #include "base/fd.hpp"
-#include "diagd/board/register_access.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
@@ -111,7 +111,7 @@ DEFUN_HIDDEN(cpld_erase, cpld_erase_cmd, "cpld erase",
     diagd::flush_vty(vty);
     diagd::run_dropping_output(diagd::permit_programmer_line);
     {
-        const diagd::BoardBracket board{"cpld_erase", diagd::OpenFailure::release_then_lower};
+        const diagd::BoardSession board{"cpld_erase", diagd::SessionPolicy::release_then_lower};
         if (!board)
             return CMD_WARNING;
         diagd::write_register(board.handle(), diagd::CpldRegister::logic_run, 0);

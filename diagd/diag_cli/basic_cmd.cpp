@@ -3,7 +3,7 @@
 #include "diagd/diag_cli/basic_cmd.hpp"
 
 #include "diagd/board/gpio.hpp"
-#include "diagd/board/interface_argument.hpp"
+#include "diagd/board/interface.hpp"
 #include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
 
@@ -19,7 +19,7 @@ using diagd::line_end;
 
 static void enter_interface(struct vty *vty, enum node_type node, diagd::PortKind kind, const char *position)
 {
-    const diagd::SlotPort interface = diagd::parse_slot_port(position);
+    const diagd::Interface interface = diagd::parse_interface(kind, position);
     vty->slot = interface.slot;
     vty->port = interface.port;
     vty->intf_kind = static_cast<int>(kind);

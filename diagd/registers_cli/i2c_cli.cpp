@@ -27,8 +27,8 @@ constexpr long bytes_per_line = 16;
 // `reason` names the operation for the privilege raise; it must be a literal.
 base::Fd open_bus(const char *reason, long bus) noexcept
 {
-    const diagd::Privileges raised{reason};
-    return base::Fd{misc_i2c_device_init(static_cast<int>(bus))};
+    return base::Fd{
+        diagd::with_privileges(reason, [bus] { return misc_i2c_device_init(static_cast<int>(bus)); })};
 }
 
 } // namespace

@@ -6,7 +6,7 @@
 #include "diagd/transceiver/transceiver_cmd.hpp"
 
 #include "diagd/board/cage.hpp"
-#include "diagd/board/interface_argument.hpp"
+#include "diagd/board/interface.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/transceiver/show/idprom_text.hpp"
 
@@ -43,26 +43,25 @@ struct Reading {
 };
 
 // Empty when the CPLD cannot be opened.  The board is free again when this returns.
-std::optional<Reading> read_port(const InterfaceArgument &interface, IdpromScope scope)
+std::optional<Reading> read_port(const Interface &interface, IdpromScope scope)
 {
-    const BoardBracket board{reason(scope), OpenFailure::lower_then_release};
+    const BoardSession board{reason(scope), SessionPolicy::lower_then_release};
     if (!board)
         return std::nullopt;
-    const ModuleSelect module{board, interface.kind, interface.position.port};
+    const ModuleSession module{board, interface.kind, interface.port};
     if (!module)
         return Reading{.is_absent = true, .idprom = {}};
     return Reading{.is_absent = false, .idprom = read_idprom(module.handle(), scope)};
 }
 
-void show_idprom(struct vty *vty, const InterfaceArgument &interface, const char *kind_word,
-                 IdpromScope scope)
+void show_idprom(struct vty *vty, const Interface &interface, const char *kind_word, IdpromScope scope)
 {
     const std::optional<Reading> reading = read_port(interface, scope);
     if (!reading)
         return;
     if (reading->is_absent)
-        vty_out(vty, "Interface %s %d/%d transceiver is absent.%s", kind_word, interface.position.slot,
-                interface.position.port, line_end);
+        vty_out(vty, "Interface %s %d/%d transceiver is absent.%s", kind_word, interface.slot, interface.port,
+                line_end);
     else if (reading->idprom)
         vty_out(vty, "%s", idprom_text(*reading->idprom, scope).c_str());
 }

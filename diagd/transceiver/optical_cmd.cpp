@@ -4,8 +4,7 @@
 // a module that does not answer shows what its zeroes come to.
 #include "diagd/transceiver/optical_cmd.hpp"
 
-#include "diagd/board/interface_argument.hpp"
-#include "diagd/board/records.hpp"
+#include "diagd/board/interface.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/transceiver/memory/optical_readout.hpp"
 
@@ -84,21 +83,11 @@ void print_row(struct vty *vty, const char *name, const OpticalValues &values)
 }
 
 // A module that has an XG-PON path has a second row, without a name.
-void print_rows(struct vty *vty, const InterfaceArgument &interface, const OpticalReadout &readout)
+void print_rows(struct vty *vty, const Interface &interface, const OpticalReadout &readout)
 {
-    print_row(vty, port_name(interface).c_str(), readout.plain);
+    print_row(vty, interface_name(interface).c_str(), readout.plain);
     if (readout.xg != OpticalValues{})
         print_row(vty, "", readout.xg);
-}
-
-std::vector<InterfaceArgument> every_interface()
-{
-    std::vector<InterfaceArgument> interfaces;
-    for (const auto &ports : {list_pon_ports(), list_gigabit_ports()}) {
-        for (const ListedPort &listed : ports)
-            interfaces.push_back({listed.kind, {static_cast<int>(listed.slot), listed.port}});
-    }
-    return interfaces;
 }
 
 struct PortReading {
@@ -106,11 +95,11 @@ struct PortReading {
     std::optional<OpticalReadout> readout; // of the module, if there is one
 };
 
-// Reads one port in a board bracket of its own; `reason` is the literal that names the operation for the
+// Reads one port in a session of its own; `reason` is the literal that names the operation for the
 // privilege raise.
 PortReading read_port(const char *reason, PortKind kind, int port, SelectFailure on_failure)
 {
-    const BoardBracket board{reason, OpenFailure::lower_then_release};
+    const BoardSession board{reason, SessionPolicy::lower_then_release};
     if (!board)
         return {CMD_WARNING, {}};
     return {CMD_SUCCESS, read_optics(board, kind, port, on_failure)};
@@ -124,7 +113,7 @@ DEFUN(show_pon_transceiver_optical, show_pon_transceiver_optical_cmd, "show pon 
                "Show optical information.\n"
                "Show optical transceiver information.\n")
 {
-    // Both generations of a port share its socket.
+    // Both generations of a port share its cage.
     const auto [result, found] =
         read_port("show_pon_transceiver_optical", PortKind::gpon, vty->port, SelectFailure::read_on);
     if (result != CMD_SUCCESS)
@@ -148,8 +137,8 @@ DEFUN(show_transceiver_optical, show_transceiver_optical_cmd,
     const auto interface = find_interface(vty, argv[kind_at]->text, argv[position_at]->arg);
     if (!interface)
         return CMD_SUCCESS;
-    const auto [result, readout] = read_port("show_transceiver_optical", interface->kind,
-                                             interface->position.port, SelectFailure::no_module);
+    const auto [result, readout] =
+        read_port("show_transceiver_optical", interface->kind, interface->port, SelectFailure::no_module);
     if (!readout)
         return result;
     print_lines(vty, "", port_lines, readout->plain);
@@ -170,20 +159,20 @@ DEFUN(show_port_laser, show_port_laser_cmd,
       SHOW_OPTICAL_INTERFACE_STR "GigabitEthernet IEEE 802.3z\n"
                                  "GPON information\n" SLOT_PORT_STR)
 {
-    std::vector<InterfaceArgument> interfaces;
+    std::vector<Interface> interfaces;
     if (argc > position_at) {
         const auto interface = find_interface(vty, argv[kind_at]->text, argv[position_at]->arg);
         if (!interface)
             return CMD_SUCCESS;
         interfaces = {*interface};
     } else {
-        interfaces = every_interface();
+        interfaces = list_interfaces();
     }
 
     print_heading(vty);
-    for (const InterfaceArgument &interface : interfaces) {
+    for (const Interface &interface : interfaces) {
         const auto [result, readout] =
-            read_port("show_port_laser", interface.kind, interface.position.port, SelectFailure::no_module);
+            read_port("show_port_laser", interface.kind, interface.port, SelectFailure::no_module);
         if (result != CMD_SUCCESS)
             return result;
         if (readout)

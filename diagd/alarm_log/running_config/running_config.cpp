@@ -106,7 +106,7 @@ void write_board_thresholds(struct vty *vty, std::size_t i)
 }
 
 // libfrr writes the line that opens the interface only when a line follows.
-void write_interfaces(struct vty *vty, const char *kind, PonType type)
+void write_interfaces(struct vty *vty, const char *kind, PortKind type)
 {
     const auto &ports = thresholds_of(type);
     const auto last = std::min(intf.last_port, static_cast<std::uint32_t>(ports.size()));
@@ -139,13 +139,13 @@ int diagd::alarm_log_config_write(struct vty *vty) noexcept
 
 int diagd::gpon_config_write(struct vty *vty) noexcept
 {
-    write_interfaces(vty, "gpon", PonType::gpon);
+    write_interfaces(vty, "gpon", PortKind::gpon);
     return 0;
 }
 
 int diagd::xgpon_config_write(struct vty *vty) noexcept
 {
-    write_interfaces(vty, "xgpon", PonType::xgpon);
+    write_interfaces(vty, "xgpon", PortKind::xgpon);
     return 0;
 }
 

@@ -54,8 +54,8 @@ PonPortThresholds *port_thresholds(const struct vty *vty)
 {
     if (vty->slot != 0 || vty->port < 1 || vty->port > static_cast<int>(pon_port_count))
         return nullptr;
-    const PonType type = vty->node == xgpon_node ? PonType::xgpon : PonType::gpon;
-    return &thresholds_of(type)[static_cast<std::size_t>(vty->port - 1)];
+    const PortKind kind = vty->node == xgpon_node ? PortKind::xgpon : PortKind::gpon;
+    return &thresholds_of(kind)[static_cast<std::size_t>(vty->port - 1)];
 }
 
 void enable(struct vty *vty, std::size_t alarm, const char *alarm_word, const char *clear_word)

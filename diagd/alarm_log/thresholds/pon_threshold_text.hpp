@@ -2,6 +2,7 @@
 // The optical thresholds of the PON ports, and how they read.
 #pragma once
 
+#include "diagd/board/interface.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 
@@ -12,12 +13,10 @@
 
 namespace diagd {
 
-enum class PonType : std::size_t { gpon, xgpon };
-
-// Of all ports of the type; entry 0 is port 1.
-[[nodiscard]] inline auto &thresholds_of(PonType type) noexcept
+// Of all ports of a PON kind; entry 0 is port 1.
+[[nodiscard]] inline auto &thresholds_of(PortKind kind) noexcept
 {
-    return diagm.pon_thresholds[static_cast<std::size_t>(type)];
+    return diagm.pon_thresholds[pon_index(kind)];
 }
 
 // A threshold with two decimals, cut to the width of a threshold's text.

@@ -9,8 +9,8 @@
 #include "diagd/alarm_log/actions/alarm_action.hpp"
 #include "diagd/alarm_log/thresholds/threshold_parser.hpp"
 #include "diagd/alarm_log/thresholds/threshold_report.hpp"
+#include "diagd/board/interface.hpp"
 #include "diagd/board/lm75.hpp"
-#include "diagd/board/slot_port.hpp"
 #include "diagd/core/frr.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/system_cli/export/usage_samplers.hpp"
@@ -102,44 +102,36 @@ constexpr auto compared = std::to_array<float Optics::*>(
      &Optics::voltage_v, &Optics::temperature_c, &Optics::temperature_c});
 static_assert(compared.size() == pon_alarm_count && pon_alarms_with_threshold.size() == pon_alarm_count);
 
-struct PonType {
-    PortKind kind;
-    const char *name;
-};
-constexpr std::array<PonType, pon_type_count> pon_types{
-    {{PortKind::gpon, "GPON"}, {PortKind::xgpon, "XGPON"}}};
-
 // One optical read serves all alarms of the port.
-void watch_port(std::size_t type, std::size_t port)
+void watch_port(PortKind kind, std::size_t port)
 {
-    const PonPort name{pon_types[type].name, static_cast<unsigned>(port + 1)};
+    const PonPort name{kind == PortKind::xgpon ? "XGPON" : "GPON", static_cast<unsigned>(port + 1)};
     Optics optics{};
     bool is_read = false;
     for (std::size_t i = 0; i < pon_alarm_count; ++i) {
-        const PonThreshold &threshold = diagm.pon_thresholds[type][port][i];
+        const PonThreshold &threshold = diagm.pon_thresholds[pon_index(kind)][port][i];
         if (threshold.enabled == 0)
             continue;
-        is_read = is_read ||
-                  pon_intf_optical_transceiver_get(static_cast<std::uint8_t>(pon_types[type].kind),
-                                                   static_cast<std::uint8_t>(name.number),
-                                                   &optics.temperature_c, &optics.voltage_v, &optics.bias_ma,
-                                                   &optics.tx_power_dbm, &optics.rx_power_dbm) == 0;
+        is_read = is_read || pon_intf_optical_transceiver_get(
+                                 static_cast<std::uint8_t>(kind), static_cast<std::uint8_t>(name.number),
+                                 &optics.temperature_c, &optics.voltage_v, &optics.bias_ma,
+                                 &optics.tx_power_dbm, &optics.rx_power_dbm) == 0;
         if (!is_read)
             continue;
         const ThresholdAlarm &alarm = pon_alarms_with_threshold[i];
         const float value = optics.*compared[i];
-        const Report report =
-            follow(pon_states[type][port][i], value, {threshold.alarm, threshold.clear}, alarm.direction);
+        const Report report = follow(pon_states[pon_index(kind)][port][i], value,
+                                     {threshold.alarm, threshold.clear}, alarm.direction);
         report_pon_alarm(alarm, name, report, value, threshold.alarm);
     }
 }
 
-void watch_ports(std::size_t type)
+void watch_ports(PortKind kind)
 {
     for (std::size_t port = 0; port < pon_port_count; ++port) {
         if (diagm.transceiver_monitor.load(std::memory_order_relaxed) == 0)
             return;
-        watch_port(type, port);
+        watch_port(kind, port);
     }
 }
 
@@ -153,8 +145,8 @@ void arm()
 void alarm_log_threshold_monitor(struct thread *) noexcept
 {
     watch_board();
-    for (std::size_t type = 0; type < pon_type_count; ++type)
-        watch_ports(type);
+    for (const PortKind kind : {PortKind::gpon, PortKind::xgpon})
+        watch_ports(kind);
     arm();
 }
 

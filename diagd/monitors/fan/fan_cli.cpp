@@ -5,7 +5,7 @@
 #include "diagd/monitors/fan/fan.hpp"
 
 #include "diagd/board/lm75.hpp"
-#include "diagd/board/monitor_registers.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
@@ -120,12 +120,11 @@ DEFUN(fan_speed_ctrl, fan_speed_ctrl_cmd, "fan speed <low|medium|high|auto>",
       "fan speed auto.\n")
 {
     const diagd::FanSpeed speed = speed_of(argv[2]);
-    const diagd::BoardBracket board{"fan_speed_ctrl", diagd::OpenFailure::release_then_lower};
+    const diagd::BoardSession board{"fan_speed_ctrl", diagd::SessionPolicy::release_then_lower};
     if (!board)
         return CMD_WARNING;
     // The register takes the code of "auto", too; the monitor's next pass replaces it with a level.
-    misc_cpld_i2c_set_byte(board.handle(), static_cast<std::uint8_t>(diagd::MonitorRegister::fan_speed),
-                           static_cast<std::uint8_t>(speed));
+    diagd::write_register(board.handle(), diagd::CpldRegister::fan_speed, static_cast<std::uint8_t>(speed));
     fan_master.speed.store(speed, memory_order_relaxed);
     if (speed != diagd::speed_auto)
         fan_master.current_speed.store(speed, memory_order_relaxed);

@@ -4,9 +4,8 @@
 // as they are; the commands are there nevertheless.  A sensor that does not answer costs a pass about three
 // seconds and counts with its last good reading, see lm75.hpp; a register write that fails is taken as done.
 // Whatever fails, the thread lives on.
-#include "diagd/board/board_sensor.hpp"
 #include "diagd/board/lm75.hpp"
-#include "diagd/board/monitor_registers.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/semaphore.hpp"
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/privileges.hpp"
@@ -43,9 +42,9 @@ bool speed_is_automatic() noexcept
     return fan_master.speed.load(memory_order_relaxed) == diagd::speed_auto;
 }
 
-void write(diagd::MonitorRegister reg, int value) noexcept
+void write(diagd::CpldRegister reg, int value) noexcept
 {
-    misc_cpld_i2c_set_byte(cpld_handle, static_cast<std::uint8_t>(reg), static_cast<std::uint8_t>(value));
+    diagd::write_register(cpld_handle, reg, static_cast<std::uint8_t>(value));
 }
 
 // Writes every time, changed or not: the operator's command may have written something else.
@@ -56,7 +55,7 @@ void set_automatic_speed(int temperature) noexcept
     // The command stores its speed with the board in hand, and this may have waited for it.
     if (!speed_is_automatic())
         return;
-    write(diagd::MonitorRegister::fan_speed, level);
+    write(diagd::CpldRegister::fan_speed, level);
     fan_master.current_speed.store(level, memory_order_relaxed);
 }
 
@@ -83,7 +82,7 @@ void switch_fans(int temperature) noexcept
         open = decide(temperature);
         if (state(open) == fan_master.state.load(memory_order_relaxed))
             return;
-        write(diagd::MonitorRegister::fan_power, state(open));
+        write(diagd::CpldRegister::fan_power, state(open));
         fan_master.state.store(state(open), memory_order_relaxed);
     }
     diagd::file_alarm(TQ_ALARM_FAN, open ? diagd::AlarmState::on : diagd::AlarmState::off,

@@ -3,8 +3,9 @@
 // Failure policy: without a handle there is no monitor and one line on standard output says so.  A status
 // that cannot be read is passed over in silence, an all-zero one with a line each time; the next look comes
 // two seconds later and is held against the last good one.
-#include "diagd/board/monitor_registers.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/semaphore.hpp"
+#include "diagd/board/session.hpp"
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
@@ -51,7 +52,7 @@ void poll(diagd::PowerStates &last_seen) noexcept
     file(TQ_ALARM_POWER2_UPDOWN, report.supply2);
     if (report.temperature != nullptr) {
         file(TQ_ALARM_DEVICE_TEMPERATURE_HIGH, report.temperature);
-        diagd::write_register(cpld_handle, diagd::MonitorRegister::over_temperature_seen, 1);
+        diagd::lock_and_write_register(cpld_handle, diagd::CpldRegister::over_temperature_seen, 1);
     }
     last_seen = *now;
 }
@@ -71,7 +72,7 @@ void run() noexcept
 
 int power_init()
 {
-    cpld_handle = diagd::open_monitored_cpld("power_monitor");
+    cpld_handle = diagd::open_board_for_life("power_monitor");
     if (cpld_handle < 0)
         return 0;
     if (!diagd::start_worker("power_monitor", run, diagd::ThreadEnd::detached)) {

@@ -5,6 +5,7 @@
 // the reboot goes ahead.
 #include "base/fd.hpp"
 #include "base/owner.hpp"
+#include "diagd/board/gpio.hpp"
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/child_programs.hpp"
 #include "diagd/core/privileges.hpp"
@@ -14,7 +15,6 @@
 #include "diagd/peers/peers.hpp"
 
 #include <fcntl.h>
-#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 
@@ -26,9 +26,7 @@
 
 namespace {
 
-constexpr const char *gpio_device = "/dev/tq_gpio_cfg";
-constexpr unsigned long gpio_get = 3;
-constexpr std::int32_t button_line = 512; // line 2, value 0: line number in the second byte
+constexpr unsigned button_line = 2;
 
 constexpr const char *uio_device = "/dev/uio0";
 constexpr const char *uio_size_file = "/sys/class/uio/uio0/maps/map0/size";
@@ -45,13 +43,12 @@ const volatile std::uint32_t *uio_registers; // set before the thread starts
 // Makes the button's line an input.
 bool set_up_line() noexcept
 {
-    const base::Fd device{::open(gpio_device, O_RDWR | O_CLOEXEC)};
+    const base::Fd device = diagd::open_gpio();
     if (!device) {
         std::perror("open /dev/tq_gpio_cfg failed\n");
         return false;
     }
-    std::int32_t word = button_line;
-    if (::ioctl(device.get(), gpio_get, &word) < 0) {
+    if (!diagd::request_gpio(device, diagd::GpioRequest::get, button_line, 0)) {
         std::perror("/dev/tq_gpio_cfg ioctl fail!\n");
         return false;
     }

@@ -4,7 +4,8 @@
 // Failure policy: without a handle there is no monitor, and without the hot-plug socket the thread ends; one
 // line on standard output says so and the LED keeps what it shows.  A receive that fails is passed over.
 #include "base/fd.hpp"
-#include "diagd/board/monitor_registers.hpp"
+#include "diagd/board/registers.hpp"
+#include "diagd/board/session.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
@@ -34,7 +35,7 @@ int cpld_handle = -1; // set before the thread starts
 
 void light_led(bool on) noexcept
 {
-    diagd::write_register(cpld_handle, diagd::MonitorRegister::usb_led, on ? 1 : 0);
+    diagd::lock_and_write_register(cpld_handle, diagd::CpldRegister::usb_led, on ? 1 : 0);
 }
 
 struct CloseMountTable {
@@ -124,7 +125,7 @@ void run() noexcept
 
 int usb_init()
 {
-    cpld_handle = diagd::open_monitored_cpld("usb_monitor");
+    cpld_handle = diagd::open_board_for_life("usb_monitor");
     if (cpld_handle < 0)
         return 0;
     light_led(false);

@@ -19,9 +19,9 @@ namespace {
 bool double_units(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept
 {
     switch (transceiver_type_by_wavelength(wavelength_nm)) {
-    case ModuleClass::xgpon:
+    case PortKind::xgpon:
         return true;
-    case ModuleClass::gpon:
+    case PortKind::gpon:
         return diagnostics_address != first_path.diagnostics;
     default:
         return false;
@@ -30,10 +30,10 @@ bool double_units(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm)
 
 } // namespace
 
-ModuleClass transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept
+PortKind transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept
 {
     const auto row = std::ranges::find(wavelength_table, wavelength_nm, &WavelengthRow::wavelength_nm);
-    return row == wavelength_table.end() ? ModuleClass::unknown : row->module_class;
+    return row == wavelength_table.end() ? PortKind::none : row->kind;
 }
 
 float tx_power_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept

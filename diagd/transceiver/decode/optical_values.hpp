@@ -2,6 +2,8 @@
 // From raw diagnostic words of a module to engineering values.  Pure: no bus, no state.
 #pragma once
 
+#include "diagd/board/interface.hpp"
+
 #include <cstdint>
 #include <span>
 
@@ -9,9 +11,6 @@ namespace diagd {
 
 // Memory map families, told apart by the identifier (A0h byte 0, SFF-8024 table 4-1).
 enum class ModuleFamily : std::uint8_t { unsupported, sff8472, sff8636 };
-
-// What the laser wavelength makes of a module; the numbers are those of the port kinds.
-enum class ModuleClass : std::uint8_t { unknown = 0, gigabit_ethernet = 1, gpon = 2, xgpon = 3 };
 
 // The two-wire addresses of one optical path of an SFP-class module.
 struct PathAddress {
@@ -76,7 +75,8 @@ calibration_constants(std::span<const std::uint8_t, 20> a2h_76_95) noexcept;
 } // namespace diagd
 
 extern "C" {
-diagd::ModuleClass transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept;
+// Kind of the ports whose optics have that laser; none of any other.
+diagd::PortKind transceiver_type_by_wavelength(std::uint16_t wavelength_nm) noexcept;
 // Weight of one count of the TX power field in microwatts, of the bias field in microamperes.
 float tx_power_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept;
 float bias_current_unit_by_wavelength(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept;

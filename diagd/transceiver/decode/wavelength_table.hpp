@@ -11,17 +11,17 @@ namespace diagd {
 
 struct WavelengthRow {
     std::uint16_t wavelength_nm;
-    ModuleClass module_class;
+    PortKind kind;
 };
 
 inline constexpr std::array<WavelengthRow, 7> wavelength_table{{
-    {850, ModuleClass::gigabit_ethernet},
-    {1310, ModuleClass::gigabit_ethernet},
-    {1311, ModuleClass::gigabit_ethernet},
-    {1490, ModuleClass::gpon},
-    {1535, ModuleClass::gpon},
-    {1577, ModuleClass::xgpon},
-    {1791, ModuleClass::xgpon},
+    {850, PortKind::gigabit_ethernet},
+    {1310, PortKind::gigabit_ethernet},
+    {1311, PortKind::gigabit_ethernet},
+    {1490, PortKind::gpon},
+    {1535, PortKind::gpon},
+    {1577, PortKind::xgpon},
+    {1791, PortKind::xgpon},
 }};
 
 } // namespace diagd

@@ -1,31 +1,19 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Reading the modules of all interfaces (see module_listing.hpp).
 //
-// Failure policy: a socket that is empty or cannot be reached is listed without a module; bytes that cannot
+// Failure policy: a cage that is empty or cannot be reached is listed without a module; bytes that cannot
 // be read are 0.  Nothing is retried.
 #include "diagd/transceiver/memory/module_listing.hpp"
 
 #include "diagd/board/cage.hpp"
-#include "diagd/board/records.hpp"
 #include "diagd/transceiver/memory/access.hpp"
 #include "diagd/transceiver/memory/idprom_layout.hpp"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace diagd {
 
 namespace {
-
-std::vector<Interface> list_interfaces()
-{
-    std::vector<Interface> interfaces;
-    for (const ListedPort &listed : list_pon_ports())
-        interfaces.push_back({PortKind::gpon, static_cast<int>(listed.slot), listed.port});
-    for (const ListedPort &listed : list_gigabit_ports())
-        interfaces.push_back({PortKind::gigabit_ethernet, static_cast<int>(listed.slot), listed.port});
-    return interfaces;
-}
 
 std::string read_text(std::uint32_t handle, MemoryField field)
 {
@@ -89,10 +77,10 @@ QsfpReading read_qsfp(std::uint32_t handle, ReadScope scope)
     return reading;
 }
 
-InterfaceReading read_interface(const BoardBracket &board, const Interface &interface, ReadScope scope)
+InterfaceReading read_interface(const BoardSession &board, const Interface &interface, ReadScope scope)
 {
     InterfaceReading reading{interface, {}};
-    const ModuleSelect module{board, interface.kind, interface.port};
+    const ModuleSession module{board, interface.kind, interface.port};
     if (!module)
         return reading;
     switch (module_family(transceiver_read_byte(module.handle(), first_path.id, 0))) {
@@ -110,18 +98,9 @@ InterfaceReading read_interface(const BoardBracket &board, const Interface &inte
 
 } // namespace
 
-std::string interface_name(const Interface &interface, const char *pon_word)
-{
-    std::array<char, 20> name{};
-    std::snprintf(name.data(), name.size(), "%s %d/%d",
-                  interface.kind == PortKind::gigabit_ethernet ? "GE" : pon_word, interface.slot,
-                  interface.port);
-    return name.data();
-}
-
 std::optional<std::vector<InterfaceReading>> read_module_listing(const char *reason, ReadScope scope)
 {
-    const BoardBracket board{reason, OpenFailure::lower_then_release};
+    const BoardSession board{reason, SessionPolicy::lower_then_release};
     if (!board)
         return std::nullopt;
     std::vector<InterfaceReading> listing;

@@ -2,7 +2,7 @@
 // What the modules of all interfaces report: read once, shown as text or as JSON.
 #pragma once
 
-#include "diagd/board/slot_port.hpp"
+#include "diagd/board/interface.hpp"
 #include "diagd/transceiver/memory/module_values.hpp"
 
 #include <optional>
@@ -11,15 +11,6 @@
 #include <vector>
 
 namespace diagd {
-
-struct Interface {
-    PortKind kind; // gpon for all PON ports, or gigabit_ethernet
-    int slot;
-    int port;
-};
-
-// "GE slot/port" or, with the word that the display has for PON ports, "<word> slot/port".
-[[nodiscard]] std::string interface_name(const Interface &interface, const char *pon_word);
 
 // Bytes of the module up to the first zero byte, padding included.
 struct ModuleIdentity {
@@ -57,7 +48,7 @@ enum class ReadScope {
     values_and_identity, // everything
 };
 
-// Reads every interface of the board, PON before gigabit Ethernet, in one board bracket: the semaphore is
+// Reads every interface of the board, PON before gigabit Ethernet, in one session with the board: the semaphore is
 // held for as long as that takes.  Empty when the CPLD cannot be opened.  `reason` is the literal that names
 // the operation for the privilege raise.
 [[nodiscard]] std::optional<std::vector<InterfaceReading>> read_module_listing(const char *reason,

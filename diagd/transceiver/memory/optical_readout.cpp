@@ -6,6 +6,7 @@
 #include "diagd/transceiver/memory/optical_readout.hpp"
 
 #include "diagd/board/cage.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/transceiver/memory/access.hpp"
 
 #include "util_cpld.h"
@@ -18,7 +19,6 @@ namespace diagd {
 
 namespace {
 
-constexpr int channel_register = 119; // of the CPLD: the module channel
 constexpr std::size_t longest_block = 30;
 
 void debug_block(const char *calibration, std::uint8_t address, std::uint8_t first,
@@ -92,11 +92,11 @@ void read_optical_path(std::uint32_t handle, PathAddress path, OpticalReadout &r
 {
     transceiver_read_byte(handle, path.id, 0); // the identifier, which decides nothing here
     const std::uint16_t wavelength_nm = read_wavelength_nm(handle, path.id);
-    const bool is_xg = transceiver_type_by_wavelength(wavelength_nm) == ModuleClass::xgpon;
+    const bool is_xg = transceiver_type_by_wavelength(wavelength_nm) == PortKind::xgpon;
     (is_xg ? readout.xg : readout.plain) = read_values(handle, path, wavelength_nm);
 }
 
-std::optional<OpticalReadout> read_optics(const BoardBracket &board, PortKind kind, int port,
+std::optional<OpticalReadout> read_optics(const BoardSession &board, PortKind kind, int port,
                                           SelectFailure on_failure) noexcept
 {
     if (!module_present(board, kind, port))
@@ -110,7 +110,8 @@ std::optional<OpticalReadout> read_optics(const BoardBracket &board, PortKind ki
                                                                       : ChannelEnd::when_selected};
     if (!selected) {
         if (cpld_debug != 0)
-            std::printf("cpld i2c %d set register %d failed\r\n", board.handle(), channel_register);
+            std::printf("cpld i2c %d set register %d failed\r\n", board.handle(),
+                        static_cast<int>(CpldRegister::module_channel));
         if (on_failure == SelectFailure::no_module)
             return std::nullopt;
     }

@@ -5,8 +5,8 @@
 // one takes what the module's monitoring type says, so it has received power of every module, too.
 #pragma once
 
+#include "diagd/board/interface.hpp"
 #include "diagd/board/session.hpp"
-#include "diagd/board/slot_port.hpp"
 #include "diagd/transceiver/decode/optical_values.hpp"
 
 #include <cstdint>
@@ -35,7 +35,7 @@ void read_optical_path(std::uint32_t handle, PathAddress path, OpticalReadout &r
 
 // Reads the module in the socket of a port: its first path and, when that answers with a wavelength, its
 // second.  Empty when the socket holds no module.
-[[nodiscard]] std::optional<OpticalReadout> read_optics(const BoardBracket &board, PortKind kind, int port,
+[[nodiscard]] std::optional<OpticalReadout> read_optics(const BoardSession &board, PortKind kind, int port,
                                                         SelectFailure on_failure) noexcept;
 
 } // namespace diagd

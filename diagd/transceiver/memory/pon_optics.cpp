@@ -18,11 +18,11 @@ struct Outputs {
     float &temperature_c, &voltage_v, &bias_ma, &tx_power_dbm, &rx_power_dbm;
 };
 
-void read_path(std::uint32_t handle, PathAddress path, ModuleClass wanted, const Outputs &out) noexcept
+void read_path(std::uint32_t handle, PathAddress path, PortKind wanted, const Outputs &out) noexcept
 {
     const std::uint16_t wavelength_nm = read_wavelength_nm(handle, path.id);
-    const ModuleClass found = transceiver_type_by_wavelength(wavelength_nm);
-    if (found == ModuleClass::unknown || found != wanted)
+    const PortKind found = transceiver_type_by_wavelength(wavelength_nm);
+    if (found == PortKind::none || found != wanted)
         return;
     const std::optional<OpticalValues> values = read_path_values(handle, path, wavelength_nm);
     if (!values)
@@ -48,10 +48,10 @@ int pon_intf_optical_transceiver_get(std::uint8_t type, std::uint8_t port, float
                                      float *voltage_v, float *bias_ma, float *tx_power_dbm,
                                      float *rx_power_dbm) noexcept
 {
-    const BoardBracket board{"pon_intf_optical_transceiver_get", OpenFailure::lower_then_release};
+    const BoardSession board{"pon_intf_optical_transceiver_get", SessionPolicy::lower_then_release};
     if (!board)
         return -1;
-    const ModuleSelect module{board, PortKind::gpon, port};
+    const ModuleSession module{board, PortKind::gpon, port};
     if (!module)
         return -1;
 
@@ -61,7 +61,7 @@ int pon_intf_optical_transceiver_get(std::uint8_t type, std::uint8_t port, float
     case ModuleFamily::sff8472:
         // Of a combo module one path matches; when both do, the second one's values stand.
         for (const PathAddress path : {first_path, second_path})
-            read_path(handle, path, static_cast<ModuleClass>(type), out);
+            read_path(handle, path, static_cast<PortKind>(type), out);
         break;
     case ModuleFamily::sff8636:
         read_first_lane(handle, out);

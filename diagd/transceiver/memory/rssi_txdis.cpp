@@ -15,10 +15,10 @@ namespace {
 template <typename Work>
 void on_module(const char *reason, PortKind kind, int port, Work work)
 {
-    const BoardBracket board{reason, OpenFailure::lower_then_release};
+    const BoardSession board{reason, SessionPolicy::lower_then_release};
     if (!board)
         return;
-    if (const ModuleSelect module{board, kind, port})
+    if (const ModuleSession module{board, kind, port})
         work(module.handle());
 }
 

@@ -5,7 +5,7 @@
 // reads and writes that fail are passed over.
 #pragma once
 
-#include "diagd/board/slot_port.hpp"
+#include "diagd/board/interface.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -15,7 +15,7 @@ namespace diagd {
 
 enum class SharedPin { txdis, rssi };
 
-// Each takes a board bracket of its own.
+// Each has a session of its own with the board.
 void select_shared_pin(PortKind kind, int port, SharedPin pin);
 // The control byte, 0 when it cannot be read; empty when the module cannot be reached.
 [[nodiscard]] std::optional<std::uint8_t> read_pin_control(PortKind kind, int port);

@@ -90,8 +90,8 @@ void add_identity(struct json_object *object, const ModuleIdentity &identity)
 
 void add_path(struct json_object *object, const SfpPathReading &path)
 {
-    const ModuleClass module_class = transceiver_type_by_wavelength(path.wavelength_nm);
-    const bool plain = module_class == ModuleClass::gigabit_ethernet || module_class == ModuleClass::gpon;
+    const PortKind kind = transceiver_type_by_wavelength(path.wavelength_nm);
+    const bool plain = kind == PortKind::gigabit_ethernet || kind == PortKind::gpon;
     const PathKeys &keys = plain ? plain_keys : xg_keys;
     if (path.values) {
         add_value(object, keys.temperature, path.values->temperature_c);
@@ -101,7 +101,7 @@ void add_path(struct json_object *object, const SfpPathReading &path)
         add_value(object, keys.tx_power[0], path.values->tx_power_dbm);
         add_value(object, keys.rx_power[0], path.values->rx_power_dbm);
     }
-    if (module_class != ModuleClass::unknown)
+    if (kind != PortKind::none)
         json_object_int_add(object, keys.wavelength, path.wavelength_nm);
 }
 

@@ -2,13 +2,16 @@
 # The daemon's way to the board: sessions, records, GPIO lines, the sensor.
 set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
 
-diagd_unit_test(session_test session_test.cpp ${diagd_dir}/board/session.cpp ${diagd_dir}/board/semaphore.cpp
+diagd_unit_test(session_test session_test.cpp ${diagd_dir}/board/session.cpp ${diagd_dir}/board/cage.cpp
+                ${diagd_dir}/board/semaphore.cpp
                 ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
                 LIBS platform_headers deps::frr deps::jsonc)
 
-diagd_unit_test(records_test records_test.cpp ${diagd_dir}/board/records.cpp LIBS platform_headers)
-
-diagd_unit_test(slot_port_test slot_port_test.cpp)
+# The interfaces that records list, and how interfaces are called.
+foreach(test records interface)
+  diagd_unit_test(${test}_test ${test}_test.cpp ${diagd_dir}/board/interface.cpp ${diagd_dir}/board/records.cpp
+                  LIBS platform_headers deps::frr deps::jsonc)
+endforeach()
 
 diagd_unit_test(gpio_test gpio_test.cpp ${diagd_dir}/board/gpio.cpp ${diagd_dir}/core/privileges.cpp
                 LIBS deps::frr deps::jsonc)

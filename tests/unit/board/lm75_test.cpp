@@ -2,8 +2,6 @@
 // The board's temperature sensor on a recorded bus.
 #include "diagd/board/lm75.hpp"
 
-#include "diagd/board/board_sensor.hpp"
-
 #include "util_i2c.h"
 
 #include <gmock/gmock.h>

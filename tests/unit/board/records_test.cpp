@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Ports listed from hand-made board records.
+#include "diagd/board/interface.hpp"
 #include "diagd/board/records.hpp"
 
 #include <gtest/gtest.h>
@@ -62,13 +63,13 @@ TEST_F(BoardRecords, a_pon_port_is_listed_from_either_table_and_the_first_one_gi
     put_word(bytes, 1136 + 28 * 31, 9); // in the second only
     put_word(bytes, 1132 + 28 * 31, 2);
 
-    const auto ports = diagd::list_pon_ports();
+    const auto ports = diagd::list_interfaces();
     ASSERT_EQ(ports.size(), 2u);
     EXPECT_EQ(ports[0].port, 1);
-    EXPECT_EQ(ports[0].slot, 4u);
+    EXPECT_EQ(ports[0].slot, 4);
     EXPECT_EQ(ports[0].kind, diagd::PortKind::gpon);
     EXPECT_EQ(ports[1].port, 31);
-    EXPECT_EQ(ports[1].slot, 2u);
+    EXPECT_EQ(ports[1].slot, 2);
     EXPECT_EQ(ports[1].kind, diagd::PortKind::xgpon);
 }
 
@@ -79,16 +80,16 @@ TEST_F(BoardRecords, only_the_first_board_in_service_with_the_capability_counts)
     put_word(board(4, 0x08 | 0x10, 6), 240 + 28 * 3, 1);
     put_word(board(5, 0x08, 6), 240 + 28 * 7, 1);
 
-    const auto ports = diagd::list_pon_ports();
+    const auto ports = diagd::list_interfaces();
     ASSERT_EQ(ports.size(), 1u);
     EXPECT_EQ(ports[0].port, 3);
-    EXPECT_EQ(read_indexes, (std::vector<int>{0, 1, 2, 3, 4}));
+    EXPECT_EQ(read_indexes, (std::vector<int>{0, 1, 2, 3, 4, 0, 1})) << "PON, then gigabit Ethernet";
 }
 
 TEST_F(BoardRecords, entry_0_is_port_0)
 {
     put_word(board(0, 0x08, 6), 240, 1);
-    const auto ports = diagd::list_pon_ports();
+    const auto ports = diagd::list_interfaces();
     ASSERT_EQ(ports.size(), 1u);
     EXPECT_EQ(ports[0].port, 0);
 }
@@ -101,7 +102,7 @@ TEST_F(BoardRecords, a_gigabit_port_must_be_in_use_and_present)
     put_word(bytes, 2032 + 28 * 3, 1);
     bytes[2032 + 28 * 3 + 20] = 1;
 
-    const auto ports = diagd::list_gigabit_ports();
+    const auto ports = diagd::list_interfaces();
     ASSERT_EQ(ports.size(), 1u);
     EXPECT_EQ(ports[0].port, 3);
 }
@@ -110,15 +111,15 @@ TEST_F(BoardRecords, a_record_that_cannot_be_read_ends_the_search)
 {
     put_word(board(4, 0x08, 6), 240 + 28, 1);
     fail_from = 3;
-    EXPECT_TRUE(diagd::list_pon_ports().empty());
-    EXPECT_EQ(read_indexes, (std::vector<int>{0, 1, 2, 3}));
+    EXPECT_TRUE(diagd::list_interfaces().empty());
+    EXPECT_EQ(read_indexes, (std::vector<int>{0, 1, 2, 3, 0, 1, 2, 3}));
 }
 
 TEST_F(BoardRecords, no_more_than_13_records_are_read)
 {
     fail_from = 100;
-    EXPECT_TRUE(diagd::list_gigabit_ports().empty());
-    EXPECT_EQ(read_indexes.size(), 13u);
+    EXPECT_TRUE(diagd::list_interfaces().empty());
+    EXPECT_EQ(read_indexes.size(), 2 * 13);
 }
 
 using diagd::is_slot_support_port;
@@ -132,13 +133,13 @@ TEST_F(BoardRecords, a_port_exists_when_the_table_of_its_kind_has_it_in_use_in_t
     put_word(pon, 1132 + 28 * 4, 2);
     put_word(board(5, 0x10, 6), 2032 + 28 * 31, 7);
 
-    EXPECT_TRUE(is_slot_support_port(PortKind::gpon, {0, 3}));
-    EXPECT_FALSE(is_slot_support_port(PortKind::xgpon, {0, 3}));
-    EXPECT_TRUE(is_slot_support_port(PortKind::xgpon, {2, 4}));
-    EXPECT_FALSE(is_slot_support_port(PortKind::xgpon, {0, 4}));
-    EXPECT_FALSE(is_slot_support_port(PortKind::gpon, {2, 4}));
-    EXPECT_TRUE(is_slot_support_port(PortKind::gigabit_ethernet, {0, 31}));
-    EXPECT_FALSE(is_slot_support_port(PortKind::gigabit_ethernet, {0, 3}));
+    EXPECT_TRUE(is_slot_support_port({PortKind::gpon, 0, 3}));
+    EXPECT_FALSE(is_slot_support_port({PortKind::xgpon, 0, 3}));
+    EXPECT_TRUE(is_slot_support_port({PortKind::xgpon, 2, 4}));
+    EXPECT_FALSE(is_slot_support_port({PortKind::xgpon, 0, 4}));
+    EXPECT_FALSE(is_slot_support_port({PortKind::gpon, 2, 4}));
+    EXPECT_TRUE(is_slot_support_port({PortKind::gigabit_ethernet, 0, 31}));
+    EXPECT_FALSE(is_slot_support_port({PortKind::gigabit_ethernet, 0, 3}));
 }
 
 TEST_F(BoardRecords, a_position_beyond_the_tables_is_no_port)
@@ -147,10 +148,10 @@ TEST_F(BoardRecords, a_position_beyond_the_tables_is_no_port)
     for (unsigned k = 0; k < BOARD_PORT_ENTRIES; ++k)
         put_word(pon, 240 + 28 * k, 1);
     for (const int port : {-1, 32, 1 << 20, INT_MAX, INT_MIN})
-        EXPECT_FALSE(is_slot_support_port(PortKind::gpon, {0, port})) << port;
+        EXPECT_FALSE(is_slot_support_port({PortKind::gpon, 0, port})) << port;
     put_word(pon, 236 + 28, 0xFFFFFFFF);
-    EXPECT_FALSE(is_slot_support_port(PortKind::gpon, {-1, 1}));
+    EXPECT_FALSE(is_slot_support_port({PortKind::gpon, -1, 1}));
     for (const auto kind : {PortKind::none, static_cast<PortKind>(4)})
-        EXPECT_FALSE(is_slot_support_port(kind, {0, 1}));
-    EXPECT_FALSE(is_slot_support_port(PortKind::gigabit_ethernet, {0, 1})) << "a board without such ports";
+        EXPECT_FALSE(is_slot_support_port({kind, 0, 1}));
+    EXPECT_FALSE(is_slot_support_port({PortKind::gigabit_ethernet, 0, 1})) << "a board without such ports";
 }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Order in which the board bracket takes and gives back what it needs, with the calls recorded.
+// Order in which a session with the board takes and gives back what it needs, with the calls recorded.
+#include "diagd/board/cage.hpp"
+#include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
@@ -66,6 +68,12 @@ int misc_cpld_channel_select_end(int handle)
     calls.push_back("end " + std::to_string(handle));
     return 0;
 }
+int misc_cpld_i2c_set_byte(int handle, std::uint8_t reg, std::uint8_t value)
+{
+    calls.push_back("write " + std::to_string(handle) + " " + std::to_string(reg) + "=" +
+                    std::to_string(value));
+    return -1;
+}
 int misc_cpld_i2c_read_byte(int, std::uint8_t, std::uint8_t *)
 {
     return -1;
@@ -76,7 +84,7 @@ int board_mmap_read(int, void *)
 }
 }
 
-class BoardBracketTest : public testing::Test {
+class BoardSessionTest : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -89,10 +97,10 @@ protected:
     }
 };
 
-TEST_F(BoardBracketTest, privileges_are_raised_only_around_the_open)
+TEST_F(BoardSessionTest, privileges_are_raised_only_around_the_open)
 {
     {
-        const diagd::BoardBracket board{"show_pon_led", diagd::OpenFailure::release_then_lower};
+        const diagd::BoardSession board{"show_pon_led", diagd::SessionPolicy::release_then_lower};
         ASSERT_TRUE(board);
         EXPECT_EQ(board.handle(), 9);
         calls.emplace_back("work");
@@ -100,41 +108,78 @@ TEST_F(BoardBracketTest, privileges_are_raised_only_around_the_open)
     EXPECT_THAT(calls, ElementsAre("P 5", "raise show_pon_led", "open 1", "lower", "work", "close 9", "V 5"));
 }
 
-TEST_F(BoardBracketTest, an_open_that_fails_can_release_before_lowering)
+TEST_F(BoardSessionTest, an_open_that_fails_can_release_before_lowering)
 {
     open_result = -1;
     {
-        const diagd::BoardBracket board{"show_pon_led", diagd::OpenFailure::release_then_lower};
+        const diagd::BoardSession board{"show_pon_led", diagd::SessionPolicy::release_then_lower};
         EXPECT_FALSE(board);
         EXPECT_EQ(errno, ENXIO) << "the reason of the open survives";
     }
     EXPECT_THAT(calls, ElementsAre("P 5", "raise show_pon_led", "open 1", "V 5", "lower"));
 }
 
-TEST_F(BoardBracketTest, an_open_that_fails_can_lower_before_releasing)
+TEST_F(BoardSessionTest, an_open_that_fails_can_lower_before_releasing)
 {
     open_result = -1;
     {
-        const diagd::BoardBracket board{"transceiver", diagd::OpenFailure::lower_then_release};
+        const diagd::BoardSession board{"transceiver", diagd::SessionPolicy::lower_then_release};
         EXPECT_FALSE(board);
         EXPECT_EQ(errno, ENXIO);
     }
     EXPECT_THAT(calls, ElementsAre("P 5", "raise transceiver", "open 1", "lower", "V 5"));
 }
 
-TEST_F(BoardBracketTest, a_semaphore_that_was_not_taken_is_not_given_back)
+TEST_F(BoardSessionTest, a_semaphore_that_was_not_taken_is_not_given_back)
 {
     take_result = -1;
     {
-        const diagd::BoardBracket board{"x", diagd::OpenFailure::lower_then_release};
+        const diagd::BoardSession board{"x", diagd::SessionPolicy::lower_then_release};
     }
     EXPECT_THAT(calls, ElementsAre("P 5", "raise x", "open 1", "lower", "close 9"));
 }
 
-TEST_F(BoardBracketTest, a_channel_is_ended_before_the_board_is_closed)
+TEST_F(BoardSessionTest, a_lock_free_session_leaves_the_semaphore_alone)
 {
     {
-        const diagd::BoardBracket board{"x", diagd::OpenFailure::lower_then_release};
+        const diagd::BoardSession board{"cpld_init", diagd::SessionPolicy::lock_free};
+        ASSERT_TRUE(board);
+        calls.emplace_back("work");
+    }
+    EXPECT_THAT(calls, ElementsAre("raise cpld_init", "open 1", "lower", "work", "close 9"));
+    calls.clear();
+    open_result = -1;
+    EXPECT_FALSE((diagd::BoardSession{"cpld_init", diagd::SessionPolicy::lock_free}));
+    EXPECT_THAT(calls, ElementsAre("raise cpld_init", "open 1", "lower"));
+}
+
+TEST_F(BoardSessionTest, a_handle_for_life_stays_open_and_nobody_holds_the_board)
+{
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(diagd::open_board_for_life("usb_monitor"), 9);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_THAT(calls, ElementsAre("raise usb_monitor", "open 1", "lower"));
+}
+
+TEST_F(BoardSessionTest, a_handle_for_life_that_there_is_not_is_told_with_its_reason)
+{
+    open_result = -1;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(diagd::open_board_for_life("power_monitor"), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "open fan failed: No such device or address\r\n");
+}
+
+TEST_F(BoardSessionTest, a_register_is_written_with_the_board_held_or_by_whoever_holds_it)
+{
+    diagd::lock_and_write_register(9, diagd::CpldRegister::usb_led, 1);
+    diagd::write_register(9, diagd::CpldRegister::system_led, 2);
+    EXPECT_THAT(calls, ElementsAre("P 5", "write 9 6=1", "V 5", "write 9 13=2"));
+}
+
+TEST_F(BoardSessionTest, a_channel_is_ended_before_the_board_is_closed)
+{
+    {
+        const diagd::BoardSession board{"x", diagd::SessionPolicy::lower_then_release};
         const diagd::ChannelSelect channel{board, 11};
         EXPECT_TRUE(channel);
     }
@@ -142,22 +187,22 @@ TEST_F(BoardBracketTest, a_channel_is_ended_before_the_board_is_closed)
                 ElementsAre("P 5", "raise x", "open 1", "lower", "select 9 11", "end 9", "close 9", "V 5"));
 }
 
-TEST_F(BoardBracketTest, a_channel_that_was_not_selected_is_not_ended)
+TEST_F(BoardSessionTest, a_channel_that_was_not_selected_is_not_ended)
 {
     select_result = -1;
     {
-        const diagd::BoardBracket board{"x", diagd::OpenFailure::lower_then_release};
+        const diagd::BoardSession board{"x", diagd::SessionPolicy::lower_then_release};
         const diagd::ChannelSelect channel{board, 3};
         EXPECT_FALSE(channel);
     }
     EXPECT_THAT(calls, ElementsAre("P 5", "raise x", "open 1", "lower", "select 9 3", "close 9", "V 5"));
 }
 
-TEST_F(BoardBracketTest, a_channel_is_ended_in_any_case_where_that_is_wanted)
+TEST_F(BoardSessionTest, a_channel_is_ended_in_any_case_where_that_is_wanted)
 {
     select_result = -1;
     {
-        const diagd::BoardBracket board{"x", diagd::OpenFailure::lower_then_release};
+        const diagd::BoardSession board{"x", diagd::SessionPolicy::lower_then_release};
         const diagd::ChannelSelect channel{board, 3, diagd::ChannelEnd::always};
         EXPECT_FALSE(channel);
     }

@@ -252,7 +252,7 @@ std::optional<OpticalReadout> read_port(PortKind kind, int port,
 {
     board_double.channel = -1;
     board_double.record.clear();
-    const BoardBracket board{"test", OpenFailure::lower_then_release};
+    const BoardSession board{"test", SessionPolicy::lower_then_release};
     return read_optics(board, kind, port, on_failure);
 }
 
