@@ -5,8 +5,8 @@
 // failure is one line on standard output.  There is no retry: whoever polls comes again.
 #include "diagd/transceiver/memory/access.hpp"
 
-#include "diagd/transceiver/memory/extended_control.hpp"
-#include "diagd/transceiver/memory/idprom_layout.hpp"
+#include "diagd/transceiver/memory/memory_map.hpp"
+#include "diagd/transceiver/memory/rssi_txdis.hpp"
 
 #include "util_i2c.h"
 
@@ -18,9 +18,6 @@ using namespace diagd;
 std::uint8_t transceiver_debug = 0;
 
 namespace {
-
-constexpr std::uint8_t page_select_register = 127; // SFF-8636 lower memory
-constexpr std::uint8_t extended_control = 118;     // A2h
 
 void report_failure(std::uint8_t address, std::uint8_t reg, int result) noexcept
 {
@@ -113,28 +110,28 @@ int transceiver_write_data(std::uint32_t handle, std::uint8_t address, std::uint
 
 int sff_8636_page_select(std::uint32_t handle, std::uint8_t page) noexcept
 {
-    transceiver_write_byte(handle, first_path.id, page_select_register, page);
+    transceiver_write_byte(handle, first_path.id, sff8636::page_select, page);
     return 0;
 }
 
 int transceiver_type_get(std::uint32_t handle, char *text, std::size_t size) noexcept
 {
     const char *type = nullptr;
-    switch (module_family(transceiver_read_byte(handle, first_path.id, 0))) {
+    switch (module_family(transceiver_read_byte(handle, first_path.id, identifier_byte))) {
     case ModuleFamily::sff8472: {
-        const auto codes = read_block<sff8472_layout.compliance.length>(handle, first_path.id,
-                                                                        sff8472_layout.compliance.first);
+        const auto codes = read_block<sff8472::idprom.compliance.length>(handle, first_path.id,
+                                                                         sff8472::idprom.compliance.first);
         type = sff_8472_ethernet_compliance_str(
-            codes.data(), transceiver_read_byte(handle, first_path.id, sff8472_layout.extended_compliance));
+            codes.data(), transceiver_read_byte(handle, first_path.id, sff8472::idprom.extended_compliance));
         break;
     }
     case ModuleFamily::sff8636: {
-        // Page 00h is mapped after a module's reset; whatever page is, is taken.
+        // Page 00h is mapped after a module's reset; whichever is mapped now is taken.
         const std::uint32_t code =
-            transceiver_read_byte(handle, first_path.id, sff8636_layout.compliance.first);
+            transceiver_read_byte(handle, first_path.id, sff8636::idprom.compliance.first);
         const std::int32_t extended =
-            code == sff8636_see_extended_compliance
-                ? transceiver_read_byte(handle, first_path.id, sff8636_layout.extended_compliance)
+            code == sff8636::see_extended_compliance
+                ? transceiver_read_byte(handle, first_path.id, sff8636::idprom.extended_compliance)
                 : -1;
         type = ethernet_compliance_str(code, extended);
         break;
@@ -146,21 +143,9 @@ int transceiver_type_get(std::uint32_t handle, char *text, std::size_t size) noe
     return 0;
 }
 
-std::uint8_t diagd::read_extended_control(std::uint32_t handle) noexcept
-{
-    return transceiver_read_byte(handle, first_path.diagnostics, extended_control);
-}
-
-void diagd::write_extended_control_bit(std::uint32_t handle, std::uint8_t bit, bool on) noexcept
-{
-    const std::uint8_t control = read_extended_control(handle);
-    transceiver_write_byte(handle, first_path.diagnostics, extended_control,
-                           static_cast<std::uint8_t>(on ? control | bit : control & ~bit));
-}
-
 int transceiver_rssi_select_set(std::uint32_t handle, std::uint8_t select) noexcept
 {
-    write_extended_control_bit(handle, gpon_rssi_bit, select != 0);
+    write_extended_control_bit(handle, sff8472::gpon_rssi_bit, select != 0);
     return 0;
 }
 

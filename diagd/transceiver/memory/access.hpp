@@ -69,14 +69,6 @@ const char *ethernet_compliance_str(std::uint32_t code, std::int32_t extended) n
 
 namespace diagd {
 
-// A0h byte 92, diagnostic monitoring type.  A module that claims both is internally calibrated.
-inline constexpr std::uint8_t monitoring_type = 92;
-inline constexpr std::uint8_t internally_calibrated = 0x20;
-inline constexpr std::uint8_t externally_calibrated = 0x10;
-
-// Laser wavelength in nm, A0h bytes 60-61: one word read.
-[[nodiscard]] std::uint16_t read_wavelength_nm(std::uint32_t handle, std::uint8_t id_address) noexcept;
-
 // One byte, for callers that report failures: the platform's result, negative on failure, with `value` 0
 // then.
 int read_checked(std::uint32_t handle, std::uint8_t address, std::uint8_t reg, std::uint8_t &value) noexcept;

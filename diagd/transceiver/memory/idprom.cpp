@@ -5,8 +5,8 @@
 #include "diagd/transceiver/memory/idprom.hpp"
 
 #include "diagd/transceiver/memory/access.hpp"
-#include "diagd/transceiver/memory/idprom_layout.hpp"
-#include "diagd/transceiver/memory/module_values.hpp"
+#include "diagd/transceiver/memory/diagnostics.hpp"
+#include "diagd/transceiver/memory/memory_map.hpp"
 
 #include <span>
 
@@ -14,13 +14,11 @@ namespace diagd {
 
 namespace {
 
-constexpr std::uint8_t dump_first = 128;
-
 class IdpromReader {
 public:
     IdpromReader(std::uint32_t handle, ModuleFamily family) noexcept
         : handle_(handle), family_(family),
-          layout_(family == ModuleFamily::sff8636 ? sff8636_layout : sff8472_layout)
+          layout_(family == ModuleFamily::sff8636 ? sff8636::idprom : sff8472::idprom)
     {
     }
 
@@ -35,7 +33,7 @@ public:
             idprom.general = general(identifier);
             read_vendor(idprom);
             idprom.date_code = text(layout_.date_code);
-            block(dump_address(), dump_first, idprom.dump);
+            block(dump_address(), upper_half, idprom.dump);
             break;
         case IdpromScope::vendor:
             read_vendor(idprom);
@@ -83,7 +81,7 @@ private:
 
     std::int32_t extended_compliance(std::uint8_t code) const noexcept
     {
-        const bool refers = family_ == ModuleFamily::sff8472 || code == sff8636_see_extended_compliance;
+        const bool refers = family_ == ModuleFamily::sff8472 || code == sff8636::see_extended_compliance;
         return refers ? byte(layout_.extended_compliance) : -1;
     }
 
@@ -91,7 +89,7 @@ private:
     {
         GeneralInformation general{};
         // An SFF-8636 module has its identifier in both halves of the map.
-        general.identifier = layout_.identifier == 0 ? identifier : byte(layout_.identifier);
+        general.identifier = layout_.identifier == identifier_byte ? identifier : byte(layout_.identifier);
         general.connector = byte(layout_.connector);
         general.wavelength_nm = wavelength_nm();
         block(first_path.id, layout_.compliance.first, general.compliance);
@@ -118,14 +116,14 @@ private:
     const IdpromLayout &layout_;
 };
 
-static_assert(sff8472_layout.compliance.length == idprom_compliance_bytes);
-static_assert(sff8636_layout.compliance.length == idprom_compliance_bytes);
+static_assert(sff8472::idprom.compliance.length == idprom_compliance_bytes);
+static_assert(sff8636::idprom.compliance.length == idprom_compliance_bytes);
 
 } // namespace
 
 std::optional<Idprom> read_idprom(std::uint32_t handle, IdpromScope scope)
 {
-    const std::uint8_t identifier = transceiver_read_byte(handle, first_path.id, 0);
+    const std::uint8_t identifier = transceiver_read_byte(handle, first_path.id, identifier_byte);
     const ModuleFamily family = module_family(identifier);
     if (family == ModuleFamily::unsupported)
         return std::nullopt;

@@ -7,7 +7,7 @@
 
 #include "diagd/board/cage.hpp"
 #include "diagd/transceiver/memory/access.hpp"
-#include "diagd/transceiver/memory/idprom_layout.hpp"
+#include "diagd/transceiver/memory/memory_map.hpp"
 
 #include <algorithm>
 
@@ -25,9 +25,9 @@ std::string read_text(std::uint32_t handle, MemoryField field)
 ModuleIdentity read_sfp_identity(std::uint32_t handle)
 {
     ModuleIdentity identity;
-    identity.vendor_name = read_text(handle, sff8472_layout.vendor_name);
-    identity.vendor_revision = read_text(handle, sff8472_layout.revision);
-    identity.vendor_serial_number = read_text(handle, sff8472_layout.serial_number);
+    identity.vendor_name = read_text(handle, sff8472::idprom.vendor_name);
+    identity.vendor_revision = read_text(handle, sff8472::idprom.revision);
+    identity.vendor_serial_number = read_text(handle, sff8472::idprom.serial_number);
     return identity;
 }
 
@@ -36,9 +36,9 @@ ModuleIdentity read_qsfp_identity(std::uint32_t handle)
 {
     ModuleIdentity identity;
     sff_8636_page_select(handle, 0);
-    identity.vendor_serial_number = read_text(handle, sff8636_layout.serial_number);
-    identity.vendor_revision = read_text(handle, sff8636_layout.revision);
-    identity.vendor_name = read_text(handle, sff8636_layout.vendor_name);
+    identity.vendor_serial_number = read_text(handle, sff8636::idprom.serial_number);
+    identity.vendor_revision = read_text(handle, sff8636::idprom.revision);
+    identity.vendor_name = read_text(handle, sff8636::idprom.vendor_name);
     sff_8636_page_select(handle, 0);
     return identity;
 }
@@ -51,11 +51,11 @@ SfpReading read_sfp(std::uint32_t handle, ReadScope scope)
     if (scope == ReadScope::values_and_identity)
         reading.identity = read_sfp_identity(handle);
 
-    reading.first.wavelength_nm = read_wavelength_nm(handle, first_path.id);
-    reading.first.values = read_path_values(handle, first_path, reading.first.wavelength_nm);
+    reading.first = read_path(handle, first_path, listing_policy);
     // A module with one path does not answer at the second address.
     if (const std::uint16_t wavelength_nm = read_wavelength_nm(handle, second_path.id); wavelength_nm != 0)
-        reading.second = {wavelength_nm, read_path_values(handle, second_path, wavelength_nm)};
+        reading.second = {wavelength_nm,
+                          read_path_values(handle, second_path, wavelength_nm, listing_policy)};
     return reading;
 }
 
@@ -73,7 +73,7 @@ QsfpReading read_qsfp(std::uint32_t handle, ReadScope scope)
     read_sff8636_tx_power_dbm(handle, reading.tx_power_dbm);
     read_sff8636_rx_power_dbm(handle, reading.rx_power_dbm);
     if (scope == ReadScope::values_and_identity)
-        reading.wavelength_word = transceiver_read_word(handle, first_path.id, sff8636_layout.wavelength);
+        reading.wavelength_word = transceiver_read_word(handle, first_path.id, sff8636::idprom.wavelength);
     return reading;
 }
 
@@ -83,7 +83,7 @@ InterfaceReading read_interface(const BoardSession &board, const Interface &inte
     const ModuleSession module{board, interface.kind, interface.port};
     if (!module)
         return reading;
-    switch (module_family(transceiver_read_byte(module.handle(), first_path.id, 0))) {
+    switch (module_family(transceiver_read_byte(module.handle(), first_path.id, identifier_byte))) {
     case ModuleFamily::sff8472:
         reading.module = read_sfp(module.handle(), scope);
         break;

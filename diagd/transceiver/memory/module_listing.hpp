@@ -3,7 +3,7 @@
 #pragma once
 
 #include "diagd/board/interface.hpp"
-#include "diagd/transceiver/memory/module_values.hpp"
+#include "diagd/transceiver/memory/diagnostics.hpp"
 
 #include <optional>
 #include <string>
@@ -17,15 +17,10 @@ struct ModuleIdentity {
     std::string vendor_name, vendor_revision, vendor_serial_number;
 };
 
-struct SfpPathReading {
-    std::uint16_t wavelength_nm;
-    std::optional<OpticalValues> values; // empty: the module has no calibrated diagnostics
-};
-
 struct SfpReading {
     ModuleIdentity identity;
-    SfpPathReading first;
-    std::optional<SfpPathReading> second; // combo modules only
+    PathReading first;
+    std::optional<PathReading> second; // combo modules only
 };
 
 struct QsfpReading {
@@ -48,9 +43,9 @@ enum class ReadScope {
     values_and_identity, // everything
 };
 
-// Reads every interface of the board, PON before gigabit Ethernet, in one session with the board: the semaphore is
-// held for as long as that takes.  Empty when the CPLD cannot be opened.  `reason` is the literal that names
-// the operation for the privilege raise.
+// Reads every interface of the board, PON before gigabit Ethernet, in one session with the board: the
+// semaphore is held for as long as that takes.  Empty when the CPLD cannot be opened.  `reason` is the
+// literal that names the operation for the privilege raise.
 [[nodiscard]] std::optional<std::vector<InterfaceReading>> read_module_listing(const char *reason,
                                                                                ReadScope scope);
 

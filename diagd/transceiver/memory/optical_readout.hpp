@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Diagnostics of the optical module in one socket, both PON generations in one record.
+// Diagnostics of the optical module in one cage, both PON generations in one record.
 //
 // Other readers of modules (transceiver/) go by the identifier and by the wavelength that is asked for.  This
 // one takes what the module's monitoring type says, so it has received power of every module, too.
@@ -27,14 +27,12 @@ enum class SelectFailure {
     read_on, // bytes then read as 0
 };
 
-// Reads one path of the module that is selected on the handle into its half of the record.  In this order:
-// A0h byte 0, the word at A0h 60, A0h byte 92; then, byte by byte, A2h 96-105 of an internally calibrated
-// module, A2h 76-105 of an externally calibrated one, and of any other, in SFF-8636 lower memory of A0h, the
-// fields at 22, 26, 42, 50 and 34.  With cpld_debug on, what is read goes to standard output.
+// Reads one path of the module that is selected on the handle, by the readout's policy (see diagnostics.hpp),
+// into its half of the record.
 void read_optical_path(std::uint32_t handle, PathAddress path, OpticalReadout &readout) noexcept;
 
-// Reads the module in the socket of a port: its first path and, when that answers with a wavelength, its
-// second.  Empty when the socket holds no module.
+// Reads the module in the cage of a port: its first path and, when that answers with a wavelength, its
+// second.  Empty when the cage holds no module.
 [[nodiscard]] std::optional<OpticalReadout> read_optics(const BoardSession &board, PortKind kind, int port,
                                                         SelectFailure on_failure) noexcept;
 

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Optical readings of a PON port (see pon_optics.hpp).
 //
-// Failure policy: a CPLD that cannot be opened, an empty socket and a channel that cannot be selected are all
+// Failure policy: a CPLD that cannot be opened, an empty cage and a channel that cannot be selected are all
 // -1, with nothing written and the board given back.  Behind them a failed read is 0 and flows into the
 // values.
 #include "diagd/transceiver/memory/pon_optics.hpp"
 
 #include "diagd/board/cage.hpp"
 #include "diagd/transceiver/memory/access.hpp"
-#include "diagd/transceiver/memory/module_values.hpp"
+#include "diagd/transceiver/memory/diagnostics.hpp"
+#include "diagd/transceiver/memory/memory_map.hpp"
 
 using namespace diagd;
 
@@ -18,13 +19,9 @@ struct Outputs {
     float &temperature_c, &voltage_v, &bias_ma, &tx_power_dbm, &rx_power_dbm;
 };
 
-void read_path(std::uint32_t handle, PathAddress path, PortKind wanted, const Outputs &out) noexcept
+void read_into(std::uint32_t handle, PathAddress path, PortKind wanted, const Outputs &out) noexcept
 {
-    const std::uint16_t wavelength_nm = read_wavelength_nm(handle, path.id);
-    const PortKind found = transceiver_type_by_wavelength(wavelength_nm);
-    if (found == PortKind::none || found != wanted)
-        return;
-    const std::optional<OpticalValues> values = read_path_values(handle, path, wavelength_nm);
+    const std::optional<OpticalValues> values = read_path_of(wanted, handle, path, threshold_policy).values;
     if (!values)
         return;
     out.temperature_c = values->temperature_c;
@@ -57,11 +54,11 @@ int pon_intf_optical_transceiver_get(std::uint8_t type, std::uint8_t port, float
 
     const Outputs out{*temperature_c, *voltage_v, *bias_ma, *tx_power_dbm, *rx_power_dbm};
     const std::uint32_t handle = module.handle();
-    switch (module_family(transceiver_read_byte(handle, first_path.id, 0))) {
+    switch (module_family(transceiver_read_byte(handle, first_path.id, identifier_byte))) {
     case ModuleFamily::sff8472:
         // Of a combo module one path matches; when both do, the second one's values stand.
         for (const PathAddress path : {first_path, second_path})
-            read_path(handle, path, static_cast<PortKind>(type), out);
+            read_into(handle, path, static_cast<PortKind>(type), out);
         break;
     case ModuleFamily::sff8636:
         read_first_lane(handle, out);

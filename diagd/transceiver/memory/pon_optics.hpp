@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-// Reads the module of PON port `port` (from 1) in a session of its own with the board, so the caller must hold none.
-// `type` is the module class wanted, 2 GPON or 3 XG-PON: of an SFP-class module the path whose wavelength is
-// of that class is read, of a QSFP-class module the first lane, whatever its wavelength.
+// Reads the module of PON port `port` (from 1) in a session of its own with the board, so the caller must
+// hold none. `type` is the module class wanted, 2 GPON or 3 XG-PON: of an SFP-class module the path whose
+// wavelength is of that class is read, of a QSFP-class module the first lane, whatever its wavelength.
 //
 // Outputs: degrees Celsius without sign, volts, milliamperes, dBm, dBm.  Only what the module has is written
 // (nothing from a path of another class or without calibration, no RX power from a QSFP-class module), so

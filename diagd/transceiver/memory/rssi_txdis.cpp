@@ -4,10 +4,13 @@
 
 #include "diagd/board/cage.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/transceiver/memory/extended_control.hpp"
+#include "diagd/transceiver/memory/access.hpp"
+#include "diagd/transceiver/memory/memory_map.hpp"
 #include "diagd/transceiver/show/text_rows.hpp"
 
 namespace diagd {
+
+using namespace sff8472;
 
 namespace {
 
@@ -23,6 +26,18 @@ void on_module(const char *reason, PortKind kind, int port, Work work)
 }
 
 } // namespace
+
+std::uint8_t read_extended_control(std::uint32_t handle) noexcept
+{
+    return transceiver_read_byte(handle, first_path.diagnostics, extended_control);
+}
+
+void write_extended_control_bit(std::uint32_t handle, std::uint8_t bit, bool on) noexcept
+{
+    const std::uint8_t control = read_extended_control(handle);
+    transceiver_write_byte(handle, first_path.diagnostics, extended_control,
+                           static_cast<std::uint8_t>(on ? control | bit : control & ~bit));
+}
 
 void select_shared_pin(PortKind kind, int port, SharedPin pin)
 {

@@ -16,7 +16,7 @@ inline constexpr std::array<std::string_view, 5> legend{
     "mA: milliamperes, dBm: decibels (milliwatts).",
 };
 
-// One laser: SFP-class modules, and sockets without a module.
+// One laser: SFP-class modules, and cages without a module.
 // clang-format off
 inline constexpr std::string_view single =
     "Interface     Temperature (Celsius)    Voltage (Volts)    Current (mA)    Optical Tx Power(dBm)           Optical Rx Power(dBm)";

@@ -88,7 +88,7 @@ void add_identity(struct json_object *object, const ModuleIdentity &identity)
     add_text(object, vendor_keys[2], identity.vendor_serial_number);
 }
 
-void add_path(struct json_object *object, const SfpPathReading &path)
+void add_path(struct json_object *object, const PathReading &path)
 {
     const PortKind kind = transceiver_type_by_wavelength(path.wavelength_nm);
     const bool plain = kind == PortKind::gigabit_ethernet || kind == PortKind::gpon;

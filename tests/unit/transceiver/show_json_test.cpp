@@ -98,7 +98,7 @@ TEST(ListingJson, a_path_without_calibration_tells_only_its_wavelength)
 TEST(ListingJson, a_combo_module_fills_both_sets)
 {
     EXPECT_EQ(
-        json({{pon, SfpReading{{"N", "R", "S"}, {1490, sample}, SfpPathReading{1577, sample}}}}),
+        json({{pon, SfpReading{{"N", "R", "S"}, {1490, sample}, PathReading{1577, sample}}}}),
         pon_member(plain_values +
                    R"("wavelength":1490,"vendorName":"N","vendorRevision":"R","vendorSerialNumber":"S",)" +
                    xg_values + R"("xgWavelength":1577,"biasCurrent":"10.000","xgBiasCurrent":"10.000")"));

@@ -70,12 +70,12 @@ TEST(DiagnosisText, a_path_without_calibration_has_no_values)
 TEST(DiagnosisText, a_combo_module_is_two_rows_under_one_header)
 {
     const OpticalValues second{30.0F, 3.25F, 20.125F, -std::numeric_limits<float>::infinity(), -40.0F};
-    EXPECT_EQ(diagnosis(pon, SfpReading{{}, {1490, sample}, SfpPathReading{1577, second}}),
+    EXPECT_EQ(diagnosis(pon, SfpReading{{}, {1490, sample}, PathReading{1577, second}}),
               HEADER_A "GPON 0/1      25.500                   3.300              10.000          "
                        "2.500                           -3.250                     \r\n"
                        "GPON 0/1      30.000                   3.250              20.125          "
                        "-inf                            -40.000                    \r\n\r\n\r\n");
-    EXPECT_EQ(diagnosis(pon, SfpReading{{}, {1490, {}}, SfpPathReading{1577, {}}}),
+    EXPECT_EQ(diagnosis(pon, SfpReading{{}, {1490, {}}, PathReading{1577, {}}}),
               HEADER_A "GPON 0/1      \r\nGPON 0/1      \r\n\r\n\r\n");
 }
 
