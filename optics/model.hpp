@@ -156,8 +156,8 @@ struct Diagnostics {
     std::uint8_t enhanced_options = 0; // SFF-8472 byte 93
     bool implemented = false;
     bool address_change = false;
-    Status average_power;       // of received power; else it is the modulation amplitude
-    bool flat_memory = false;   // SFF-8636 and CMIS: no pages above 0
+    Status average_power;     // of received power; else it is the modulation amplitude
+    bool flat_memory = false; // SFF-8636 and CMIS: no pages above 0
     bool data_not_ready = false;
     Calibration calibration = Calibration::none;
     std::optional<std::uint8_t> status;       // SFF-8472 byte 110

@@ -6,8 +6,8 @@ from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[3]
 DOCUMENTS = sorted([*PROJECT.glob("*.md"), *PROJECT.glob("docs/**/*.md"), *PROJECT.glob("bench/*.md")])
-FOLDERS = "base|bench|cmake|diagd|docs|module_files|platform|shell|sim|tests|tools"
-PATH = re.compile(rf"(?:{FOLDERS})/[\w./*-]*")
+FOLDERS = sorted(path.name for path in PROJECT.iterdir() if path.is_dir() and re.fullmatch(r"(?!build)\w+", path.name))
+PATH = re.compile(rf"(?:{'|'.join(FOLDERS)})/[\w./*-]*")
 FILE = re.compile(r"\w[\w/-]*\.(?:[ch]pp|h|py|cmake|patch|yang)")
 OBJECT = re.compile(r"`(\w+)` \(`([\w/.]+)`\)")
 
@@ -22,7 +22,7 @@ def code_of(document):
 
 class Documents(unittest.TestCase):
     def test_files_that_documents_name_are_there(self):
-        below = [path for folder in FOLDERS.split("|") for path in (PROJECT / folder).rglob("*")]
+        below = [path for folder in FOLDERS for path in (PROJECT / folder).rglob("*")]
         files = ["/" + str(path.relative_to(PROJECT)) for path in below]
         gone, seen = [], 0
         for document in DOCUMENTS:

@@ -61,6 +61,8 @@ EXPECTED = {
     ],
     "shell": ["bin/diagsh", "share/man/man1/diagsh.1"],
     "development": [
+        "include/diagd/tq_alarms.def",
+        "include/diagd/tq_alarms.h",
         "include/diagd/tq_api.h",
         "include/diagd/tq_board.h",
         "include/diagd/tq_database.h",

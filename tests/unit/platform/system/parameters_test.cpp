@@ -17,7 +17,7 @@
 namespace {
 
 const char syntax[] = "alarm-log debug send id (0-512) [uplink-port (1-128)] [pon (1-32)] [onu (1-256)] "
-                       "[onu-port (1-256)] [mac MAC] [state (1-512)] message MESSAGE";
+                      "[onu-port (1-256)] [mac MAC] [state (1-512)] message MESSAGE";
 
 std::map<std::string, std::string> found;
 
