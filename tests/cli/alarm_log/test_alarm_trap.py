@@ -197,6 +197,38 @@ def test_an_unreachable_sink_is_said_once_and_keeps_nothing_back(trapping, snmpt
     assert trapping.log().count(complaint) == before + 1
 
 
+def test_a_sink_that_stays_in_an_edited_file_is_complained_of_once(trapping, snmptrapd):
+    complaint = "alarms do not get out to trap sink 192.0.2.2 port 162: Network is unreachable"
+    receiver, before = snmptrapd(), trapping.log().count(complaint)
+    sinks(trapping, "192.0.2.2 public")
+    assert send(trapping) == PEER_AWAY
+    sinks(trapping, f"127.0.0.1:{PORT} public", "192.0.2.2 public")
+    assert send(trapping) == PEER_AWAY
+    assert len(receiver.traps(1)) == 1
+    assert trapping.log().count(complaint) == before + 1
+
+
+def test_a_file_of_more_than_64_KiB_is_refused_whole(trapping, snmptrapd):
+    receiver = snmptrapd()
+    sinks(trapping, f"127.0.0.1:{PORT} public", "#" * 65536)
+    assert send(trapping, "huge") == UNREADABLE
+    trapping.wait_log(f"alarms do not get out to the trap sinks of {SINKS}: File too large")
+    sinks(trapping, f"127.0.0.1:{PORT} public", "#" * 60000)
+    assert send(trapping, "large") == 0
+    assert messages(receiver.traps(1)) == [text("large")]
+
+
+def test_a_port_that_was_not_told_is_sent_as_0_and_the_mib_says_what_that_means(trapping, snmptrapd):
+    receiver = snmptrapd()
+    sinks(trapping, f"127.0.0.1:{PORT} public")
+    send(trapping, "GPON 0/3 is dark")
+    [(_, values)] = receiver.traps(1)
+    for name in ("UplinkPort", "Pon", "Onu", "OnuPort"):
+        assert values[f"{MIB}{name}.0"] == "Gauge32: 0"
+        described = " ".join(snmptranslate(trapping, "-Td", f"{MIB}{name}").stdout.split())
+        assert re.search("0 when the program that filed (it|the alarm) did not say", described), described
+
+
 def test_a_sink_that_is_away_costs_what_is_sent_meanwhile_only(trapping, snmptrapd):
     sinks(trapping, f"127.0.0.1:{PORT} public")
     for _ in range(3):
