@@ -7,6 +7,9 @@ diagd_unit_test(
   database_values_test database/values_test.cpp ${database_source}/model/settings.cpp
   ${database_source}/model/value.cpp ${database_source}/model/xml.cpp LIBS platform_headers)
 
+diagd_unit_test(database_executor_test database/executor_test.cpp ${database_source}/engine/executor.cpp LIBS
+                platform_headers)
+
 # Another program that uses the database.
 add_executable(database_peer platform/database/peer.cpp)
 target_link_libraries(database_peer PRIVATE diagd_warnings tqdatabase deps::sysrepo)

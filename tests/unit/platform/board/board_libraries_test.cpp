@@ -9,6 +9,8 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 #include <thread>
 
 #include "tests/unit/running_board.hpp"
@@ -128,6 +130,17 @@ TEST_F(Libraries, operation_is_recorded_by_the_board)
     EXPECT_THAT(board_->ask({"show"}), HasSubstr("monitors operate"));
     EXPECT_EQ(misc_cpld_oper_set(0), 0);
     EXPECT_THAT(board_->ask({"show"}), HasSubstr("monitors off"));
+}
+
+TEST_F(Libraries, operation_leaves_no_descriptor_open)
+{
+    const auto open_now = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = open_now();
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(misc_cpld_oper_set(0), 0);
+    EXPECT_EQ(open_now(), before);
 }
 
 TEST_F(Libraries, handle_is_a_socket_that_close_releases)
@@ -420,6 +433,25 @@ TEST_F(Libraries, missing_phy_reads_ones_and_has_no_identity)
     EXPECT_EQ(errno, ENODEV);
 }
 
+TEST_F(Libraries, phy_with_ones_in_one_identity_word_has_an_identity)
+{
+    std::uint32_t oui = 0;
+    std::uint8_t model = 0, revision = 0;
+    board_->ask({"phy", "set", "aux", "2", "2", "0xffff"});
+    board_->ask({"phy", "set", "aux", "2", "3", "0xd113"});
+    EXPECT_EQ(misc_phy_info("aux", 2, &oui, &model, &revision), 0);
+    EXPECT_EQ(oui, 0x3ffff4U);
+    EXPECT_EQ(model, 17);
+    EXPECT_EQ(revision, 3);
+    board_->ask({"phy", "set", "aux", "2", "2", "0x0807"});
+    board_->ask({"phy", "set", "aux", "2", "3", "0xffff"});
+    EXPECT_EQ(misc_phy_info("aux", 2, &oui, &model, &revision), 0);
+    EXPECT_EQ(oui, 0x0201ffU);
+    EXPECT_EQ(model, 63);
+    EXPECT_EQ(revision, 15);
+    EXPECT_EQ(misc_phy_reset("aux", 2), 0); // as it was
+}
+
 TEST_F(Libraries, phy_indirect_register_goes_through_its_window)
 {
     EXPECT_EQ(misc_phy_write("aux", 1, 0x1e, 0x0a5), 0);
@@ -441,7 +473,19 @@ TEST_F(Libraries, phy_reset_brings_the_defaults_back)
     EXPECT_EQ(misc_phy_reset("aux", 1), 0);
     EXPECT_EQ(misc_phy_read("aux", 1, 4, &after), 0);
     EXPECT_EQ(after, before);
+}
+
+TEST_F(Libraries, reset_of_a_missing_phy_is_not_waited_for)
+{
+    board_->ask({"log", "clear"});
+    errno = 0;
     EXPECT_EQ(misc_phy_reset("aux", 9), -1);
+    EXPECT_EQ(errno, ENODEV) << "the lines that nobody drives are no reset that goes on";
+    const std::string log = board_->ask({"log", "dump"});
+    std::size_t reads = 0;
+    for (std::size_t at = 0; (at = log.find(" phy_read ", at)) != log.npos; ++at)
+        ++reads;
+    EXPECT_EQ(reads, 1U) << log;
 }
 
 TEST_F(Libraries, phy_clause_45_registers_are_apart)

@@ -9,6 +9,7 @@
 
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 
 using namespace sandbox;
 
@@ -158,6 +159,29 @@ TEST_F(Failures, the_running_configuration_survives_a_user_that_was_killed)
     ASSERT_EQ(init(), 0);
     EXPECT_EQ(level(), "alert");
     EXPECT_EQ(set_level("info"), 0);
+}
+
+TEST_F(Failures, a_running_configuration_that_was_emptied_gives_way_to_that_of_startup)
+{
+    const std::string file = folder() + "/startup.xml";
+    std::ofstream{folder() + "/empty.xml"};
+    std::ofstream(file) << "<alarm-log xmlns=\"urn:norvale:yang:olt-alarm-log\">"
+                           "<alarm><id>5</id><level>emerg</level></alarm></alarm-log>\n";
+    ASSERT_EQ(sysrepocfg({"--edit=" + file, "--datastore=startup", "--format=xml", "--module=olt-alarm-log"}),
+              0);
+    ASSERT_EQ(init(), 0);
+    ASSERT_EQ(set_level("alert"), 0);
+    database_disconnect(&db);
+    // As a full file system or a kill leaves it.
+    ASSERT_EQ(truncate("/dev/shm/sr_olt-alarm-log.running", 0), 0);
+    ASSERT_EQ(unlink("/dev/shm/sr_main"), 0);
+    ASSERT_EQ(init(), 0);
+    EXPECT_EQ(level(), "emerg");
+    EXPECT_EQ(set_level("info"), 0);
+    database_disconnect(&db);
+    ASSERT_EQ(sysrepocfg({"--import=" + folder() + "/empty.xml", "--datastore=startup", "--format=xml",
+                          "--module=olt-alarm-log"}),
+              0);
 }
 
 TEST_F(Failures, a_user_that_was_killed_does_not_hold_up_those_who_live)

@@ -165,6 +165,44 @@ TEST_F(Transactions, a_lock_on_the_datastore_refuses_changes_in_bounded_time)
     EXPECT_EQ(db_apply_unlock(&db), 0);
 }
 
+TEST_F(Transactions, a_lock_that_was_not_had_keeps_nobody_else_out)
+{
+    sr_conn_ctx_t *connection = nullptr;
+    sr_session_ctx_t *session = nullptr;
+    ASSERT_EQ(sr_connect(SR_CONN_DEFAULT, &connection), 0);
+    ASSERT_EQ(sr_session_start(connection, SR_DS_RUNNING, &session), 0);
+    ASSERT_EQ(sr_lock(session, "olt-alarm-log"), 0);
+    EXPECT_EQ(db_apply_lock(&db), TQ_ERR_LOCKED);
+    ASSERT_EQ(sr_unlock(session, "olt-alarm-log"), 0);
+    sr_disconnect(connection);
+    Program other = peer({"hold"});
+    ASSERT_EQ(other.line(), "ready");
+    EXPECT_EQ(other.line(), "0");
+}
+
+TEST_F(Transactions, a_removed_value_does_not_come_back_with_what_was_pending)
+{
+    const std::uint16_t port = 1514;
+    ASSERT_EQ(db_olt_alarm_log_set_remote_server_ipv4_port(&db, &port, 2, 1), 0);
+    const std::uint16_t other = 1515;
+    ASSERT_EQ(db_olt_alarm_log_set_remote_server_ipv4_port(&db, &other, 2, 0), 0);
+    ASSERT_EQ(db_olt_alarm_log_del_remote_server_ipv4_port(&db), 0);
+    ASSERT_EQ(db_apply_changes(db.conn), 0);
+    std::uint16_t read = 0;
+    int len = sizeof read;
+    EXPECT_EQ(db_olt_alarm_log_get_remote_server_ipv4_port(&db, &read, &len), TQ_ERR_NOT_FOUND);
+}
+
+TEST_F(Transactions, what_is_pending_ends_with_the_connection)
+{
+    ASSERT_EQ(set_print(3, 0, 1), 0);
+    ASSERT_EQ(set_print(3, 1, 0), 0);
+    database_disconnect(&db);
+    ASSERT_EQ(database_init(&db), 0);
+    ASSERT_EQ(db_apply_changes(db.conn), 0);
+    EXPECT_EQ(print_of(3), 0);
+}
+
 TEST_F(Transactions, every_session_of_an_operator_is_one_of_the_database)
 {
     auto *const first = reinterpret_cast<struct vty *>(&db);

@@ -14,7 +14,7 @@
 namespace {
 
 constexpr int board_key = 0x102410;
-constexpr auto patience = std::chrono::seconds(20);
+constexpr auto time_limit = std::chrono::seconds(20);
 
 int value_of(int id)
 {
@@ -24,7 +24,7 @@ int value_of(int id)
 // Waits until `count` processes wait for the semaphore.
 bool wait_for_waiters(int id, int count)
 {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const auto deadline = std::chrono::steady_clock::now() + time_limit;
     while (semctl(id, 0, GETNCNT) < count) {
         if (std::chrono::steady_clock::now() > deadline)
             return false;
@@ -35,7 +35,7 @@ bool wait_for_waiters(int id, int count)
 
 bool wait_for_value(int id, int value)
 {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const auto deadline = std::chrono::steady_clock::now() + time_limit;
     while (value_of(id) != value) {
         if (std::chrono::steady_clock::now() > deadline)
             return false;
@@ -133,6 +133,31 @@ TEST_F(Semaphore, a_killed_holder_gives_it_back)
     EXPECT_EQ(waiter.wait(), 0);
     holder.wait();
     EXPECT_EQ(value_of(id), 1);
+}
+
+TEST_F(Semaphore, an_alarm_semaphore_that_is_removed_while_somebody_waits_is_made_again)
+{
+    ASSERT_EQ(tq_alarm_log_init(), 0);
+    const int first = alarm_log_sem_id;
+    ASSERT_EQ(semaphore_p(first), 0);
+    Process waiter([&] {
+        return semaphore_p(alarm_log_sem_id) == 0 && alarm_log_sem_id != first &&
+               value_of(alarm_log_sem_id) == 0 && semaphore_v(alarm_log_sem_id) == 0;
+    });
+    ASSERT_TRUE(wait_for_waiters(first, 1));
+    ASSERT_EQ(semctl(first, 0, IPC_RMID), 0);
+    EXPECT_EQ(waiter.wait(), 0);
+}
+
+TEST_F(Semaphore, any_other_that_is_removed_while_somebody_waits_is_an_error)
+{
+    int id = -1;
+    ASSERT_EQ(semaphore_create(&id, board_key, 1), 0);
+    ASSERT_EQ(semaphore_p(id), 0);
+    Process waiter([&] { return semaphore_p(id) < 0 && errno == EIDRM; });
+    ASSERT_TRUE(wait_for_waiters(id, 1));
+    ASSERT_EQ(semctl(id, 0, IPC_RMID), 0);
+    EXPECT_EQ(waiter.wait(), 0);
 }
 
 TEST_F(Semaphore, a_signal_does_not_break_off_the_wait)

@@ -130,6 +130,22 @@ protected:
         return sclient_send_message(client_);
     }
 
+    // The peer reads `count` bytes.
+    bool read_off(std::size_t count)
+    {
+        char buffer[16];
+        return ::recv(peer_, buffer, count, 0) == static_cast<ssize_t>(count);
+    }
+    // The peer finds the end of the connection after all that was sent.
+    bool is_ended()
+    {
+        char buffer[4096];
+        ssize_t size;
+        while ((size = ::recv(peer_, buffer, sizeof buffer, 0)) > 0) {
+        }
+        return size == 0;
+    }
+
     struct sclient *client_;
     int peer_ = -1;
 
@@ -257,4 +273,25 @@ TEST_F(ServiceBusClient, refuses_and_never_waits_when_the_bus_does_not_read)
         result = send_reset();
     EXPECT_EQ(result, -1);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 9s);
+}
+
+// A bus that stops reading has room for a part of a long message at last.  What follows a part cannot be told
+// apart from the rest of it, so the connection ends there, and the client makes another.
+TEST_F(ServiceBusClient, a_message_of_which_a_part_went_out_ends_the_connection)
+{
+    bring_up();
+    start();
+    ASSERT_TRUE(connected());
+    while (send_reset() == 0) {
+    }
+    ASSERT_TRUE(read_off(board::service_bus_header_size)) << "room for a little";
+    stream_reset(client_->obuf);
+    sclient_create_header(client_->obuf, 45);
+    while (STREAM_WRITEABLE(client_->obuf) > 0)
+        stream_putc(client_->obuf, 0);
+    EXPECT_EQ(sclient_send_message(client_), -1);
+    EXPECT_TRUE(run_until([&] { return is_ended(); }));
+    hang_up();
+    EXPECT_TRUE(connected());
+    EXPECT_EQ(send_reset(), 0);
 }
