@@ -67,7 +67,7 @@ bool diagd::start_worker(const char *name, void (*body)() noexcept, ThreadEnd en
         rcu_thread_unprepare(start->rcu);
         return result > 0;
     }
-    start.release(); // the thread's now
+    static_cast<void>(start.release()); // the thread's now
     if (end == ThreadEnd::detached)
         pthread_detach(thread);
     return true;
