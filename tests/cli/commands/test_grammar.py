@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The reader of command grammar, by which the tests type every command."""
 import pytest
-from grammar import examples, tokens, typed
+from grammar import examples, pattern, tokens, typed
 
 
 def bounds(placeholder):
@@ -33,3 +33,13 @@ def test_a_word_of_mixed_case_is_a_keyword():
 def test_what_is_no_grammar_is_refused(grammar):
     with pytest.raises(AssertionError):
         examples(grammar, bounds)
+
+
+@pytest.mark.parametrize("grammar, fits, fails", [
+    ("show fan [json]", ["show fan", "show fan json"], ["show", "show fan x", "show fan json json", "show fanjson"]),
+    ("a <b|c d> (1-8)", ["a b 3", "a c d 3"], ["a 3", "a b", "a c 3", "a b c d 3"]),
+    ("[no] debug", ["debug", "no debug"], ["no", "nodebug"]),
+    ("x WORD [<y A.B.C.D|z>]", ["x 1", "x 1 z", "x 1 y 10.0.0.1"], ["x", "x 1 y", "x 1 z z"]),
+])
+def test_a_pattern_fits_the_lines_of_its_grammar_only(grammar, fits, fails):
+    assert [line for line in fits + fails if pattern(grammar).fullmatch(line)] == fits

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The commands that the daemon has to install: tests/commands.txt, which says how it is written."""
 
-from dataclasses import dataclass
+from dataclasses import dataclass, field
 
 from project import PROJECT
 
@@ -18,22 +18,26 @@ class Command:
     grammar: str
     help: tuple[str, ...] | None  # None: any that explains each word
     hidden: bool
+    family: str = field(default="", compare=False)  # heading in the table
 
 
 def _blocks():
-    """Title, lines and help lines of each set and each command."""
+    """Family, title, lines and help lines of each set and each command."""
     text = (PROJECT / "tests" / "commands.txt").read_text()
+    family = ""
     for block in text.split("\n\n"):
         lines = [line for line in block.splitlines() if not line.startswith("#")]
-        if lines:
+        if not lines:
+            family = block.strip("# \n")
+        else:
             title, *rest = lines
-            yield (title.split(), [line.strip() for line in rest if not line.startswith("  - ")],
+            yield (family, title.split(), [line.strip() for line in rest if not line.startswith("  - ")],
                    [line.removeprefix("  - ") for line in rest if line.startswith("  - ")])
 
 
 def _read():
     sets, commands = {}, []
-    for title, lines, help_lines in _blocks():
+    for family, title, lines, help_lines in _blocks():
         if title[0] == "set":
             words = " ".join(lines).split()
             each = any("{}" in line for line in help_lines)
@@ -45,7 +49,7 @@ def _read():
         texts = [text for line in help_lines for text in (sets[line[1:-1]][1] if line.startswith("{") else [line])]
         nodes, name, *hidden = title
         assert hidden in ([], ["hidden"]), title
-        commands += [Command(NODES[node], f"{name}_cmd", grammar, tuple(texts) or None, bool(hidden))
+        commands += [Command(NODES[node], f"{name}_cmd", grammar, tuple(texts) or None, bool(hidden), family)
                      for node in nodes.split(",")]
     return {name: words for name, (words, _) in sets.items()}, commands
 

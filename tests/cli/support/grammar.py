@@ -91,3 +91,15 @@ def examples(grammar, values):
 
 def typed(words):
     return " ".join(word.text for word in words)
+
+
+def pattern(grammar):
+    """A pattern of the lines that fit the grammar, whose placeholders stand for any one word."""
+    text = ""
+    for kind, token in tokens(grammar):
+        if kind in ("word", "placeholder"):
+            text += (re.escape(token) if kind == "word" else r"\S+") + " "
+        elif kind == "mark":
+            text += {"<": "(?:", "[": "(?:", "![": "(?:", ">": ")", "]": ")?", "|": "|"}[token]
+    # Each word brings the space behind it, but the last one's is none.
+    return re.compile(f"(?:{text})".replace(" ", r"(?: +|$)"))
