@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// bus_floor LIST: makes the steps of a list on the board, one after another, and does nothing else. For each
-// line on standard input, a number of rounds, it answers with the CPU they took, in nanoseconds.
+// bus_floor LIST THREADS: makes the steps of a list on the board, one after another, and does nothing else.
+// For each line on standard input, a number of rounds, it answers with the CPU they took, in nanoseconds.
+// THREADS more threads sleep meanwhile: in a process that has some, every call of the kernel that takes a
+// descriptor costs more.
 //
 // A line of the list is one step: "open BUS", "cpld REGISTER", "select CHANNEL", "read ADDRESS REGISTER
 // LENGTH", "write ADDRESS REGISTER VALUE", "end", "close". Numbers are decimal.
 #include "util_cpld.h"
 #include "util_i2c.h"
+
+#include <unistd.h>
 
 #include <array>
 #include <cstdint>
@@ -15,6 +19,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -104,10 +109,12 @@ std::int64_t cpu_ns()
 
 int main(int argc, char **argv)
 {
-    if (argc != 2) {
-        std::cerr << "bus_floor LIST\n";
+    if (argc != 3) {
+        std::cerr << "bus_floor LIST THREADS\n";
         return 2;
     }
+    for (int threads = std::atoi(argv[2]); threads > 0; --threads)
+        std::thread{[] { pause(); }}.detach();
     const std::vector<Step> list = read_list(argv[1]);
     for (int rounds = 0; std::cin >> rounds;) {
         const std::int64_t begin = cpu_ns();

@@ -58,8 +58,9 @@ class Floor:
     """A loop in the box of the board."""
 
     def __init__(self, olt, steps):
+        others = len(olt.threads()) - 1
         (olt.state / "log" / "steps").write_text("\n".join(steps) + "\n")
-        program = ["/run/olt/build/bin/bus_floor", "/var/log/steps"]
+        program = ["/run/olt/build/bin/bus_floor", "/var/log/steps", others]
         self.process = subprocess.Popen(olt.inside(*program), text=True, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
 
     def us(self, repeats):
