@@ -56,6 +56,17 @@ def test_json_may_be_abbreviated(olt):
     assert olt.run("show ver js") == olt.run("show version json")
 
 
+def test_what_a_terminal_would_obey_is_a_question_mark(make_olt):
+    strange = BASE | {"serial_number": "A\x1b[2JB\x7f\tC", "copyright": "\u00e9 \u20ac\u009b2J\r\n"}
+    own = make_olt(board={"base_information": strange}).start()
+    lines = own.run("show version")[0].split("\r\n")
+    assert lines[0] == "  OLT Serial Number     : A?[2JB?\tC"
+    assert lines[5].encode("latin-1").decode() == "  Copyright: \u00e9 \u20ac?2J??"
+    text = own.run("show version json")[0]
+    assert '"serialNumber":"A\\u001b[2JB\\u007f\\tC"' in text
+    assert '\\u009b2J\\r\\n"' in text
+
+
 def test_json_escapes_what_texts_may_hold(make_olt):
     strange = BASE | {"copyright": 'a "quoted" \\ text\twith more', "device_model": "mod/el"}
     own = make_olt(board={"base_information": strange}).start()
