@@ -44,7 +44,7 @@ EXPORTS = {
     "diagd/alarm_log/export/alarm_log_commands.hpp",
     "diagd/monitors/reset_button/system_reset.hpp",
     "diagd/peers/peers.hpp",
-    "diagd/system_cli/export/usage_samplers.hpp",
+    "diagd/system_cli/usage_samplers.hpp",
     "diagd/transceiver/decode/optical_values.hpp",
     "diagd/transceiver/memory/access.hpp",
     "diagd/transceiver/memory/pon_optics.hpp",

@@ -2,7 +2,7 @@
 // Samplers over the kernel's proc files.
 // Failure policy: processor counters that cannot be read are reported to the caller; memory figures that
 // cannot be read are said on the daemon's streams and count as 0.
-#include "diagd/system_cli/export/usage_samplers.hpp"
+#include "diagd/system_cli/usage_samplers.hpp"
 
 #include "base/owner.hpp"
 #include "diagd/system_cli/usage_parser.hpp"

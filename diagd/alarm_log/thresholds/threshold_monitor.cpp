@@ -13,7 +13,7 @@
 #include "diagd/board/lm75.hpp"
 #include "diagd/core/frr.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/system_cli/export/usage_samplers.hpp"
+#include "diagd/system_cli/usage_samplers.hpp"
 #include "diagd/transceiver/memory/pon_optics.hpp"
 
 namespace diagd {

@@ -1,8 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// How long the system has been running.
+// The clock's commands and the time since the system's start.
 #pragma once
 
 #include "diagd/system_cli/clock_parser.hpp"
+
+namespace diagd {
+
+// Installs the commands, behind the others of the unit.
+void clock_cmd_init() noexcept;
+
+} // namespace diagd
 
 extern "C" {
 

@@ -1,21 +1,50 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Commands on the clock.
+// Commands on the clock and the running time.
 // Failure policy: a clock that cannot be set is said by the programs that set it, on the daemon's streams;
-// the difference is stored and the time shown whatever they did.
-#include "diagd/system_cli/system_commands.hpp"
+// the difference is stored and the time shown whatever they did.  A running time that cannot be read is said
+// on standard output and counts as 0.
+#include "diagd/system_cli/clock_cli.hpp"
 
+#include "base/owner.hpp"
 #include "diagd/core/child_programs.hpp"
 #include "diagd/core/command.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
-#include "diagd/system_cli/clock_parser.hpp"
-#include "diagd/system_cli/running_time.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
+using diagd::config_node;
 using diagd::line_end;
+
+namespace {
+
+// Nothing, with errno set, when the file cannot be read or says no number.
+std::optional<diagd::RunningTime> read_uptime() noexcept
+{
+    const base::File file{std::fopen("/proc/uptime", "re")};
+    if (!file)
+        return std::nullopt;
+    std::array<char, 512> text;
+    errno = EINVAL;
+    return diagd::parse_uptime({text.data(), std::fread(text.data(), 1, text.size(), file.get())});
+}
+
+} // namespace
+
+void system_running_time_get(diagd::RunningTime *time) noexcept
+{
+    *time = {};
+    if (const auto uptime = read_uptime())
+        *time = *uptime;
+    else
+        std::printf("%s error: %s\r\n", __func__, std::strerror(errno));
+}
 
 static std::tm local_time(std::time_t time) noexcept
 {
@@ -113,4 +142,15 @@ DEFUN(show_sys_running_time, show_sys_running_time_cmd, "show sys running-time [
     }
     vty_out(vty, "Syetem Running Time:    %s%s", running.c_str(), line_end);
     return CMD_SUCCESS;
+}
+
+static constexpr diagd::InstallRow commands[] = {
+    {config_node, &config_time_cmd},
+    {config_node, &show_time_cmd},
+    {config_node, &show_sys_running_time_cmd},
+};
+
+void diagd::clock_cmd_init() noexcept
+{
+    install_table(commands);
 }
