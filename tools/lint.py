@@ -141,15 +141,15 @@ class Compilation:
         return sorted(chosen)
 
     def fingerprint(self, name):
-        """Changes with whatever clang-tidy's answer may depend on."""
-        state = hashlib.sha256(self.commands[name].encode())
+        """Changes with whatever clang-tidy's answer may depend on, but for where the project lies."""
+        state = hashlib.sha256(self.commands[name].replace(str(ROOT), "").encode())
         parts = self.closure(name)
         for folder in Path(name).parents:
             config = str(folder / ".clang-tidy")
             if (ROOT / config).is_file():
                 parts[config] = (ROOT / config).read_bytes()
         for stamp in sorted((ROOT / "build/deps/stamp").glob("*")):
-            parts[str(stamp)] = stamp.read_bytes()
+            parts[stamp.name] = stamp.read_bytes()
         for file, content in sorted(parts.items()):
             state.update(f"{file} {len(content)}\n".encode() + content)
         return state.hexdigest()
