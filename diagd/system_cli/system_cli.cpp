@@ -6,9 +6,9 @@
 #include "diagd/core/command.hpp"
 #include "diagd/core/text.hpp"
 #include "diagd/system_cli/clock_cli.hpp"
-#include "diagd/system_cli/usage_samplers.hpp"
 #include "diagd/system_cli/task_list.hpp"
 #include "diagd/system_cli/usage_parser.hpp"
+#include "diagd/system_cli/usage_samplers.hpp"
 
 #include "tq_api.h"
 
