@@ -7,6 +7,7 @@
 #                sysrepo and libyang 1 with their tools
 #   simulator    boardsim, boardctl, the stand-in for the GPIO driver, boards and modules
 #   shell        diagsh
+#   optics       optics, which decodes dumps of modules
 #   development  the C headers of the platform libraries
 # Nothing of it is looked for where the build was: programs find the libraries by their place, in a folder of their
 # own, since a box may have a libfrr of another make.  The manual page of a program goes with it.
@@ -50,6 +51,7 @@ diagd_install(simulator ${libraries_dir} gpio_sim)
 diagd_manual(simulator boardctl.1 boardsim.8)
 diagd_install(shell ${CMAKE_INSTALL_BINDIR} diagsh)
 diagd_manual(shell diagsh.1)
+diagd_install(optics ${CMAKE_INSTALL_BINDIR} optics_program)
 
 install(DIRECTORY ${CMAKE_BINARY_DIR}/yang platform/mibs DESTINATION ${data_dir} COMPONENT platform)
 install(DIRECTORY sim/boards sim/modules DESTINATION ${data_dir} COMPONENT simulator FILES_MATCHING PATTERN *.json)

@@ -60,7 +60,7 @@ def main(folder, *results):
         if status == STOPPED:
             at = running(folder, name)
             report[1].append(f"{name} tests were stopped, the run had its time; running: {', '.join(at) or 'none'}")
-        nothing = not any(report) and status in NOTHING_SELECTED.get(name, ())
+        nothing = not (report[0] or report[1]) and status in NOTHING_SELECTED.get(name, ())
         if status != 0 and not report[1] and not nothing:
             report[1].append(f"{name} tests ended with status {status}; see {folder}/{name}.log")
         for total, part in zip((passed, failed, skipped), report):

@@ -56,6 +56,12 @@ class Summary(unittest.TestCase):
         self.report("system")
         self.assertEqual(self.summary("unit=8", "system=5"), (["0 passed, 0 failed"], 1))
 
+    def test_a_folder_of_tests_that_is_skipped_as_a_whole_selects_nothing(self):
+        self.report("unit", PASSED)
+        self.report("system", SKIPPED)
+        lines, status = self.summary("unit=0", "system=5")
+        self.assertEqual((lines[-1], status), ("1 passed, 0 failed", 0))
+
     def test_stopped_system_tests_are_named_with_what_they_were_at(self):
         self.report("system", PASSED, FAILED)
         (self.folder / "running").mkdir()
