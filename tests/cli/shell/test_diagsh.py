@@ -154,8 +154,12 @@ class Terminal:
         self.slave = slave
         self.shown = b""
         self.process = subprocess.Popen(
-            command, stdin=slave, stdout=slave, stderr=slave, start_new_session=True
+            command, stdin=slave, stdout=slave, stderr=slave, start_new_session=True,
+            preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0),
         )
+
+    def resize(self, rows, columns):
+        fcntl.ioctl(self.slave, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
 
     def type(self, keys):
         os.write(self.master, keys)
@@ -230,6 +234,17 @@ def test_interactive_session_pages_by_the_height_of_the_window(terminal):
     terminal.expect(rb"--More--")
     terminal.type(b"q")
     terminal.expect(rb"olt> $")
+
+
+def test_a_window_that_changes_its_size_changes_the_pages(terminal):
+    terminal.expect(rb"olt> $")
+    for rows in (40, 12, 25):
+        terminal.resize(rows, 100)
+        terminal.type(b"find .\r")
+        page = terminal.expect(rb"--More--")
+        assert page.count(b"\n") == rows, "what was typed, and a page without the line that asks"
+        terminal.type(b"q")
+        terminal.expect(rb"olt> $")
 
 
 def test_control_bracket_leaves_and_gives_the_terminal_back(terminal):
