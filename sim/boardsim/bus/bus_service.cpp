@@ -22,13 +22,8 @@ using board::SimOp;
 using board::SimReply;
 using board::SimRequest;
 
-struct BusService::Handle {
+struct BusService::Handle : BusHandle {
     base::Fd fd;
-    std::uint32_t number = 0;
-    bool opened = false;
-    board::HandleKind kind = board::HandleKind::raw;
-    int bus = 0;
-    int channel = no_channel;
 };
 
 BusService::BusService(EventLoop &loop, SimulatedBoard &board, base::Fd listener)
@@ -62,39 +57,6 @@ void BusService::drop(std::uint32_t number)
     handles_.erase(found);
 }
 
-namespace {
-
-void note_data(Transaction &transaction, std::span<const std::uint8_t> data)
-{
-    transaction.data_size = static_cast<std::uint8_t>(std::min(data.size(), transaction.data.size()));
-    std::copy_n(data.begin(), transaction.data_size, transaction.data.begin());
-}
-
-void note_register(Transaction &transaction, std::uint32_t value, std::uint32_t bytes)
-{
-    transaction.length = bytes;
-    for (std::uint32_t i = 0; i < bytes; ++i)
-        transaction.data[i] = static_cast<std::uint8_t>(value >> 8 * (bytes - 1 - i));
-    transaction.data_size = static_cast<std::uint8_t>(bytes);
-}
-
-Transaction describe(const SimRequest &request)
-{
-    Transaction transaction;
-    transaction.op = request.op;
-    transaction.address = request.address;
-    transaction.reg = request.reg;
-    transaction.thread = request.thread;
-    transaction.thread.back() = '\0';
-    if (request.op == SimOp::phy_read || request.op == SimOp::phy_write) {
-        transaction.phy = static_cast<std::uint32_t>(request.number);
-        transaction.phy_reg = request.value;
-    }
-    return transaction;
-}
-
-} // namespace
-
 void BusService::serve(Handle &handle)
 {
     const ssize_t size = ::recv(handle.fd.get(), packet_.data(), packet_.size(), MSG_TRUNC);
@@ -111,118 +73,30 @@ void BusService::serve(Handle &handle)
         drop(handle.number);
         return;
     }
-    Transaction transaction = describe(request);
-    transaction.handle = handle.number;
-    transaction.bus = static_cast<std::int16_t>(request.op == SimOp::open ? request.number : handle.bus);
-    transaction.channel =
-        static_cast<std::int16_t>(request.op == SimOp::select ? request.number : handle.channel);
-
-    const Faults::Verdict verdict = board_.faults.judge(transaction);
-    std::uint32_t value = 0;
-    in_.clear();
-    const std::span out(packet_.data() + sizeof request, request.length);
-    const int result =
-        verdict.result < 0 ? verdict.result : perform(handle, request, out, transaction, value, in_);
-    transaction.result = result;
-    board_.log.add(transaction);
-    if (verdict.delay_ms == 0) {
-        answer(handle, request, result, value, in_);
+    transact(board_, handle, request, {packet_.data() + sizeof request, request.length}, answer_);
+    if (answer_.delay_ms == 0) {
+        send(handle, request.sequence, answer_);
     } else {
-        loop_.after(std::chrono::milliseconds(verdict.delay_ms),
-                    [this, number = handle.number, request, result, value, data = in_] {
+        loop_.after(std::chrono::milliseconds(answer_.delay_ms),
+                    [this, number = handle.number, sequence = request.sequence, late = answer_] {
                         if (const auto found = handles_.find(number); found != handles_.end())
-                            answer(*found->second, request, result, value, data);
+                            send(*found->second, sequence, late);
                     });
     }
-    if (written_ && result == 0 && (request.op == SimOp::cpld_write || request.op == SimOp::i2c_write))
+    if (written_ && answer_.result == 0 &&
+        (request.op == SimOp::cpld_write || request.op == SimOp::i2c_write))
         written_();
 }
 
-void BusService::answer(const Handle &handle, const SimRequest &request, int result, std::uint32_t value,
-                        std::span<const std::uint8_t> data)
+void BusService::send(const Handle &handle, std::uint32_t sequence, const BusAnswer &answer)
 {
-    SimReply reply{request.sequence, result, value, static_cast<std::uint32_t>(data.size())};
-    iovec parts[2] = {{&reply, sizeof reply}, {const_cast<std::uint8_t *>(data.data()), data.size()}};
+    SimReply reply{sequence, answer.result, answer.value, static_cast<std::uint32_t>(answer.data.size())};
+    iovec parts[2] = {{&reply, sizeof reply},
+                      {const_cast<std::uint8_t *>(answer.data.data()), answer.data.size()}};
     msghdr message{};
     message.msg_iov = parts;
-    message.msg_iovlen = data.empty() ? 1 : 2;
+    message.msg_iovlen = answer.data.empty() ? 1 : 2;
     ::sendmsg(handle.fd.get(), &message, MSG_NOSIGNAL | MSG_DONTWAIT);
-}
-
-int BusService::perform(Handle &handle, const SimRequest &request, std::span<const std::uint8_t> out,
-                        Transaction &transaction, std::uint32_t &value, std::vector<std::uint8_t> &in)
-{
-    const bool on_cpld_bus = handle.bus == board_.description.cpld.bus;
-    const bool through_channel = handle.kind == board::HandleKind::cpld;
-    switch (request.op) {
-    case SimOp::open:
-        if (request.number < 0 || request.number >= board_.description.bus_count)
-            return -ENOENT;
-        handle.opened = true;
-        handle.bus = request.number;
-        handle.kind = request.address != 0 ? board::HandleKind::cpld : board::HandleKind::raw;
-        return 0;
-    case SimOp::i2c_read: {
-        transaction.length = request.value;
-        if (request.value > board::Bus::max_transfer)
-            return -EINVAL;
-        in.resize(request.value);
-        Module *module = through_channel ? board_.module_on(handle.channel) : nullptr;
-        int result = -ENXIO;
-        if (!through_channel)
-            result = board_.read_device(handle.bus, request.address, request.reg, in);
-        else if (module != nullptr)
-            result = module->read(request.address, request.reg, in);
-        if (result < 0)
-            in.clear();
-        note_data(transaction, in);
-        return result;
-    }
-    case SimOp::i2c_write: {
-        transaction.length = request.length;
-        note_data(transaction, out);
-        if (!through_channel)
-            return board_.write_device(handle.bus, request.address, request.reg, out);
-        Module *module = board_.module_on(handle.channel);
-        return module != nullptr ? module->write(request.address, request.reg, out) : -ENXIO;
-    }
-    case SimOp::cpld_read:
-        if (!on_cpld_bus)
-            return -ENXIO;
-        value = board_.cpld.read(request.reg);
-        note_register(transaction, value, 1);
-        return 0;
-    case SimOp::cpld_write:
-        note_register(transaction, request.value, 1);
-        if (!on_cpld_bus)
-            return -ENXIO;
-        board_.cpld.write(request.reg, static_cast<std::uint8_t>(request.value));
-        return 0;
-    case SimOp::select:
-        if (handle.bus != board_.description.multiplexer.bus)
-            return -ENXIO;
-        if (request.number < 0 || request.number >= board_.description.multiplexer.channels)
-            return -EINVAL;
-        handle.channel = request.number;
-        return 0;
-    case SimOp::deselect:
-        if (handle.bus != board_.description.multiplexer.bus)
-            return -ENXIO;
-        handle.channel = no_channel;
-        return 0;
-    case SimOp::phy_read:
-    case SimOp::phy_write: {
-        const std::string interface(request.name.data(), ::strnlen(request.name.data(), request.name.size()));
-        if (request.op == SimOp::phy_write) {
-            note_register(transaction, request.extra, 2);
-            return board_.phys.write(interface, transaction.phy, request.value, request.extra);
-        }
-        const int result = board_.phys.read(interface, transaction.phy, request.value, value);
-        note_register(transaction, value, 2);
-        return result;
-    }
-    }
-    return -EINVAL;
 }
 
 std::vector<std::string> BusService::handles() const

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "sim/boardsim/bus/bus_handle.hpp"
 #include "sim/boardsim/event_loop.hpp"
 #include "sim/boardsim/simulated_board.hpp"
 
@@ -27,10 +28,7 @@ private:
     void accept();
     void serve(Handle &handle);
     void drop(std::uint32_t number);
-    void answer(const Handle &handle, const board::SimRequest &request, int result, std::uint32_t value,
-                std::span<const std::uint8_t> data);
-    int perform(Handle &handle, const board::SimRequest &request, std::span<const std::uint8_t> out,
-                Transaction &transaction, std::uint32_t &value, std::vector<std::uint8_t> &in);
+    static void send(const Handle &handle, std::uint32_t sequence, const BusAnswer &answer);
 
     EventLoop &loop_;
     SimulatedBoard &board_;
@@ -39,7 +37,7 @@ private:
     std::uint32_t last_number_ = 0;
     std::function<void()> written_;
     std::vector<std::uint8_t> packet_;
-    std::vector<std::uint8_t> in_;
+    BusAnswer answer_;
 };
 
 } // namespace sim
