@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// A board with modules in place of the platform libraries (see module_board_double.hpp).
 #include "tests/unit/module_board_double.hpp"
+
+#include "sim/modules/text.hpp"
 
 #include "diagd/core/privileges.hpp"
 
@@ -14,74 +15,76 @@
 #include <cerrno>
 #include <cstring>
 
+using board::SimOp;
+
 ModuleBoardDouble board_double;
 
 namespace {
 
 constexpr int cpld_handle = 7;
+constexpr int failed = -5;
 
-template <class... Args>
-void note(const char *format, Args... args)
+void note(std::string line)
 {
-    std::array<char, 96> line{};
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#pragma GCC diagnostic ignored "-Wformat-security"
-    std::snprintf(line.data(), line.size(), format, args...);
-#pragma GCC diagnostic pop
-    board_double.record.emplace_back(line.data());
+    board_double.record.push_back(std::move(line));
 }
 
-Memory *memory_at(int handle, int address)
+// One transaction through the handle.
+sim::BusAnswer transact(int handle, board::SimRequest request, std::span<const std::uint8_t> out = {})
 {
-    if (handle != cpld_handle)
-        return nullptr;
-    const auto module = board_double.modules.find(board_double.channel);
-    if (module == board_double.modules.end())
-        return nullptr;
-    const auto memory = module->second.find(address);
-    return memory == module->second.end() ? nullptr : &memory->second;
+    sim::BusAnswer answer;
+    request.length = static_cast<std::uint32_t>(out.size());
+    if (handle == cpld_handle)
+        sim::transact(*board_double.board, board_double.handle, request, out, answer);
+    else
+        answer.result = failed;
+    return answer;
 }
 
 } // namespace
 
 void ModuleBoardDouble::reset()
 {
-    *this = ModuleBoardDouble{};
+    record.clear();
+    board.emplace(board::load(OLT8_JSON));
+    handle = {.opened = true, .kind = board::HandleKind::cpld, .bus = board->description.cpld.bus};
+    board_records.clear();
+    semaphore = 1;
+    raised = 0;
 }
 
-Module &ModuleBoardDouble::plug_pon(int port)
+Module ModuleBoardDouble::plug(sim::CageKind kind, int port)
 {
-    cpld[0x0B] = static_cast<std::uint8_t>(cpld[0x0B] | 1 << (port - 1));
-    return modules[port - 1];
+    sim::Cage &cage = *board->cages.find(kind, port);
+    if (!cage.module)
+        cage.plug({.name = "test", .devices = {}});
+    return Module(cage);
 }
 
-Module &ModuleBoardDouble::plug_gigabit(int port)
+void ModuleBoardDouble::pretend_pons()
 {
-    cpld[0x0C] = static_cast<std::uint8_t>(cpld[0x0C] | 1 << (port - 1));
-    return modules[port + 7];
+    for (sim::Cage &cage : board->cages.all())
+        if (cage.kind == sim::CageKind::pon)
+            cage.presence = sim::Presence::stuck_on;
 }
 
 void ModuleBoardDouble::expect_given_back() const
 {
     EXPECT_EQ(semaphore, 1);
     EXPECT_EQ(raised, 0);
-    EXPECT_EQ(channel, -1);
+    EXPECT_EQ(handle.channel, sim::no_channel);
 }
 
 std::string byte_read(int address, int reg)
 {
-    return byte_reads(address, reg, reg).front();
+    return sim::format("I %x:%d 1", static_cast<unsigned>(address), reg);
 }
 
 std::vector<std::string> byte_reads(int address, int first, int last)
 {
     std::vector<std::string> lines;
-    for (int reg = first; reg <= last; ++reg) {
-        std::array<char, 32> line{};
-        std::snprintf(line.data(), line.size(), "I %x:%d 1", static_cast<unsigned>(address), reg);
-        lines.emplace_back(line.data());
-    }
+    for (int reg = first; reg <= last; ++reg)
+        lines.push_back(byte_read(address, reg));
     return lines;
 }
 
@@ -98,23 +101,24 @@ std::vector<std::string> operator+(std::vector<std::string> left, const std::vec
     return left;
 }
 
-void set_word(Memory &memory, int reg, int value)
+void set_word(Memory memory, int reg, int value)
 {
     const auto at = static_cast<std::size_t>(reg);
     memory[at] = static_cast<std::uint8_t>(value >> 8);
     memory[at + 1] = static_cast<std::uint8_t>(value);
 }
 
-void set_text(Memory &memory, int reg, std::string_view text)
+void set_text(Memory memory, int reg, std::string_view text)
 {
-    std::ranges::copy(text, memory.begin() + reg);
+    for (const char letter : text)
+        memory[static_cast<std::size_t>(reg++)] = static_cast<std::uint8_t>(letter);
 }
 
-void make_path(Module &module, int id, int diagnostics, const RawPath &path)
+void make_path(Module module, int id, int diagnostics, const RawPath &path)
 {
     set_word(module[id], 60, path.wavelength_nm);
     module[id][92] = static_cast<std::uint8_t>(path.monitoring);
-    Memory &page = module[diagnostics];
+    const Memory page = module[diagnostics];
     set_word(page, 96, path.temperature);
     set_word(page, 98, path.voltage);
     set_word(page, 100, path.bias);
@@ -165,7 +169,7 @@ int semaphore_v(int)
 struct zebra_privs_t *_zprivs_raise(struct zebra_privs_t *privs, const char *reason)
 {
     ++board_double.raised;
-    note("RAISE %s", reason);
+    note(sim::format("RAISE %s", reason));
     return privs;
 }
 
@@ -176,11 +180,14 @@ void _zprivs_lower(struct zebra_privs_t **privs)
     note("LOWER");
 }
 
+// Whatever bus is opened, the CPLD is there.
 int misc_cpld_i2c_open(int bus)
 {
-    note("OPEN %d", bus);
+    note(sim::format("OPEN %d", bus));
+    const sim::BusAnswer answer = transact(
+        cpld_handle, {.op = SimOp::open, .address = 1, .number = board_double.board->description.cpld.bus});
     errno = ENODEV;
-    return board_double.opens ? cpld_handle : -1;
+    return answer.result == 0 ? cpld_handle : -1;
 }
 
 int misc_cpld_i2c_close(int)
@@ -189,40 +196,38 @@ int misc_cpld_i2c_close(int)
     return 0;
 }
 
-int misc_cpld_i2c_read_byte(int, uint8_t reg, uint8_t *value)
+int misc_cpld_i2c_read_byte(int handle, uint8_t reg, uint8_t *value)
 {
-    note("R %d", reg);
-    if (!board_double.cpld_reads)
+    note(sim::format("R %d", reg));
+    const sim::BusAnswer answer = transact(handle, {.op = SimOp::cpld_read, .reg = reg});
+    if (answer.result != 0)
         return -1;
-    *value = board_double.cpld[reg];
+    *value = static_cast<uint8_t>(answer.value);
     return 0;
 }
 
-int misc_cpld_channel_select(int, int channel)
+int misc_cpld_channel_select(int handle, int channel)
 {
-    note("CH %d", channel);
-    if (!board_double.selects)
-        return -1;
-    board_double.channel = channel;
-    return 0;
+    note(sim::format("CH %d", channel));
+    return transact(handle, {.op = SimOp::select, .number = channel}).result == 0 ? 0 : -1;
 }
 
-int misc_cpld_channel_select_end(int)
+int misc_cpld_channel_select_end(int handle)
 {
     note("CHE");
-    board_double.channel = -1;
-    return 0;
+    return transact(handle, {.op = SimOp::deselect}).result;
 }
 
 int misc_i2c_read(int handle, uint8_t address, uint8_t reg, uint8_t *buf, int len, int zero)
 {
     EXPECT_EQ(zero, 0);
-    note("I %x:%d %d", address, reg, len);
-    const Memory *memory = memory_at(handle, address);
-    if (memory == nullptr || board_double.dead.contains({address, reg}))
-        return -5;
-    for (int i = 0; i < len; ++i)
-        buf[i] = (*memory)[static_cast<std::uint8_t>(reg + i)];
+    note(sim::format("I %x:%d %d", unsigned{address}, reg, len));
+    const sim::BusAnswer answer = transact(
+        handle,
+        {.op = SimOp::i2c_read, .address = address, .reg = reg, .value = static_cast<std::uint32_t>(len)});
+    if (answer.result != 0)
+        return failed;
+    std::ranges::copy(answer.data, buf);
     return len;
 }
 
@@ -230,12 +235,10 @@ int misc_i2c_write(int handle, uint8_t address, uint8_t reg, uint8_t *buf, int l
 {
     EXPECT_EQ(zero, 0);
     EXPECT_EQ(len, 1);
-    note("W %x:%d=%d", address, reg, buf[0]);
-    Memory *memory = memory_at(handle, address);
-    if (memory == nullptr || board_double.dead.contains({address, reg}))
-        return -5;
-    (*memory)[reg] = buf[0];
-    return len;
+    note(sim::format("W %x:%d=%d", unsigned{address}, reg, buf[0]));
+    const std::span out(buf, static_cast<std::size_t>(len));
+    const board::SimRequest request{.op = SimOp::i2c_write, .address = address, .reg = reg};
+    return transact(handle, request, out).result == 0 ? len : failed;
 }
 
 // The rest of board/ reaches what is not there.

@@ -21,14 +21,14 @@ protected:
     void SetUp() override
     {
         board_double.reset();
-        board_double.modules[0][0x50] = {};
-        board_double.modules[0][0x51] = {};
-        board_double.channel = 0;
+        board_double.plug_pon(1)[0x50];
+        board_double.plug_pon(1)[0x51];
+        board_double.handle.channel = 0;
         transceiver_debug_set(0);
     }
 
-    Memory &id_page() { return board_double.modules[0][0x50]; }
-    Memory &diagnostics_page() { return board_double.modules[0][0x51]; }
+    Memory id_page() { return board_double.plug_pon(1)[0x50]; }
+    Memory diagnostics_page() { return board_double.plug_pon(1)[0x51]; }
 
     std::string type_text()
     {
@@ -80,7 +80,7 @@ TEST_F(TransceiverAccess, a_block_is_read_byte_by_byte_and_a_failed_byte_costs_n
     id_page()[10] = 0xAA;
     id_page()[11] = 0xBB;
     id_page()[12] = 0xCC;
-    board_double.dead = {{0x50, 11}};
+    board_double.fail({"any", "addr=0x50", "reg=11"});
     std::array<std::uint8_t, 4> data{1, 2, 3, 4};
     EXPECT_EQ(transceiver_read_block(handle, 0x50, 10, data.data(), 3), 0);
     EXPECT_EQ(data, (std::array<std::uint8_t, 4>{0xAA, 0, 0xCC, 4}));
@@ -122,7 +122,7 @@ TEST_F(TransceiverAccess, writing_data_wraps_at_the_end_of_the_page)
 TEST_F(TransceiverAccess, writing_data_goes_on_after_a_failed_byte)
 {
     transceiver_debug_set(1);
-    board_double.dead = {{0x50, 21}};
+    board_double.fail({"any", "addr=0x50", "reg=21"});
     const std::array<std::uint8_t, 3> data{7, 8, 9};
     testing::internal::CaptureStdout();
     EXPECT_EQ(transceiver_write_data(handle, 0x50, 20, data.data(), 3), 1);
@@ -134,14 +134,15 @@ TEST_F(TransceiverAccess, writing_data_goes_on_after_a_failed_byte)
 
 TEST_F(TransceiverAccess, writing_data_returns_the_low_byte_of_the_last_result)
 {
-    board_double.dead = {{0x50, 21}};
+    board_double.fail({"any", "addr=0x50", "reg=21"});
     const std::array<std::uint8_t, 2> data{7, 8};
     EXPECT_EQ(transceiver_write_data(handle, 0x50, 20, data.data(), 2), 0xFB); // -5
 }
 
 TEST_F(TransceiverAccess, debug_reports_each_failed_access_on_standard_output)
 {
-    board_double.dead = {{0x50, 31}, {0x50, 33}};
+    board_double.fail({"any", "addr=0x50", "reg=31"});
+    board_double.fail({"any", "addr=0x50", "reg=33"});
     std::array<std::uint8_t, 4> data{};
     testing::internal::CaptureStdout();
     transceiver_read_block(handle, 0x50, 30, data.data(), 4); // switched off: silent
@@ -167,7 +168,7 @@ TEST_F(TransceiverAccess, debug_is_one_byte)
 TEST_F(TransceiverAccess, page_select_writes_byte_127_and_ignores_failure)
 {
     EXPECT_EQ(sff_8636_page_select(handle, 3), 0);
-    board_double.dead = {{0x50, 127}};
+    board_double.fail({"any", "addr=0x50", "reg=127"});
     EXPECT_EQ(sff_8636_page_select(handle, 4), 0);
     EXPECT_EQ(board_double.record, lines("W 50:127=3", "W 50:127=4"));
 }
@@ -180,7 +181,7 @@ TEST_F(TransceiverAccess, rssi_select_drives_bit_7_of_byte_118_only)
     EXPECT_EQ(transceiver_rssi_select_set(handle, 0), 0);
     EXPECT_EQ(diagnostics_page()[118], 0x7F);
     EXPECT_EQ(board_double.record, lines("I 51:118 1", "W 51:118=128", "I 51:118 1", "W 51:118=127"));
-    board_double.channel = -1;
+    board_double.handle.channel = -1;
     EXPECT_EQ(transceiver_rssi_select_set(handle, 1), 0);
 }
 

@@ -143,11 +143,11 @@ TEST_F(TransceiverCommands, the_pin_of_a_gigabit_interface_is_set_and_shown)
     vty.session.intf_kind = 1;
     vty.session.port = 3;
     EXPECT_EQ(run(transceiver_rssi_txdis_cmd, "rssi"), CMD_SUCCESS);
-    EXPECT_EQ(board_double.modules[10][0x51][118], 0x40);
+    EXPECT_EQ(board_double.plug_gigabit(3)[0x51][118], 0x40);
     EXPECT_EQ(run(show_transceiver_rssi_txdis_cmd, ""), CMD_SUCCESS);
     EXPECT_TRUE(vty.text().starts_with("Extended Control/Status Register value : 0x40\r\n"));
     EXPECT_EQ(run(transceiver_rssi_txdis_cmd, "txdis"), CMD_SUCCESS);
-    EXPECT_EQ(board_double.modules[10][0x51][118], 0x00);
+    EXPECT_EQ(board_double.plug_gigabit(3)[0x51][118], 0x00);
 }
 
 TEST_F(TransceiverCommands, the_pin_of_an_unknown_kind_is_left_alone_in_silence)

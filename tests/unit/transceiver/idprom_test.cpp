@@ -21,10 +21,10 @@ protected:
     void SetUp() override
     {
         board_double.reset();
-        board_double.channel = 0;
+        board_double.handle.channel = 0;
     }
 
-    static Memory &page(int address) { return board_double.modules[0][address]; }
+    static Memory page(int address) { return board_double.plug_pon(1)[address]; }
 
     static Idprom read(IdpromScope scope)
     {
@@ -135,7 +135,7 @@ TEST_F(IdpromReading, a_text_ends_at_its_first_zero_byte_and_a_failed_byte_is_ze
     page(0x50)[0] = 3;
     set_text(page(0x50), 20, "ACME OPTICS     ");
     set_text(page(0x50), 40, "PART");
-    board_double.dead = {{0x50, 24}};
+    board_double.fail({"any", "addr=0x50", "reg=24"});
     const Idprom idprom = read(IdpromScope::vendor);
     EXPECT_EQ(idprom.vendor_name, "ACME");
     EXPECT_EQ(idprom.part_number, "PART");
@@ -145,7 +145,6 @@ TEST_F(IdpromReading, a_text_ends_at_its_first_zero_byte_and_a_failed_byte_is_ze
 
 TEST_F(IdpromReading, a_module_that_does_not_answer_is_an_sfp_of_zeros)
 {
-    board_double.modules[0] = {};
     const Idprom idprom = read(IdpromScope::all);
     EXPECT_EQ(idprom.family, ModuleFamily::sff8472);
     EXPECT_EQ(idprom.vendor_name, "");

@@ -108,7 +108,7 @@ TEST_F(ModuleListing, the_slot_is_the_word_before_the_in_use_word)
 TEST_F(ModuleListing, port_0_is_listed_but_never_has_a_module)
 {
     install_boards({make_board_record(BOARD_CAPABILITY_PON, {0}, {}, {})});
-    board_double.cpld[0x0B] = 0xFF;
+    board_double.pretend_pons();
     const auto listing = read();
     ASSERT_EQ(listing.size(), 1U);
     EXPECT_EQ(interface_name(listing[0].interface, "GPON"), "GPON 0/0");
@@ -132,7 +132,7 @@ TEST_F(ModuleListing, one_bracket_holds_all_interfaces)
 
 TEST_F(ModuleListing, the_second_path_of_a_combo_module_is_read_with_its_own_units)
 {
-    Module &module = board_double.plug_pon(1);
+    Module module = board_double.plug_pon(1);
     make_path(module, 0x50, 0x51, {.wavelength_nm = 1490});
     make_path(module, 0x58, 0x59, {.wavelength_nm = 1490, .monitoring = 0x10});
     set_word(module[0x59], 76, 0x0100); // bias slope 1, all other constants 0
@@ -146,7 +146,7 @@ TEST_F(ModuleListing, the_second_path_of_a_combo_module_is_read_with_its_own_uni
                                        byte_reads(0x59, 76, 151) + lines("CHE", "R 11", "R 12") + closing);
 }
 
-void make_qsfp(Memory &memory)
+void make_qsfp(Memory memory)
 {
     memory[0] = 0x11;
     set_word(memory, 22, 0xE700); // -25 degrees
@@ -199,7 +199,7 @@ TEST_F(ModuleListing, identity_of_a_qsfp_is_read_between_two_page_selects)
 
 TEST_F(ModuleListing, identity_of_an_sfp_comes_before_its_values)
 {
-    Module &module = board_double.plug_pon(1);
+    Module module = board_double.plug_pon(1);
     make_path(module, 0x50, 0x51);
     set_text(module[0x50], 20, "ACME OPTICS     ");
     set_text(module[0x50], 56, "1.0 ");
@@ -233,14 +233,14 @@ TEST_F(ModuleListing, a_channel_is_ended_after_an_unsupported_module_but_not_aft
     EXPECT_TRUE(std::holds_alternative<std::monostate>(read()[0].module));
     EXPECT_EQ(board_double.record,
               opening + lines("R 11", "CH 0", "I 50:0 1", "CHE", "R 11", "R 12") + closing);
-    board_double.selects = false;
+    board_double.fail({"select"});
     EXPECT_TRUE(std::holds_alternative<std::monostate>(read()[0].module));
     EXPECT_EQ(board_double.record, opening + lines("R 11", "CH 0", "R 11", "R 12") + closing);
 }
 
 TEST_F(ModuleListing, a_cpld_that_does_not_open_gives_nothing)
 {
-    board_double.opens = false;
+    board_double.fail({"open"});
     board_double.record.clear();
     EXPECT_FALSE(read_module_listing("reason", ReadScope::values));
     EXPECT_EQ(board_double.record, opening + lines("V"));

@@ -43,12 +43,12 @@ protected:
     void SetUp() override
     {
         board_double.reset();
-        board_double.channel = 0;
+        board_double.handle.channel = 0;
         cpld_debug = 0;
     }
     void TearDown() override { cpld_debug = 0; }
 
-    Module &module() { return board_double.modules[0]; }
+    Module module() { return board_double.plug_pon(1); }
 
     OpticalReadout read(PathAddress path = first_path)
     {
@@ -83,7 +83,7 @@ TEST_F(OpticalReadoutTest, the_internal_bit_wins_over_the_external_one)
 TEST_F(OpticalReadoutTest, an_externally_calibrated_path_is_read_with_its_constants)
 {
     make_path(module(), 0x50, 0x51, {.monitoring = 0x10});
-    Memory &page = module()[0x51];
+    Memory page = module()[0x51];
     // slope and offset of bias, TX power, temperature, voltage, RX power
     int at = 76;
     for (const int word : {0x0200, 0x0A00, 0x0100, 0x0000, 0x0180, 0x4000, 0x0010, 0x0100, 0x0200, 0x0000}) {
@@ -108,7 +108,7 @@ TEST_F(OpticalReadoutTest, a_module_without_calibration_is_read_from_lower_memor
 {
     for (const int identifier : {0x03, 0x0D, 0x11, 0x0E, 0xFF}) {
         board_double.record.clear();
-        Memory &memory = module()[0x50];
+        Memory memory = module()[0x50];
         memory[0] = static_cast<std::uint8_t>(identifier);
         set_word(memory, 22, -0x1980);
         set_word(memory, 26, 33000);
@@ -122,14 +122,13 @@ TEST_F(OpticalReadoutTest, a_module_without_calibration_is_read_from_lower_memor
 
 TEST_F(OpticalReadoutTest, lower_memory_has_the_units_of_the_paths_wavelength)
 {
-    Memory &memory = module()[0x50];
+    Memory memory = module()[0x50];
     set_word(memory, 60, 1577);
     set_word(memory, 34, 10000);
     set_word(memory, 42, 5000);
     set_word(memory, 50, 10000);
     expect_values(read().xg, 0.0F, 0.0F, 20.0F, 3.0103F, 0.0F);
 
-    module()[0x58] = {};
     set_word(module()[0x58], 60, 1490);
     set_word(module()[0x58], 34, 10000);
     set_word(module()[0x58], 42, 5000);
@@ -223,7 +222,7 @@ TEST_F(OpticalReadoutTest, debugging_says_what_an_externally_calibrated_path_hol
 
 TEST_F(OpticalReadoutTest, debugging_says_what_lower_memory_holds_in_the_order_of_reading)
 {
-    Memory &memory = module()[0x50];
+    Memory memory = module()[0x50];
     for (std::size_t reg = 22; reg < 52; ++reg)
         memory[reg] = static_cast<std::uint8_t>(reg);
     EXPECT_EQ(debug_text(), "cpld i2c read 0x50 register 0x5c value 0x0\r\n"
@@ -234,7 +233,7 @@ TEST_F(OpticalReadoutTest, debugging_says_what_lower_memory_holds_in_the_order_o
 TEST_F(OpticalReadoutTest, debugging_says_that_the_monitoring_type_cannot_be_read)
 {
     make_path(module(), 0x50, 0x51);
-    board_double.dead = {{0x50, 92}};
+    board_double.fail({"any", "addr=0x50", "reg=92"});
     const std::string text = debug_text();
     EXPECT_TRUE(text.starts_with("cpld i2c 7 from 92  read 1 bytes failed, ret -5\r\n")) << text;
     EXPECT_EQ(text.find("register 0x5c"), std::string::npos) << text;
@@ -250,7 +249,7 @@ Lines bracketed(const Lines &work)
 std::optional<OpticalReadout> read_port(PortKind kind, int port,
                                         SelectFailure on_failure = SelectFailure::no_module)
 {
-    board_double.channel = -1;
+    board_double.handle.channel = -1;
     board_double.record.clear();
     const BoardSession board{"test", SessionPolicy::lower_then_release};
     return read_optics(board, kind, port, on_failure);
@@ -278,7 +277,7 @@ TEST_F(OpticalReadoutTest, a_gigabit_socket_has_a_register_of_its_own_and_the_ch
 
 TEST_F(OpticalReadoutTest, a_second_path_with_a_wavelength_is_read_into_the_same_record)
 {
-    Module &combo = board_double.plug_pon(3);
+    Module combo = board_double.plug_pon(3);
     make_path(combo, 0x50, 0x51);
     make_path(combo, 0x58, 0x59, {.wavelength_nm = 1577});
     const auto readout = read_port(PortKind::xgpon, 3);
@@ -292,7 +291,7 @@ TEST_F(OpticalReadoutTest, a_second_path_with_a_wavelength_is_read_into_the_same
 
 TEST_F(OpticalReadoutTest, of_two_paths_of_one_class_the_second_ones_values_stand)
 {
-    Module &module = board_double.plug_pon(1);
+    Module module = board_double.plug_pon(1);
     make_path(module, 0x50, 0x51);
     make_path(module, 0x58, 0x59, {.wavelength_nm = 1535, .temperature = 0x2000});
     const auto readout = read_port(PortKind::gpon, 1);
@@ -308,14 +307,14 @@ TEST_F(OpticalReadoutTest, an_empty_socket_is_not_selected)
         EXPECT_FALSE(read_port(PortKind::gpon, port)) << port;
     EXPECT_FALSE(read_port(PortKind::gigabit_ethernet, 2));
     EXPECT_EQ(board_double.record, bracketed(lines("R 12")));
-    board_double.cpld_reads = false;
+    board_double.fail({"cpld_read"});
     EXPECT_FALSE(read_port(PortKind::gpon, 2)) << "a register that cannot be read";
 }
 
 TEST_F(OpticalReadoutTest, a_channel_that_cannot_be_selected_is_an_empty_socket)
 {
     make_path(board_double.plug_pon(1), 0x50, 0x51);
-    board_double.selects = false;
+    board_double.fail({"select"});
     EXPECT_FALSE(read_port(PortKind::gpon, 1));
     EXPECT_EQ(board_double.record, bracketed(lines("R 11", "CH 0")));
 }
@@ -323,7 +322,7 @@ TEST_F(OpticalReadoutTest, a_channel_that_cannot_be_selected_is_an_empty_socket)
 TEST_F(OpticalReadoutTest, a_channel_that_cannot_be_selected_is_read_and_ended_where_that_is_wanted)
 {
     make_path(board_double.plug_pon(1), 0x50, 0x51);
-    board_double.selects = false;
+    board_double.fail({"select"});
     cpld_debug = 1;
     testing::internal::CaptureStdout();
     const auto readout = read_port(PortKind::gpon, 1, SelectFailure::read_on);

@@ -34,7 +34,7 @@ protected:
 
 TEST_F(SharedPinControl, changes_bit_6_and_keeps_the_others)
 {
-    Memory &page = board_double.plug_pon(3)[0x51];
+    Memory page = board_double.plug_pon(3)[0x51];
     page[118] = 0x00;
     EXPECT_EQ(select(PortKind::gpon, 3),
               opening + lines("R 11", "CH 2", "I 51:118 1", "W 51:118=64") + closing);
@@ -75,14 +75,14 @@ TEST_F(SharedPinControl, of_an_absent_module_and_of_no_port_touches_nothing)
 TEST_F(SharedPinControl, behind_a_channel_that_cannot_be_selected_touches_nothing)
 {
     board_double.plug_pon(1);
-    board_double.selects = false;
+    board_double.fail({"select"});
     EXPECT_EQ(select(PortKind::gpon, 1), opening + lines("R 11", "CH 0") + unreached);
     EXPECT_FALSE(read_pin_control(PortKind::gpon, 1));
 }
 
 TEST_F(SharedPinControl, without_the_cpld_gives_the_board_back_at_once)
 {
-    board_double.opens = false;
+    board_double.fail({"open"});
     EXPECT_EQ(select(PortKind::gpon, 1), opening + lines("V"));
     EXPECT_FALSE(read_pin_control(PortKind::gpon, 1));
 }
@@ -90,7 +90,7 @@ TEST_F(SharedPinControl, without_the_cpld_gives_the_board_back_at_once)
 TEST_F(SharedPinControl, of_a_byte_that_cannot_be_read_starts_from_zero)
 {
     board_double.plug_pon(1)[0x51][118] = 0xFF;
-    board_double.dead = {{0x51, 118}};
+    board_double.fail({"any", "addr=0x51", "reg=118"});
     EXPECT_EQ(select(PortKind::gpon, 1),
               opening + lines("R 11", "CH 0", "I 51:118 1", "W 51:118=64") + closing);
     EXPECT_EQ(read_pin_control(PortKind::gpon, 1), 0);
