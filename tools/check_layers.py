@@ -15,7 +15,7 @@ The layers:
     itself, core and the C API, core itself and the C API.
   - libfrr comes into the daemon through core/frr.hpp only; sysrepo only into files that are free of libfrr,
     because each brings a libyang of its own.
-  - Pure files (decoding, policies, judges, parsers) reach nothing but the standard library.
+  - Pure files (decoding, policies, parsers) reach nothing but the standard library.
   - The platform never includes what is built on it: the daemon, the simulator, the shell.  Within libtqapi sinks
     stand on alarms, and both on system; within libtqdatabase api stands on engine, and both on model, and sysrepo's
     headers come into engine only.
@@ -27,7 +27,7 @@ from pathlib import Path
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^">]+)[">]')
 SOURCES = ("base", "diagd", "module_files", "optics", "platform", "sim", "shell")
-PURE = re.compile(r"(^|/)decode/|^optics/[^/]+$|_(policy|judge|parser)\.[ch]pp$")
+PURE = re.compile(r"(^|/)decode/|^optics/[^/]+$|_(policy|parser)\.[ch]pp$")
 LIBFRR_IN_C = {"vty.h"}  # as libfrr's own files name it
 FRR_DOOR = "diagd/core/frr.hpp"
 C_API = "platform/include/"
@@ -41,7 +41,7 @@ SYSREPO_HOME = "platform/database/engine/"  # in the platform, its headers come 
 
 # What units of the daemon offer each other.
 EXPORTS = {
-    "diagd/alarm_log/export/alarm_log_commands.hpp",
+    "diagd/alarm_log/alarm_log_cli.hpp",
     "diagd/monitors/reset_button/system_reset.hpp",
     "diagd/peers/peers.hpp",
     "diagd/system_cli/usage_samplers.hpp",

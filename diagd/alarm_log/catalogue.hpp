@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace diagd {
@@ -62,5 +63,19 @@ inline constexpr std::array<AlarmRow, TQ_ALARM_COUNT> alarm_rows{{
 {
     return word == "event" ? 1 : 0;
 }
+
+// Ids from what an operator types; nothing stands for what is no id.
+
+// In the low 16 bits of what the platform's lookup of a name gives.
+[[nodiscard]] std::optional<std::uint16_t> alarm_id_in(int looked_up);
+
+// The same in its low 8 bits.
+[[nodiscard]] std::optional<std::uint16_t> short_alarm_id_in(int looked_up);
+
+// In the low 16 bits of a decimal number.
+[[nodiscard]] std::optional<std::uint16_t> typed_alarm_id(const char *number);
+
+// Id of a name; one that is not in the catalogue is said on standard error.
+[[nodiscard]] std::optional<std::uint16_t> find_alarm(const char *name);
 
 } // namespace diagd

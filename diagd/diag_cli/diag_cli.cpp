@@ -3,7 +3,7 @@
 // installed, and the basic commands. Failure policy: all commands succeed on every path.  What the database
 // does not give is shown empty.
 #include "base/printable.hpp"
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/alarm_log/alarm_log_cli.hpp"
 #include "diagd/board/gpio.hpp"
 #include "diagd/board/interface.hpp"
 #include "diagd/core/command.hpp"
@@ -22,9 +22,7 @@
 
 using diagd::config_node;
 using diagd::diagnose_node;
-using diagd::gpon_node;
 using diagd::line_end;
-using diagd::xgpon_node;
 
 // --- nodes
 
@@ -236,90 +234,6 @@ constexpr diagd::InstallRow interface_commands[] = {
     {config_node, &xgpon_config_interface_cmd},
 };
 
-constexpr diagd::InstallRow alarm_log_commands[] = {
-    // Alarm log: record view
-    {config_node, &show_alarm_log_cmd},
-    {config_node, &show_alarm_log_head_cmd},
-    {config_node, &show_alarm_log_tail_cmd},
-    {config_node, &clear_alarm_log_cmd},
-    {config_node, &clear_syslog_cmd},
-
-    // Alarm log: remote servers and flash
-    {config_node, &enable_alarm_log_server_cmd},
-    {config_node, &config_alarm_log_server_ipv4_cmd},
-    {config_node, &config_syslog_server_ipv4_cmd},
-    {config_node, &delete_alarm_log_server_ipv4_cmd},
-    {config_node, &delete_syslog_server_ipv4_cmd},
-    {config_node, &config_alarm_log_server_ipv6_cmd},
-    {config_node, &config_syslog_server_ipv6_cmd},
-    {config_node, &delete_alarm_log_server_ipv6_cmd},
-    {config_node, &delete_syslog_server_ipv6_cmd},
-    {config_node, &show_alarm_log_server_cmd},
-    {config_node, &config_alarm_log_flash_cmd},
-    {config_node, &config_syslog_flash_cmd},
-    {config_node, &show_alarm_log_flash_cmd},
-    {config_node, &save_alarm_log_flash_cmd},
-    {config_node, &clear_alarm_log_flash_cmd},
-
-    // Alarm log: configuration of the alarms
-    {config_node, &show_alarm_log_cfg_cmd},
-    {config_node, &show_alarm_log_cfg_name_cmd},
-    {config_node, &show_alarm_log_cfg_id_cmd},
-    {config_node, &alarm_log_global_alarm_action_cmd},
-    {config_node, &alarm_global_alarm_action_cmd},
-    {config_node, &alarm_log_global_alarm_level_cmd},
-    {config_node, &alarm_log_global_event_action_cmd},
-    {config_node, &alarm_global_event_action_cmd},
-    {config_node, &alarm_log_global_event_level_cmd},
-    {config_node, &alarm_log_pon_alarm_action_cmd},
-    {config_node, &alarm_pon_alarm_action_cmd},
-    {config_node, &alarm_log_pon_alarm_level_cmd},
-    {config_node, &alarm_log_pon_event_action_cmd},
-    {config_node, &alarm_pon_event_action_cmd},
-    {config_node, &alarm_log_pon_event_level_cmd},
-    {config_node, &alarm_log_onu_alarm_action_cmd},
-    {config_node, &alarm_onu_alarm_action_cmd},
-    {config_node, &alarm_log_onu_alarm_level_cmd},
-    {config_node, &alarm_log_onu_event_action_cmd},
-    {config_node, &alarm_onu_event_action_cmd},
-    {config_node, &alarm_log_onu_event_level_cmd},
-    {config_node, &alarm_log_routing_alarm_action_cmd},
-    {config_node, &alarm_routing_alarm_action_cmd},
-    {config_node, &alarm_log_routing_alarm_level_cmd},
-    {config_node, &alarm_log_routing_event_action_cmd},
-    {config_node, &alarm_routing_event_action_cmd},
-    {config_node, &alarm_log_routing_event_level_cmd},
-    {config_node, &alarm_log_all_action_cmd},
-    {config_node, &alarm_all_action_cmd},
-    {config_node, &alarm_name_action_cmd},
-    {config_node, &alarm_event_all_action_cmd},
-    {config_node, &alarm_event_default_action_cmd},
-
-    // Alarm log: board thresholds and running configuration
-    {config_node, &alarm_log_global_threshold_set_cmd},
-    {config_node, &alarm_log_global_threshold_unset_cmd},
-    {config_node, &alarm_global_threshold_set_cmd},
-    {config_node, &alarm_global_threshold_unset_cmd},
-    {config_node, &show_alarm_log_running_config_cmd},
-
-    // Alarm log: test records
-    {config_node, &alarm_log_debug_cmd},
-
-    // Thresholds of a PON interface, each command into both interface nodes
-    {gpon_node, &alarm_log_pon_threshold_enable_cmd},
-    {xgpon_node, &alarm_log_pon_threshold_enable_cmd},
-    {gpon_node, &alarm_log_pon_threshold_disable_cmd},
-    {xgpon_node, &alarm_log_pon_threshold_disable_cmd},
-    {gpon_node, &cli_pon_alarm_disable_cmd},
-    {xgpon_node, &cli_pon_alarm_disable_cmd},
-    {gpon_node, &cli_pon_alarm_enable_cmd},
-    {xgpon_node, &cli_pon_alarm_enable_cmd},
-    {gpon_node, &alarm_log_no_pon_threshold_enable_cmd},
-    {xgpon_node, &alarm_log_no_pon_threshold_enable_cmd},
-    {gpon_node, &alarm_log_pon_threshold_show_cmd},
-    {xgpon_node, &alarm_log_pon_threshold_show_cmd},
-};
-
 constexpr diagd::InstallRow basic_commands[] = {
     {diagnose_node, &show_debugging_cmd},    {diagnose_node, &pon_reset_cmd},
     {diagnose_node, &gpio_system_reset_cmd}, {config_node, &show_version_cmd},
@@ -336,7 +250,7 @@ int diag_cmd_init()
     install_node(&gpon_cmd_node);
     install_node(&xgpon_cmd_node);
     diagd::install_table(interface_commands);
-    diagd::install_table(alarm_log_commands);
+    diagd::install_alarm_log_commands();
     diagd::install_table(basic_commands);
     return 0;
 }

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Action switches of alarms.
+// Actions of alarms in the database.
 #include "diagd/alarm_log/actions/alarm_action.hpp"
 
+#include "base/owner.hpp"
 #include "diagd/core/state.hpp"
+
+#include "tq_api.h"
 
 namespace diagd {
 
@@ -54,6 +57,18 @@ bool default_of(const tq_alarm_info_t &entry, std::string_view action)
         return false;
     });
     return on;
+}
+
+std::optional<AlarmConfiguration> read_alarm_configuration()
+{
+    char *xml = nullptr;
+    const int result = db_olt_alarm_log_show_xml_alarm_id(&g_diagd_db, &xml);
+    const base::MallocText owner{xml};
+    if (result < 0)
+        return std::nullopt;
+    AlarmConfiguration configuration{};
+    parsing_alarm_list_xml_data(xml, configuration.data());
+    return configuration;
 }
 
 } // namespace diagd

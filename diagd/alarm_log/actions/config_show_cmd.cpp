@@ -3,28 +3,36 @@
 // Failure policy: an alarm that cannot be read has no row; a whole table that cannot be read is one line of
 // text.
 #include "diagd/alarm_log/actions/alarm_action.hpp"
-#include "diagd/alarm_log/alarm_id.hpp"
 #include "diagd/alarm_log/catalogue.hpp"
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
-#include "diagd/alarm_log/running_config/alarm_configuration.hpp"
+#include "diagd/alarm_log/command_tables.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
+
+#include <algorithm>
+#include <array>
 
 using namespace diagd;
 
 namespace {
 
+// In the order of the actions.
 using Switches = std::array<bool, action_switches.size()>;
+
+// A column for each action, and the end of the line.
+template <typename Text>
+void print_actions(struct vty *vty, Text text_of)
+{
+    for (std::size_t i = 0; i < action_switches.size(); ++i) {
+        const std::string_view text = text_of(i);
+        vty_out(vty, " %-8.*s", print_length(text), text.data());
+    }
+    vty_out(vty, "\n");
+}
 
 void print_header(struct vty *vty)
 {
-    vty_out(vty, "%-4s %-25s %-30s %-10s %-10s %-8s %-8s %-8s %-8s %-8s\n", "id", "name", "description",
-            "level", "type", "class", "print", "record", "trap", "remote");
-}
-
-const char *text_of(bool on)
-{
-    return on ? "enable" : "disable";
+    vty_out(vty, "%-4s %-25s %-30s %-10s %-10s %-8s", "id", "name", "description", "level", "type", "class");
+    print_actions(vty, [](std::size_t i) { return action_switches[i].word; });
 }
 
 void print_row(struct vty *vty, std::uint16_t id, std::string_view level, const Switches &on)
@@ -33,10 +41,10 @@ void print_row(struct vty *vty, std::uint16_t id, std::string_view level, const 
     const std::string_view description = alarm_description(id);
     const std::string_view type = alarm_type_name(id);
     const std::string_view class_name = alarm_class_name(id);
-    vty_out(vty, "%-4d %-25.*s %-30.*s %-10.*s %-10.*s %-8.*s %-8s %-8s %-8s %-8s\n", id, print_length(name),
-            name.data(), print_length(description), description.data(), print_length(level), level.data(),
-            print_length(type), type.data(), print_length(class_name), class_name.data(), text_of(on[0]),
-            text_of(on[1]), text_of(on[2]), text_of(on[3]));
+    vty_out(vty, "%-4d %-25.*s %-30.*s %-10.*s %-10.*s %-8.*s", id, print_length(name), name.data(),
+            print_length(description), description.data(), print_length(level), level.data(),
+            print_length(type), type.data(), print_length(class_name), class_name.data());
+    print_actions(vty, [&on](std::size_t i) { return on[i] ? "enable" : "disable"; });
 }
 
 void show_alarm(struct vty *vty, std::uint16_t id)
@@ -135,9 +143,21 @@ DEFUN(show_alarm_log_cfg, show_alarm_log_cfg_cmd,
     print_header(vty);
     for (std::uint16_t id = 0; id < TQ_ALARM_COUNT; ++id) {
         const tq_alarm_cfg_t &one = (*configuration)[id];
-        if (is_selected(tq_alarm_log_info[id], argv[2]->text))
-            print_row(vty, id, field_text(one.level),
-                      {one.print != 0, one.record != 0, one.trap != 0, one.remote != 0});
+        if (!is_selected(tq_alarm_log_info[id], argv[2]->text))
+            continue;
+        Switches on;
+        std::ranges::transform(action_switches, on.begin(),
+                               [&one](const ActionSwitch &action) { return one.*action.configured != 0; });
+        print_row(vty, id, field_text(one.level), on);
     }
     return CMD_SUCCESS;
 }
+
+namespace {
+constexpr InstallRow commands[] = {
+    {config_node, &show_alarm_log_cfg_cmd},
+    {config_node, &show_alarm_log_cfg_name_cmd},
+    {config_node, &show_alarm_log_cfg_id_cmd},
+};
+} // namespace
+constinit const CommandTable diagd::configuration_show_commands{commands};

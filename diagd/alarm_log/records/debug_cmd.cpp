@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Hidden command that files a test record.  It takes no semaphore itself: cli_log does.
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
-
+#include "diagd/alarm_log/command_tables.hpp"
 #include "diagd/alarm_log/records/debug_message.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
@@ -10,6 +9,8 @@
 
 #include <cstdlib>
 #include <string>
+
+using namespace diagd;
 
 // Number that follows the keyword, 0 when it is not given.
 static std::uint32_t number_argument(int argc, struct cmd_token *argv[], const char *keyword)
@@ -50,10 +51,17 @@ DEFUN_HIDDEN(alarm_log_debug, alarm_log_debug_cmd,
     request.onu = number_argument(argc, argv, "onu");
     request.onu_port = number_argument(argc, argv, "onu-port");
     if (const char *const mac = cmd_parase_parameters(argc, argv, "mac"))
-        diagd::fill_field({reinterpret_cast<char *>(request.mac), sizeof(request.mac)}, mac);
+        fill_field({reinterpret_cast<char *>(request.mac), sizeof(request.mac)}, mac);
     request.state = number_argument(argc, argv, "state");
 
     const char *const typed = cmd_parase_parameters(argc, argv, "message");
-    const std::string message = diagd::decode_debug_message(typed != nullptr ? typed : "");
+    const std::string message = decode_debug_message(typed != nullptr ? typed : "");
     return cli_log(&g_diagd_db, &request, "%s", message.c_str());
 }
+
+namespace {
+constexpr InstallRow commands[] = {
+    {config_node, &alarm_log_debug_cmd},
+};
+} // namespace
+constinit const CommandTable diagd::debug_commands{commands};

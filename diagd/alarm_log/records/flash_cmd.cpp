@@ -3,20 +3,23 @@
 // Failure policy: saving begins with emptying the file, so whatever fails after that has lost what was saved
 // before; no record is ever half saved, and each failure is one line.  The store's semaphore is held until
 // the flash has everything: other writers wait, but the file is one moment's content of the store.
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
-
-#include "diagd/alarm_log/actions/level_words.hpp"
-#include "diagd/alarm_log/records/attached_store.hpp"
-#include "diagd/alarm_log/records/flash_file.hpp"
+#include "base/owner.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
+#include "diagd/alarm_log/command_tables.hpp"
 #include "diagd/alarm_log/records/record_chain.hpp"
+#include "diagd/alarm_log/syntax.hpp"
 #include "diagd/board/semaphore.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 
 #include "tq_api.h"
 
-#include <cerrno>
+#include <stdio_ext.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
 
 using namespace diagd;
 
@@ -46,12 +49,64 @@ private:
     bool is_changed_ = true;
 };
 
+constexpr const char *flash_file_path = "/media/config/var/alarm_log.log";
+
 base::File open_and_tell(struct vty *vty, const char *mode)
 {
-    base::File file = open_flash_file(mode);
+    base::File file{std::fopen(flash_file_path, mode)};
     if (!file)
         vty_out(vty, "open flash log file %s failed\n", flash_file_path);
     return file;
+}
+
+// Length of the line, negative with errno set when it cannot be written.
+int print_record(std::FILE *stream, const tq_alarm_slot_t &slot) noexcept
+{
+    const std::string_view level = alarm_level_name(slot.level);
+    const std::string_view name = alarm_name(slot.alarm_id);
+    const std::string_view description = alarm_description(slot.alarm_id);
+    const std::string_view message = field_text(slot.message);
+    return std::fprintf(stream, "[%4d/%02d/%02d %02d:%02d:%02d] [%.*s] [%.*s] [%.*s] : %.*s\n", slot.year,
+                        slot.mon, slot.mday, slot.hour, slot.min, slot.sec, print_length(level), level.data(),
+                        print_length(name), name.data(), print_length(description), description.data(),
+                        print_length(message), message.data());
+}
+
+// Writes a line for each valid record of the level and above, oldest first.  A line that does not fit into
+// the flash ends it, and nothing of that line stays in the file.  0, or the errno of what failed.
+int write_records(std::FILE *stream, const RecordChain &chain, int level) noexcept
+{
+    // A line at a time, so that it is known which was the last that the flash took.
+    std::setvbuf(stream, nullptr, _IOLBF, BUFSIZ);
+    off_t written = 0;
+    int error = 0;
+    chain.walk(chain.head(), [&](const tq_alarm_slot_t &slot) {
+        if (slot.valid == 0 || slot.level < level)
+            return true;
+        const int length = print_record(stream, slot);
+        if (length < 0) {
+            error = errno;
+            return false;
+        }
+        written += length;
+        return true;
+    });
+    if (error != 0) {
+        __fpurge(stream); // or closing would write what is left of the line
+        if (ftruncate(fileno(stream), written) != 0)
+            error = errno;
+    }
+    return error;
+}
+
+// Makes the file everybody's and brings it to the flash.  0, or the errno of what failed.
+int sync_flash_file(std::FILE *stream) noexcept
+{
+    int error = std::fflush(stream) == 0 ? 0 : errno;
+    fchmod(fileno(stream), 0777); // a file that only root may read is saved nevertheless
+    if (fsync(fileno(stream)) != 0)
+        error = errno;
+    return error;
 }
 
 void save_records(struct vty *vty)
@@ -80,9 +135,9 @@ void save_records(struct vty *vty)
 
 } // namespace
 
-DEFUN(config_alarm_log_flash, config_alarm_log_flash_cmd, "alarm-log flash level " LEVEL_WORDS,
+DEFUN(config_alarm_log_flash, config_alarm_log_flash_cmd, "alarm-log flash level " LEVEL_SYNTAX,
       "Alarm log.\n"
-      "Specify log flash.\n" LEVEL_STR)
+      "Specify log flash.\n" LEVEL_HELP)
 {
     char level[16];
     copy_text(level, argv[3]->text);
@@ -92,9 +147,9 @@ DEFUN(config_alarm_log_flash, config_alarm_log_flash_cmd, "alarm-log flash level
     return CMD_SUCCESS;
 }
 
-ALIAS_HIDDEN(config_alarm_log_flash, config_syslog_flash_cmd, "syslog flash level " LEVEL_WORDS,
+ALIAS_HIDDEN(config_alarm_log_flash, config_syslog_flash_cmd, "syslog flash level " LEVEL_SYNTAX,
              "Alarm log.\n"
-             "Specify log flash.\n" LEVEL_STR)
+             "Specify log flash.\n" LEVEL_HELP)
 
 DEFUN(show_alarm_log_flash, show_alarm_log_flash_cmd, "show alarm-log flash level",
       "Show information.\n"
@@ -141,3 +196,12 @@ DEFUN(clear_alarm_log_flash, clear_alarm_log_flash_cmd, "clear alarm-log flash",
         sync();
     return CMD_SUCCESS;
 }
+
+namespace {
+constexpr InstallRow commands[] = {
+    {config_node, &config_alarm_log_flash_cmd}, {config_node, &config_syslog_flash_cmd},
+    {config_node, &show_alarm_log_flash_cmd},   {config_node, &save_alarm_log_flash_cmd},
+    {config_node, &clear_alarm_log_flash_cmd},
+};
+} // namespace
+constinit const CommandTable diagd::flash_commands{commands};

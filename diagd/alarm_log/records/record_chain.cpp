@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Walking the chain of alarm records.
+// Walks and selections over the chain of alarm records.
 #include "diagd/alarm_log/records/record_chain.hpp"
 
 namespace diagd {
@@ -15,6 +15,53 @@ std::uint32_t RecordChain::newest(std::uint16_t count) const noexcept
         index = at->prev;
     }
     return index;
+}
+
+static bool selected(const tq_alarm_slot_t &slot, LevelFilter level)
+{
+    return slot.valid != 0 && (level == TQ_ALARM_LEVEL_ALL || slot.level == level);
+}
+
+int view_all(const RecordChain &chain, LevelFilter level, const RecordSink &sink)
+{
+    int shown = 0;
+    chain.walk(chain.head(), [&](const tq_alarm_slot_t &slot) {
+        if (selected(slot, level)) {
+            sink(slot);
+            ++shown;
+        }
+        return true;
+    });
+    return shown;
+}
+
+void view_oldest(const RecordChain &chain, std::uint16_t count, const RecordSink &sink)
+{
+    std::uint16_t left = count;
+    chain.walk(chain.head(), [&](const tq_alarm_slot_t &slot) {
+        if (slot.valid != 0)
+            sink(slot);
+        return --left != 0;
+    });
+}
+
+void view_newest(const RecordChain &chain, std::uint16_t count, const RecordSink &sink)
+{
+    chain.walk(chain.newest(count), [&](const tq_alarm_slot_t &slot) {
+        if (slot.valid != 0)
+            sink(slot);
+        return true;
+    });
+}
+
+void delete_records(const RecordChain &chain, LevelFilter level)
+{
+    tq_alarm_store_t &store = chain.store();
+    chain.walk(chain.head(), [&](tq_alarm_slot_t &slot) {
+        if (selected(slot, level))
+            tq_alarm_log_delete_by_index(&store, &store.slot[0], &slot);
+        return true;
+    });
 }
 
 } // namespace diagd

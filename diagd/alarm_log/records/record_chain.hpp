@@ -1,14 +1,24 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Walking the chain of alarm records in the shared store.  Failure policy: other processes write the store,
-// so no index is trusted; one outside the store ends the walk, and no walk makes more steps than the store
-// has slots.  The caller holds the store's semaphore.
+// The chain of alarm records in the shared store, and what the commands see and remove of it.
+// Failure policy: other processes write the store, so no index is trusted; one outside the store ends the
+// walk, and no walk makes more steps than the store has slots.  The caller holds the store's semaphore.
 #pragma once
 
-#include "tq_types.h"
+#include "tq_api.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace diagd {
+
+// Attaches the store on first use; null with errno set when there is none.  The caller holds
+// alarm_log_sem_id.
+[[nodiscard]] inline tq_alarm_store_t *attached_store() noexcept
+{
+    if (tq_alarm_log_shm_pointer == nullptr)
+        tq_alarm_log_shm_pointer = tq_alarm_log_get_shm_pointer();
+    return tq_alarm_log_shm_pointer;
+}
 
 class RecordChain {
 public:
@@ -55,5 +65,22 @@ private:
     tq_alarm_store_t *store_;
     std::uint32_t capacity_;
 };
+
+// 0..7, or TQ_ALARM_LEVEL_ALL for records of every level.  A level selects exactly itself, not what is above.
+using LevelFilter = std::uint8_t;
+
+using RecordSink = std::function<void(const tq_alarm_slot_t &)>;
+
+// Valid records of the level, oldest first.  Returns how many.
+int view_all(const RecordChain &chain, LevelFilter level, const RecordSink &sink);
+
+// The `count` oldest slots: a slot without a record uses up one of them and shows nothing.
+void view_oldest(const RecordChain &chain, std::uint16_t count, const RecordSink &sink);
+
+// The `count` newest slots, oldest of them first, counted in the same way.
+void view_newest(const RecordChain &chain, std::uint16_t count, const RecordSink &sink);
+
+// Has the alarm library delete the valid records of the level.
+void delete_records(const RecordChain &chain, LevelFilter level);
 
 } // namespace diagd

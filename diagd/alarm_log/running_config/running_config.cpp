@@ -2,14 +2,13 @@
 // Writers of the running configuration.
 // Failure policy: a setting that cannot be read has no line.  The switches of the remote servers always have
 // one, because start-up switches them off.
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
+#include "diagd/alarm_log/alarm_log_cli.hpp"
 
 #include "diagd/alarm_log/actions/alarm_action.hpp"
 #include "diagd/alarm_log/catalogue.hpp"
-#include "diagd/alarm_log/running_config/alarm_configuration.hpp"
+#include "diagd/alarm_log/command_tables.hpp"
 #include "diagd/alarm_log/servers/remote_server.hpp"
-#include "diagd/alarm_log/thresholds/pon_threshold_text.hpp"
-#include "diagd/alarm_log/thresholds/threshold_store.hpp"
+#include "diagd/alarm_log/thresholds/thresholds.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 
@@ -47,13 +46,12 @@ void write_alarm(struct vty *vty, std::uint16_t id, const tq_alarm_cfg_t &config
         vty_out(vty, "alarm-log %.*s %.*s level %.*s%s", print_length(class_name), class_name.data(),
                 print_length(name), name.data(), print_length(level), level.data(), line_end);
 
-    const std::uint32_t on[] = {configured.print, configured.record, configured.trap, configured.remote};
-    for (std::size_t i = 0; i < action_switches.size(); ++i) {
-        const ActionSwitch &one = action_switches[i];
-        if ((on[i] != 0) != ((entry.default_actions & one.default_bit) != 0))
+    for (const ActionSwitch &one : action_switches) {
+        const bool on = configured.*one.configured != 0;
+        if (on != ((entry.default_actions & one.default_bit) != 0))
             vty_out(vty, "alarm-log %.*s %.*s %s %.*s%s", print_length(class_name), class_name.data(),
-                    print_length(name), name.data(), on[i] != 0 ? "enable" : "disable",
-                    print_length(one.word), one.word.data(), line_end);
+                    print_length(name), name.data(), on ? "enable" : "disable", print_length(one.word),
+                    one.word.data(), line_end);
     }
 }
 
@@ -106,12 +104,12 @@ void write_board_thresholds(struct vty *vty, std::size_t i)
 }
 
 // libfrr writes the line that opens the interface only when a line follows.
-void write_interfaces(struct vty *vty, const char *kind, PortKind type)
+void write_interfaces(struct vty *vty, const char *name, PortKind kind)
 {
-    const auto &ports = thresholds_of(type);
+    const auto &ports = thresholds_of(kind);
     const auto last = std::min(intf.last_port, static_cast<std::uint32_t>(ports.size()));
     for (std::uint32_t port = std::max(intf.first_port, 1U); port <= last; ++port) {
-        vty_frame(vty, "interface %s 0/%u\n", kind, port);
+        vty_frame(vty, "interface %s 0/%u\n", name, port);
         const PonPortThresholds &thresholds = ports[port - 1];
         for (std::size_t i = 0; i < thresholds.size(); ++i) {
             if (thresholds[i].enabled != 0)
@@ -157,3 +155,10 @@ DEFUN(show_alarm_log_running_config, show_alarm_log_running_config_cmd, "show ru
     alarm_log_config_write(vty);
     return CMD_SUCCESS;
 }
+
+namespace {
+constexpr InstallRow commands[] = {
+    {config_node, &show_alarm_log_running_config_cmd},
+};
+} // namespace
+constinit const CommandTable diagd::running_config_commands{commands};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Database callbacks of the remote log server's settings.  The one file that sees sysrepo's headers: they
 // bring another libyang than libfrr's, so it must not include frr.hpp.
-#include "diagd/alarm_log/servers/remote_change.hpp"
+#include "diagd/alarm_log/servers/remote_server.hpp"
 
 #include "tq_database.h"
 

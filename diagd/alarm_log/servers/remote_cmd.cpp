@@ -3,8 +3,7 @@
 // the database.
 // Failure policy: a value that the database refuses is said in one line and does not keep the next from being
 // stored.
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
-
+#include "diagd/alarm_log/command_tables.hpp"
 #include "diagd/alarm_log/servers/remote_server.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
@@ -172,3 +171,14 @@ DEFUN(show_alarm_log_server, show_alarm_log_server_cmd, "show alarm-log remote s
     }
     return CMD_SUCCESS;
 }
+
+namespace {
+constexpr InstallRow commands[] = {
+    {config_node, &enable_alarm_log_server_cmd},   {config_node, &config_alarm_log_server_ipv4_cmd},
+    {config_node, &config_syslog_server_ipv4_cmd}, {config_node, &delete_alarm_log_server_ipv4_cmd},
+    {config_node, &delete_syslog_server_ipv4_cmd}, {config_node, &config_alarm_log_server_ipv6_cmd},
+    {config_node, &config_syslog_server_ipv6_cmd}, {config_node, &delete_alarm_log_server_ipv6_cmd},
+    {config_node, &delete_syslog_server_ipv6_cmd}, {config_node, &show_alarm_log_server_cmd},
+};
+} // namespace
+constinit const CommandTable diagd::remote_server_commands{commands};

@@ -2,6 +2,8 @@
 // The remote log servers, one of each address family, in the database.
 #pragma once
 
+#include "diagd/core/state.hpp"
+
 #include "tq_database.h"
 
 #include <cstddef>
@@ -62,9 +64,36 @@ struct ServerAddress {
 };
 
 // A switch that cannot be read is off.
-[[nodiscard]] bool is_enabled(const RemoteServer &server);
+[[nodiscard]] inline bool is_enabled(const RemoteServer &server)
+{
+    std::uint8_t enabled = 0;
+    int length = sizeof enabled;
+    return server.get_enable(&g_diagd_db, &enabled, &length) == 0 && enabled != 0;
+}
 
 // Nothing unless both address and port can be read; the port is asked for only behind an address.
-[[nodiscard]] std::optional<ServerAddress> read_address(const RemoteServer &server);
+[[nodiscard]] inline std::optional<ServerAddress> read_address(const RemoteServer &server)
+{
+    ServerAddress address{};
+    int length = largest_address_size;
+    if (server.get_address(&g_diagd_db, address.text, &length) != 0)
+        return std::nullopt;
+    length = sizeof address.port;
+    if (server.get_port(&g_diagd_db, &address.port, &length) != 0)
+        return std::nullopt;
+    return address;
+}
 
 } // namespace diagd
+
+// Callbacks of the database.  Every change is accepted: whoever forwards records reads the settings from the
+// database.  They run on a thread of the database library and must not log.
+int alarm_log_remote_server_ip_addr_change_cb(void *session, const char *module, const char *xpath, int event,
+                                              std::uint32_t request, void *priv);
+int alarm_log_remote_server_port_change_cb(void *session, const char *module, const char *xpath, int event,
+                                           std::uint32_t request, void *priv);
+// Provide nothing: the values are configuration, not state.
+int alarm_log_remote_server_ip_addr_get_cb(void *session, const char *module, const char *xpath,
+                                           std::uint32_t request, void **parent, void *priv);
+int alarm_log_remote_server_port_get_cb(void *session, const char *module, const char *xpath,
+                                        std::uint32_t request, void **parent, void *priv);

@@ -4,11 +4,10 @@
 // Failure policy: numbers that are refused change nothing, except that the older forms have switched their
 // action already; when the database refuses the last change of a command, none of them is made.
 #include "diagd/alarm_log/actions/action_cmd.hpp"
-#include "diagd/alarm_log/actions/alarm_action.hpp"
+#include "diagd/alarm_log/actions/alarm_syntax.hpp"
 #include "diagd/alarm_log/apply_lock.hpp"
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
-#include "diagd/alarm_log/thresholds/threshold_store.hpp"
-#include "diagd/alarm_log/thresholds/threshold_words.hpp"
+#include "diagd/alarm_log/command_tables.hpp"
+#include "diagd/alarm_log/thresholds/threshold_syntax.hpp"
 
 #include "tq_alarms.h"
 
@@ -18,30 +17,31 @@ namespace {
 
 constexpr const char *function_name = "cli_threshold_alarm_config";
 
-constexpr auto set_words = [] {
-    return words_with_choice("alarm-log threshold", board_alarm_names, "enable WORD WORD");
+constexpr auto set_syntax = [] {
+    return syntax_with_choice("alarm-log threshold", board_alarm_names, "enable WORD WORD");
 };
 constexpr auto set_help = [] {
-    return help_with_choice("Alarm log.\nThresholds.\n", board_alarm_names, THRESHOLD_VALUES_STR);
+    return help_with_choice("Alarm log.\nThresholds.\n", board_alarm_names, THRESHOLD_ENABLE_HELP);
 };
-constexpr auto unset_words = [] {
-    return words_with_choice("alarm-log threshold", board_alarm_names, "disable");
+constexpr auto unset_syntax = [] {
+    return syntax_with_choice("alarm-log threshold", board_alarm_names, "disable");
 };
 constexpr auto unset_help = [] {
-    return help_with_choice("Alarm log.\nThresholds.\n", board_alarm_names, THRESHOLD_DISABLE_STR);
+    return help_with_choice("Alarm log.\nThresholds.\n", board_alarm_names, THRESHOLD_DISABLE_HELP);
 };
-constexpr auto old_set_words = [] {
-    return words_with_choice("alarm", board_alarm_names, ACTION_WORDS " enable WORD WORD");
+constexpr auto old_set_syntax = [] {
+    return syntax_with_choice("alarm", board_alarm_names, action_syntax() + " enable WORD WORD");
 };
 constexpr auto old_set_help = [] {
-    return help_with_choice("Configuration of alarms.\n", board_alarm_names, ACTION_STR THRESHOLD_VALUES_STR);
+    return help_with_choice("Configuration of alarms.\n", board_alarm_names,
+                            action_help() + THRESHOLD_ENABLE_HELP);
 };
-constexpr auto old_unset_words = [] {
-    return words_with_choice("alarm", board_alarm_names, ACTION_WORDS " disable");
+constexpr auto old_unset_syntax = [] {
+    return syntax_with_choice("alarm", board_alarm_names, action_syntax() + " disable");
 };
 constexpr auto old_unset_help = [] {
     return help_with_choice("Configuration of alarms.\n", board_alarm_names,
-                            ACTION_STR THRESHOLD_DISABLE_STR);
+                            action_help() + THRESHOLD_DISABLE_HELP);
 };
 
 // All four, pending; the result is that of the last.
@@ -65,7 +65,7 @@ void finish(ApplyLock &lock, int last_code)
 
 void enable(struct vty *vty, const char *name, const char *alarm, const char *clear)
 {
-    const std::size_t i = place_of(name, board_alarm_names);
+    const std::size_t i = index_of(name, board_alarm_names);
     if (!typed_thresholds(vty, alarm, clear, board_alarms[i].direction))
         return;
     ApplyLock lock{function_name};
@@ -77,7 +77,7 @@ void enable(struct vty *vty, const char *name, const char *alarm, const char *cl
 // The thresholds of the other alarms stay, for when they are switched on by another way.
 void disable(const char *name)
 {
-    const std::size_t i = place_of(name, board_alarm_names);
+    const std::size_t i = index_of(name, board_alarm_names);
     ApplyLock lock{function_name};
     int code = switch_all(board_alarms[i].id, false);
     if (board_alarms[i].id == TQ_ALARM_TEMP_HIGH) {
@@ -90,32 +90,42 @@ void disable(const char *name)
 
 } // namespace
 
-DEFUN(alarm_log_global_threshold_set, alarm_log_global_threshold_set_cmd, static_text<set_words>.data(),
-      static_text<set_help>.data())
+DEFUN(alarm_log_global_threshold_set, alarm_log_global_threshold_set_cmd, static_text<set_syntax>,
+      static_text<set_help>)
 {
     enable(vty, argv[2]->text, argv[4]->arg, argv[5]->arg);
     return CMD_SUCCESS;
 }
 
-DEFUN(alarm_log_global_threshold_unset, alarm_log_global_threshold_unset_cmd, static_text<unset_words>.data(),
-      static_text<unset_help>.data())
+DEFUN(alarm_log_global_threshold_unset, alarm_log_global_threshold_unset_cmd, static_text<unset_syntax>,
+      static_text<unset_help>)
 {
     disable(argv[2]->text);
     return CMD_SUCCESS;
 }
 
-DEFUN_HIDDEN(alarm_global_threshold_set, alarm_global_threshold_set_cmd, static_text<old_set_words>.data(),
-             static_text<old_set_help>.data())
+DEFUN_HIDDEN(alarm_global_threshold_set, alarm_global_threshold_set_cmd, static_text<old_set_syntax>,
+             static_text<old_set_help>)
 {
     set_alarm_action(vty, argv[1]->text, argv[2]->text, true);
     enable(vty, argv[1]->text, argv[4]->arg, argv[5]->arg);
     return CMD_SUCCESS;
 }
 
-DEFUN_HIDDEN(alarm_global_threshold_unset, alarm_global_threshold_unset_cmd,
-             static_text<old_unset_words>.data(), static_text<old_unset_help>.data())
+DEFUN_HIDDEN(alarm_global_threshold_unset, alarm_global_threshold_unset_cmd, static_text<old_unset_syntax>,
+             static_text<old_unset_help>)
 {
     set_alarm_action(vty, argv[1]->text, argv[2]->text, false);
     disable(argv[1]->text);
     return CMD_SUCCESS;
 }
+
+namespace {
+constexpr InstallRow commands[] = {
+    {config_node, &alarm_log_global_threshold_set_cmd},
+    {config_node, &alarm_log_global_threshold_unset_cmd},
+    {config_node, &alarm_global_threshold_set_cmd},
+    {config_node, &alarm_global_threshold_unset_cmd},
+};
+} // namespace
+constinit const CommandTable diagd::board_threshold_commands{commands};

@@ -3,11 +3,8 @@
 // configuration keeps them.
 // Failure policy: numbers that are refused change nothing.  An interface that this box cannot have takes the
 // commands without effect and shows every alarm disabled.
-#include "diagd/alarm_log/export/alarm_log_commands.hpp"
-
-#include "diagd/alarm_log/thresholds/pon_threshold_text.hpp"
-#include "diagd/alarm_log/thresholds/threshold_words.hpp"
-#include "diagd/core/command.hpp"
+#include "diagd/alarm_log/command_tables.hpp"
+#include "diagd/alarm_log/thresholds/threshold_syntax.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 
@@ -17,36 +14,36 @@ namespace {
 
 constexpr auto &names = pon_alarm_names_with_threshold;
 
-constexpr auto enable_words = [] {
-    return words_with_choice("alarm-log threshold", names, "enable WORD WORD");
+constexpr auto enable_syntax = [] {
+    return syntax_with_choice("alarm-log threshold", names, "enable WORD WORD");
 };
 constexpr auto enable_help = [] {
-    return help_with_choice("Alarm log.\nThresholds.\n", names, THRESHOLD_VALUES_STR);
+    return help_with_choice("Alarm log.\nThresholds.\n", names, THRESHOLD_ENABLE_HELP);
 };
-constexpr auto disable_words = [] { return words_with_choice("alarm-log threshold", names, "disable"); };
+constexpr auto disable_syntax = [] { return syntax_with_choice("alarm-log threshold", names, "disable"); };
 constexpr auto disable_help = [] {
-    return help_with_choice("Alarm log.\nThresholds.\n", names, THRESHOLD_DISABLE_STR);
+    return help_with_choice("Alarm log.\nThresholds.\n", names, THRESHOLD_DISABLE_HELP);
 };
-constexpr auto no_enable_words = [] {
-    return words_with_choice("no alarm-log threshold", names, "enable WORD WORD");
+constexpr auto no_enable_syntax = [] {
+    return syntax_with_choice("no alarm-log threshold", names, "enable WORD WORD");
 };
 constexpr auto no_enable_help = [] {
     return help_with_choice("Negate a command or set its defaults\nAlarm log.\nThresholds.\n", names,
-                            THRESHOLD_VALUES_STR);
+                            THRESHOLD_ENABLE_HELP);
 };
-constexpr auto old_enable_words = [] {
-    return words_with_choice("alarm pon optical", pon_optical_names, "enable WORD WORD");
+constexpr auto old_enable_syntax = [] {
+    return syntax_with_choice("alarm pon optical", pon_optical_names, "enable WORD WORD");
 };
 constexpr auto old_enable_help = [] {
     return help_with_choice("Configuration of alarms.\nAlarms of PON ports.\nAlarms of optical modules.\n",
-                            pon_optical_names, THRESHOLD_VALUES_STR);
+                            pon_optical_names, THRESHOLD_ENABLE_HELP);
 };
-constexpr auto old_disable_words = [] {
-    return words_with_choice("alarm pon optical", pon_optical_names, "disable");
+constexpr auto old_disable_syntax = [] {
+    return syntax_with_choice("alarm pon optical", pon_optical_names, "disable");
 };
 constexpr auto old_disable_help = [] {
     return help_with_choice("Configuration of alarms.\nAlarms of PON ports.\nAlarms of optical modules.\n",
-                            pon_optical_names, THRESHOLD_DISABLE_STR);
+                            pon_optical_names, THRESHOLD_DISABLE_HELP);
 };
 
 // Of the session's interface; null when there can be none of its number.
@@ -111,39 +108,39 @@ void show_json(struct vty *vty, const PonPortThresholds &port)
 
 } // namespace
 
-DEFUN(alarm_log_pon_threshold_enable, alarm_log_pon_threshold_enable_cmd, static_text<enable_words>.data(),
-      static_text<enable_help>.data())
+DEFUN(alarm_log_pon_threshold_enable, alarm_log_pon_threshold_enable_cmd, static_text<enable_syntax>,
+      static_text<enable_help>)
 {
-    enable(vty, place_of(argv[2]->text, names), argv[4]->arg, argv[5]->arg);
+    enable(vty, index_of(argv[2]->text, names), argv[4]->arg, argv[5]->arg);
     return CMD_SUCCESS;
 }
 
-DEFUN(alarm_log_pon_threshold_disable, alarm_log_pon_threshold_disable_cmd, static_text<disable_words>.data(),
-      static_text<disable_help>.data())
+DEFUN(alarm_log_pon_threshold_disable, alarm_log_pon_threshold_disable_cmd, static_text<disable_syntax>,
+      static_text<disable_help>)
 {
-    disable(vty, place_of(argv[2]->text, names));
+    disable(vty, index_of(argv[2]->text, names));
     return CMD_SUCCESS;
 }
 
-DEFUN_HIDDEN(cli_pon_alarm_disable, cli_pon_alarm_disable_cmd, static_text<old_disable_words>.data(),
-             static_text<old_disable_help>.data())
+DEFUN_HIDDEN(cli_pon_alarm_disable, cli_pon_alarm_disable_cmd, static_text<old_disable_syntax>,
+             static_text<old_disable_help>)
 {
-    disable(vty, place_of(argv[3]->text, pon_optical_names));
+    disable(vty, index_of(argv[3]->text, pon_optical_names));
     return CMD_SUCCESS;
 }
 
-DEFUN_HIDDEN(cli_pon_alarm_enable, cli_pon_alarm_enable_cmd, static_text<old_enable_words>.data(),
-             static_text<old_enable_help>.data())
+DEFUN_HIDDEN(cli_pon_alarm_enable, cli_pon_alarm_enable_cmd, static_text<old_enable_syntax>,
+             static_text<old_enable_help>)
 {
-    enable(vty, place_of(argv[3]->text, pon_optical_names), argv[5]->arg, argv[6]->arg);
+    enable(vty, index_of(argv[3]->text, pon_optical_names), argv[5]->arg, argv[6]->arg);
     return CMD_SUCCESS;
 }
 
 // Whatever the numbers are.
-DEFUN(alarm_log_no_pon_threshold_enable, alarm_log_no_pon_threshold_enable_cmd,
-      static_text<no_enable_words>.data(), static_text<no_enable_help>.data())
+DEFUN(alarm_log_no_pon_threshold_enable, alarm_log_no_pon_threshold_enable_cmd, static_text<no_enable_syntax>,
+      static_text<no_enable_help>)
 {
-    disable(vty, place_of(argv[3]->text, names));
+    disable(vty, index_of(argv[3]->text, names));
     return CMD_SUCCESS;
 }
 
@@ -163,3 +160,22 @@ DEFUN(alarm_log_pon_threshold_show, alarm_log_pon_threshold_show_cmd,
         show_text(vty, port != nullptr ? *port : none);
     return CMD_SUCCESS;
 }
+
+namespace {
+// Each command goes into both interface nodes.
+constexpr InstallRow commands[] = {
+    {gpon_node, &alarm_log_pon_threshold_enable_cmd},
+    {xgpon_node, &alarm_log_pon_threshold_enable_cmd},
+    {gpon_node, &alarm_log_pon_threshold_disable_cmd},
+    {xgpon_node, &alarm_log_pon_threshold_disable_cmd},
+    {gpon_node, &cli_pon_alarm_disable_cmd},
+    {xgpon_node, &cli_pon_alarm_disable_cmd},
+    {gpon_node, &cli_pon_alarm_enable_cmd},
+    {xgpon_node, &cli_pon_alarm_enable_cmd},
+    {gpon_node, &alarm_log_no_pon_threshold_enable_cmd},
+    {xgpon_node, &alarm_log_no_pon_threshold_enable_cmd},
+    {gpon_node, &alarm_log_pon_threshold_show_cmd},
+    {xgpon_node, &alarm_log_pon_threshold_show_cmd},
+};
+} // namespace
+constinit const CommandTable diagd::pon_threshold_commands{commands};

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// One pass of the threshold monitor: read, judge, report.
+// One pass of the threshold monitor: read, evaluate, report.
 // Failure policy: board thresholds that cannot be read are 0 for the pass; what a sampler cannot read is 0; a
-// port whose module cannot be reached is skipped, each of its alarms trying anew.  A pass is never given up,
+// port whose module cannot be reached is skipped, each of its alarms trying again.  A pass is never given up,
 // and the next comes three seconds after its end.
-#include "diagd/alarm_log/thresholds/threshold_monitor.hpp"
-
 #include "base/owner.hpp"
 #include "diagd/alarm_log/actions/alarm_action.hpp"
-#include "diagd/alarm_log/thresholds/threshold_parser.hpp"
-#include "diagd/alarm_log/thresholds/threshold_report.hpp"
+#include "diagd/alarm_log/thresholds/thresholds.hpp"
 #include "diagd/board/interface.hpp"
 #include "diagd/board/lm75.hpp"
 #include "diagd/core/frr.hpp"
@@ -16,22 +13,83 @@
 #include "diagd/system_cli/usage_samplers.hpp"
 #include "diagd/transceiver/memory/pon_optics.hpp"
 
+#include "tq_api.h"
+
 namespace diagd {
 
 namespace {
 
 constexpr long period_s = 3;
 
-std::array<AlarmState, board_alarms.size()> board_states;
-std::array<std::array<std::array<AlarmState, pon_alarm_count>, pon_port_count>, pon_type_count> pon_states;
+std::array<ThresholdState, board_alarms.size()> board_states;
+std::array<std::array<std::array<ThresholdState, pon_alarm_count>, pon_port_count>, pon_type_count>
+    pon_states;
 struct thread *timer;
 
-// Judges the value, keeps the new state and gives what there is to report.
-Report follow(AlarmState &state, float value, const Thresholds &thresholds, Direction direction)
+// Evaluates the value, keeps the new state and gives what there is to report.
+Report follow(ThresholdState &state, float value, const Thresholds &thresholds, Direction direction)
 {
-    const Verdict verdict = judge(value, thresholds, direction, state);
-    state = verdict.state;
-    return verdict.report;
+    const Evaluation evaluation = evaluate(value, thresholds, direction, state);
+    state = evaluation.state;
+    return evaluation.report;
+}
+
+// Records of threshold alarms, unless there is nothing to report.  An action that fails is the alarm
+// library's to report.
+void report_board_alarm(const ThresholdAlarm &alarm, Report report, float value, float threshold)
+{
+    tq_alarm_req_t request{};
+    request.alarm_id = alarm.id;
+    switch (report) {
+    case Report::nothing:
+        break;
+    case Report::is_above:
+        cli_log(&g_diagd_db, &request, "%.2f %s is above threshold %.2f %s", value, alarm.unit, threshold,
+                alarm.unit);
+        break;
+    case Report::back_from_above:
+        cli_log(&g_diagd_db, &request, "%.2f %s from above threshold returns to normal", value, alarm.unit);
+        break;
+    case Report::is_below:
+        cli_log(&g_diagd_db, &request, "%.2f %s is below threshold %.2f %s", value, alarm.unit, threshold,
+                alarm.unit);
+        break;
+    case Report::back_from_below:
+        cli_log(&g_diagd_db, &request, "%.2f %s from below threshold returns to normal", value, alarm.unit);
+        break;
+    }
+}
+
+struct PonPort {
+    const char *type; // "GPON" or "XGPON"
+    unsigned number;  // 1 to 8
+};
+
+void report_pon_alarm(const ThresholdAlarm &alarm, const PonPort &port, Report report, float value,
+                      float threshold)
+{
+    tq_alarm_req_t request{};
+    request.alarm_id = alarm.id;
+    switch (report) {
+    case Report::nothing:
+        break;
+    case Report::is_above:
+        cli_log(&g_diagd_db, &request, "%s 0/%u %.2f %s is above threshold %.2f %s", port.type, port.number,
+                value, alarm.unit, threshold, alarm.unit);
+        break;
+    case Report::back_from_above:
+        cli_log(&g_diagd_db, &request, "%s 0/%u %.2f %s from above threshold returns to normal", port.type,
+                port.number, value, alarm.unit);
+        break;
+    case Report::is_below:
+        cli_log(&g_diagd_db, &request, "%s 0/%u %.2f %s is below threshold %.2f %s", port.type, port.number,
+                value, alarm.unit, threshold, alarm.unit);
+        break;
+    case Report::back_from_below:
+        cli_log(&g_diagd_db, &request, "%s 0/%u %.2f %s from below threshold returns to normal", port.type,
+                port.number, value, alarm.unit);
+        break;
+    }
 }
 
 BoardThresholds read_board_thresholds()
@@ -154,10 +212,10 @@ void alarm_log_threshold_monitor(struct thread *) noexcept
 
 void start_threshold_monitor()
 {
-    board_states.fill(AlarmState::unknown);
+    board_states.fill(ThresholdState::unknown);
     for (auto &ports : pon_states)
         for (auto &states : ports)
-            states.fill(AlarmState::unknown);
+            states.fill(ThresholdState::unknown);
     diagm.transceiver_monitor.store(1, std::memory_order_relaxed);
     arm();
 }

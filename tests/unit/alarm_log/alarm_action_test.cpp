@@ -2,9 +2,12 @@
 // Which switches of the database an action word changes, in which order, and what of a failure is told.
 #include "diagd/alarm_log/actions/alarm_action.hpp"
 
+#include "tq_api.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <map>
 #include <string>
 #include <vector>
@@ -54,6 +57,27 @@ SWITCH(print)
 SWITCH(record)
 SWITCH(trap)
 SWITCH(remote)
+
+namespace {
+
+int list_code;           // of the list of all alarms
+const char *list_text;   // as the database gives it, null for none
+const char *parsed_text; // what was read of it
+
+} // namespace
+
+int db_olt_alarm_log_show_xml_alarm_id(tq_database_t *, char **xml)
+{
+    *xml = list_text != nullptr ? strdup(list_text) : nullptr;
+    return list_code;
+}
+
+int parsing_alarm_list_xml_data(const char *xml, tq_alarm_cfg_t records[TQ_ALARM_COUNT])
+{
+    parsed_text = xml != nullptr ? list_text : nullptr;
+    records[TQ_ALARM_COUNT - 1].trap = 1;
+    return 0;
+}
 
 TEST_F(AlarmAction, a_word_changes_its_own_switch)
 {
@@ -126,4 +150,35 @@ TEST_F(AlarmAction, a_default_is_the_bit_of_its_action_and_that_of_print_for_all
         EXPECT_EQ(default_of(entry, "remote"), (bits & 8) != 0);
         EXPECT_EQ(default_of(entry, "all"), (bits & 1) != 0);
     }
+}
+
+TEST_F(AlarmAction, the_configuration_of_all_alarms_is_read_from_one_text)
+{
+    list_code = 0;
+    list_text = "<alarm-log/>";
+    parsed_text = nullptr;
+    const std::optional<AlarmConfiguration> configuration = read_alarm_configuration();
+    ASSERT_TRUE(configuration);
+    EXPECT_EQ(parsed_text, list_text);
+    EXPECT_EQ(configuration->front().trap, 0u);
+    EXPECT_EQ(configuration->back().trap, 1u);
+}
+
+TEST_F(AlarmAction, a_list_that_cannot_be_read_is_no_configuration)
+{
+    list_code = -1;
+    list_text = nullptr;
+    parsed_text = nullptr;
+    EXPECT_FALSE(read_alarm_configuration());
+    EXPECT_EQ(parsed_text, nullptr);
+}
+
+TEST_F(AlarmAction, every_action_names_its_own_field_of_the_configuration)
+{
+    const tq_alarm_cfg_t configured{.level = "", .print = 1, .record = 2, .trap = 3, .remote = 4};
+    std::map<std::string_view, std::uint32_t> values;
+    for (const ActionSwitch &one : action_switches)
+        values[one.word] = configured.*one.configured;
+    EXPECT_EQ(values, (std::map<std::string_view, std::uint32_t>{
+                          {"print", 1}, {"record", 2}, {"trap", 3}, {"remote", 4}}));
 }

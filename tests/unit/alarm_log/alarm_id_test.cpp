@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Ids of alarms cut to their width.
-#include "diagd/alarm_log/alarm_id.hpp"
+#include "diagd/alarm_log/catalogue.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // What the daemon registers with the configuration database, and its callbacks.
-#include "diagd/alarm_log/servers/remote_change.hpp"
+#include "diagd/alarm_log/servers/remote_server.hpp"
 #include "diagd/core/state.hpp"
 
 #include <gmock/gmock.h>

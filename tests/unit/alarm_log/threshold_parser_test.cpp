@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Thresholds from the database's text and from an operator's words.
-#include "diagd/alarm_log/thresholds/threshold_parser.hpp"
+#include "diagd/alarm_log/thresholds/threshold_policy.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The threshold alarms against the platform's catalogue, and how optical thresholds read.
-#include "diagd/alarm_log/thresholds/pon_threshold_text.hpp"
-#include "diagd/alarm_log/thresholds/threshold_alarms.hpp"
-#include "diagd/alarm_log/thresholds/threshold_store.hpp"
+#include "diagd/alarm_log/thresholds/thresholds.hpp"
 
 #include "tq_api.h"
 
@@ -58,11 +56,11 @@ TEST(ThresholdAlarms, each_has_database_functions_of_its_own)
 
 TEST(ThresholdAlarms, older_words_stand_in_the_same_order)
 {
-    EXPECT_EQ(place_of("tx_power_high", pon_optical_names), 0u);
-    EXPECT_EQ(place_of("vcc_low", pon_optical_names), 5u);
-    EXPECT_EQ(place_of("temp_low", pon_optical_names), 7u);
-    EXPECT_EQ(place_of("pon-vcc-low", pon_alarm_names_with_threshold), 5u);
-    EXPECT_EQ(place_of("mem-usage-high", board_alarm_names), 3u);
+    EXPECT_EQ(index_of("tx_power_high", pon_optical_names), 0u);
+    EXPECT_EQ(index_of("vcc_low", pon_optical_names), 5u);
+    EXPECT_EQ(index_of("temp_low", pon_optical_names), 7u);
+    EXPECT_EQ(index_of("pon-vcc-low", pon_alarm_names_with_threshold), 5u);
+    EXPECT_EQ(index_of("mem-usage-high", board_alarm_names), 3u);
 }
 
 TEST(ThresholdText, has_two_decimals)

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The alarm log's defaults at start-up: every alarm as the catalogue has it, the flash level, the remote
 // servers switched off.  What an operator changed comes back with the configuration file, which is read
-// later. Failure policy: the first value that the database refuses ends it with a line on standard error;
+// later.
+// Failure policy: the first value that the database refuses ends it with a line on standard error;
 // what follows keeps what the database has, and thresholds are not watched.
 #include "diagd/alarm_log/actions/alarm_action.hpp"
 #include "diagd/alarm_log/catalogue.hpp"
-#include "diagd/alarm_log/thresholds/threshold_monitor.hpp"
+#include "diagd/alarm_log/thresholds/thresholds.hpp"
 #include "diagd/core/state.hpp"
 
 #include "tq_api.h"
@@ -26,7 +27,7 @@ bool is_done(int code, std::string_view what)
 }
 
 // The texts are whole fields of the catalogue and its name tables.
-bool seed_texts(std::uint16_t id, const tq_alarm_info_t &entry)
+bool set_texts(std::uint16_t id, const tq_alarm_info_t &entry)
 {
     const auto &level = tq_alarm_log_level[entry.default_level];
     const auto &type = tq_alarm_log_type[entry.type];
@@ -41,7 +42,7 @@ bool seed_texts(std::uint16_t id, const tq_alarm_info_t &entry)
 }
 
 // The last switch applies what is pending of its alarm, so that an alarm is changed at once.
-bool seed_actions(std::uint16_t id, const tq_alarm_info_t &entry)
+bool set_actions(std::uint16_t id, const tq_alarm_info_t &entry)
 {
     for (const ActionSwitch &one : action_switches) {
         const std::uint8_t on = (entry.default_actions & one.default_bit) != 0 ? 1 : 0;
@@ -52,15 +53,15 @@ bool seed_actions(std::uint16_t id, const tq_alarm_info_t &entry)
     return true;
 }
 
-bool seed_alarms()
+bool set_alarms()
 {
     for (std::uint16_t id = 0; id < TQ_ALARM_COUNT; ++id)
-        if (!seed_texts(id, tq_alarm_log_info[id]) || !seed_actions(id, tq_alarm_log_info[id]))
+        if (!set_texts(id, tq_alarm_log_info[id]) || !set_actions(id, tq_alarm_log_info[id]))
             return false;
     return true;
 }
 
-bool seed_outlets()
+bool set_sinks()
 {
     constexpr char flash_level[16] = "warning";
     constexpr std::array<std::uint8_t, 16> off{};
@@ -77,7 +78,7 @@ bool seed_outlets()
 
 int initial_alarm_log_config()
 {
-    if (seed_alarms() && seed_outlets())
+    if (set_alarms() && set_sinks())
         start_threshold_monitor();
     return 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Alarm records selected from hand-made stores, sound and corrupted.
-#include "diagd/alarm_log/records/record_view.hpp"
+#include "diagd/alarm_log/records/record_chain.hpp"
 
 #include "tq_api.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // When threshold alarms are raised and cleared.
-#include "diagd/alarm_log/thresholds/threshold_judge.hpp"
+#include "diagd/alarm_log/thresholds/threshold_policy.hpp"
 
 #include <gtest/gtest.h>
 
@@ -24,13 +24,13 @@ constexpr Thresholds low{5.0F, 10.0F};
 struct Follower {
     Thresholds thresholds;
     Direction direction;
-    AlarmState state = AlarmState::unknown;
+    ThresholdState state = ThresholdState::unknown;
 
     Report operator()(float value)
     {
-        const Verdict verdict = judge(value, thresholds, direction, state);
-        state = verdict.state;
-        return verdict.report;
+        const Evaluation evaluation = evaluate(value, thresholds, direction, state);
+        state = evaluation.state;
+        return evaluation.report;
     }
 };
 
@@ -40,14 +40,14 @@ TEST(HighAlarm, is_raised_at_its_threshold_and_cleared_below_the_clear_threshold
 {
     Follower alarm{high, Direction::high};
     EXPECT_EQ(alarm(69.9F), Report::nothing);
-    EXPECT_EQ(alarm.state, AlarmState::unknown);
+    EXPECT_EQ(alarm.state, ThresholdState::unknown);
     EXPECT_EQ(alarm(70.0F), Report::is_above);
-    EXPECT_EQ(alarm.state, AlarmState::raised);
+    EXPECT_EQ(alarm.state, ThresholdState::raised);
     EXPECT_EQ(alarm(80.0F), Report::nothing);
     EXPECT_EQ(alarm(69.9F), Report::nothing);
     EXPECT_EQ(alarm(65.0F), Report::nothing);
     EXPECT_EQ(alarm(64.9F), Report::back_from_above);
-    EXPECT_EQ(alarm.state, AlarmState::normal);
+    EXPECT_EQ(alarm.state, ThresholdState::normal);
     EXPECT_EQ(alarm(64.9F), Report::nothing);
     EXPECT_EQ(alarm(69.9F), Report::nothing);
     EXPECT_EQ(alarm(70.0F), Report::is_above);
@@ -83,12 +83,13 @@ TEST(ThresholdAlarm, without_thresholds_only_what_is_negative_is_not_too_high)
 TEST(ThresholdAlarm, what_is_no_number_changes_nothing)
 {
     for (const Direction direction : {Direction::high, Direction::low})
-        for (const AlarmState state : {AlarmState::raised, AlarmState::normal, AlarmState::unknown})
+        for (const ThresholdState state :
+             {ThresholdState::raised, ThresholdState::normal, ThresholdState::unknown})
             for (const auto &[value, thresholds] :
                  {std::pair{nan_value, high}, {50.0F, Thresholds{nan_value, nan_value}}}) {
-                const Verdict verdict = judge(value, thresholds, direction, state);
-                EXPECT_EQ(verdict.report, Report::nothing);
-                EXPECT_EQ(verdict.state, state);
+                const Evaluation evaluation = evaluate(value, thresholds, direction, state);
+                EXPECT_EQ(evaluation.report, Report::nothing);
+                EXPECT_EQ(evaluation.state, state);
             }
 }
 
@@ -147,21 +148,21 @@ struct Model {
         return reaches && clears ? Kind::both : reaches ? Kind::reaches : clears ? Kind::clears : Kind::none;
     }
 
-    AlarmState state() const
+    ThresholdState state() const
     {
-        AlarmState state = AlarmState::unknown;
+        ThresholdState state = ThresholdState::unknown;
         for (const int value : history)
             switch (kind(value)) {
             case Kind::none:
                 break;
             case Kind::reaches:
-                state = AlarmState::raised;
+                state = ThresholdState::raised;
                 break;
             case Kind::clears:
-                state = AlarmState::normal;
+                state = ThresholdState::normal;
                 break;
             case Kind::both:
-                state = state == AlarmState::raised ? AlarmState::normal : AlarmState::raised;
+                state = state == ThresholdState::raised ? ThresholdState::normal : ThresholdState::raised;
                 break;
             }
         return state;
@@ -169,14 +170,14 @@ struct Model {
 
     Report operator()(int value)
     {
-        const AlarmState before = state();
+        const ThresholdState before = state();
         history.push_back(value);
-        const AlarmState after = state();
+        const ThresholdState after = state();
         if (after == before)
             return Report::nothing;
         if (direction == Direction::high)
-            return after == AlarmState::raised ? Report::is_above : Report::back_from_above;
-        return after == AlarmState::raised ? Report::is_below : Report::back_from_below;
+            return after == ThresholdState::raised ? Report::is_above : Report::back_from_above;
+        return after == ThresholdState::raised ? Report::is_below : Report::back_from_below;
     }
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The names that commands offer, against the catalogue, and the words and help joined from them.
-#include "diagd/alarm_log/actions/alarm_grammar.hpp"
+#include "diagd/alarm_log/actions/alarm_syntax.hpp"
 
 #include "tq_api.h"
 
@@ -76,24 +76,24 @@ TEST(AlarmGroups, names_and_their_fields_fit)
             EXPECT_LT(name.size(), sizeof tq_alarm_info_t::name) << name;
 }
 
-TEST(AlarmGrammar, of_the_visible_form_has_the_switch_before_the_action)
+TEST(AlarmSyntax, of_the_visible_form_has_the_switch_before_the_action)
 {
-    EXPECT_STREQ(action_words<routing_alarms>,
+    EXPECT_STREQ(switch_syntax<routing_alarms>,
                  "alarm-log alarm <dhcp-sn-illegal-server|dhcp-sn-over-rate-limit> <enable|disable> "
                  "<print|record|trap|remote|all>");
-    EXPECT_STREQ(action_help<routing_alarms>,
+    EXPECT_STREQ(switch_help<routing_alarms>,
                  "Alarm log.\nConfiguration of alarms.\nSpecify dhcp-sn-illegal-server alarm.\n"
                  "Specify dhcp-sn-over-rate-limit alarm.\nEnable the action.\nDisable the action.\n"
                  "Print in the daemon's log.\nRecord in the alarm log.\nSend a trap.\n"
                  "Send to the remote log servers.\nAll four actions.\n");
 }
 
-TEST(AlarmGrammar, of_the_older_form_has_the_action_first)
+TEST(AlarmSyntax, of_the_older_form_has_the_action_first)
 {
-    EXPECT_STREQ(old_action_words<pon_events>,
+    EXPECT_STREQ(old_switch_syntax<pon_events>,
                  "event <pon-register|pon-enable|pon-los-recovery|pon-psg-switch> "
                  "<print|record|trap|remote|all> <enable|disable>");
-    EXPECT_STREQ(old_action_help<pon_events>,
+    EXPECT_STREQ(old_switch_help<pon_events>,
                  "Configuration of events.\nSpecify pon-register event.\nSpecify pon-enable event.\n"
                  "Specify pon-los-recovery event.\nSpecify pon-psg-switch event.\n"
                  "Print in the daemon's log.\nRecord in the alarm log.\nSend a trap.\n"
@@ -101,9 +101,9 @@ TEST(AlarmGrammar, of_the_older_form_has_the_action_first)
                  "Disable the action.\n");
 }
 
-TEST(AlarmGrammar, of_the_level_form_has_all_eight_levels)
+TEST(AlarmSyntax, of_the_level_form_has_all_eight_levels)
 {
-    EXPECT_STREQ(level_words<routing_events>,
+    EXPECT_STREQ(level_syntax<routing_events>,
                  "alarm-log event <ospf-adjacency-change|rip-adjacency-change|ospf6-adjacency-change|"
                  "ripng-adjacency-change> level <debug|info|notice|warning|major|critical|alert|emerg>");
 }

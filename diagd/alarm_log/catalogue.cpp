@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Ids of alarms.
-#include "diagd/alarm_log/alarm_id.hpp"
-
-#include "tq_api.h"
+// Ids of the catalogue from names and numbers.
+#include "diagd/alarm_log/catalogue.hpp"
 
 #include <cstdio>
 #include <cstdlib>

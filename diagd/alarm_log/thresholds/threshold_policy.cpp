@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "diagd/alarm_log/thresholds/threshold_parser.hpp"
+// Thresholds and values from text.
+#include "diagd/alarm_log/thresholds/threshold_policy.hpp"
 
 #include <algorithm>
 #include <cstdio>
