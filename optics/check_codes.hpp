@@ -43,26 +43,26 @@ inline Sum sum_of(Bytes bytes)
     return {static_cast<std::uint8_t>(total), seen == 0};
 }
 
-// All zeros passes every sum and counts as failed: nothing was ever written there.
-inline Check check(const Page &page, const CheckedRange &range)
+// All zeros passes every sum and counts as failed: nothing was ever written there.  `result` is a fresh one.
+inline void check(const Page &page, const CheckedRange &range, Check &result)
 {
-    Check result{.name = range.name};
+    result.name = range.name;
     const std::size_t count = range.last - range.first + 1;
     if (!page.has(range.first, count) || !page.has(range.code))
-        return result;
+        return;
     const Sum sum = sum_of(page.range(range.first, count));
     result.computed = sum.low_byte;
     result.stored = page.u8(range.code);
     const bool good = result.computed == result.stored && !(sum.all_zero && result.stored == 0);
     result.result = good ? Check::Result::good : Check::Result::bad;
-    return result;
 }
 
-inline void add_check(Module &module, const Check &check)
+inline void add_check(const Page &page, const CheckedRange &range, Module &module)
 {
-    module.checks[module.check_count++] = check;
-    module.doubts.check_failed |= check.result == Check::Result::bad;
-    module.doubts.check_missing |= check.result == Check::Result::not_read;
+    Check &added = module.checks[module.check_count++];
+    check(page, range, added);
+    module.doubts.check_failed |= added.result == Check::Result::bad;
+    module.doubts.check_missing |= added.result == Check::Result::not_read;
 }
 
 } // namespace optics

@@ -144,9 +144,10 @@ Value module_value(const Pages &pages, const Module &module, Quantity quantity, 
     if (const Reason reason = silence(pages, module, quantity); reason != Reason::none)
         return no_value(State::unsupported, reason);
     const Row &row = rows[static_cast<std::size_t>(quantity)];
-    Value value = measured(quantity, word(pages.lower, row, row.live) * row.unit);
     const unsigned bits = pages.lower.u8(low::module_flags) >> flags_shift;
-    value.flags = {true, (bits & 1U) != 0, (bits & 2U) != 0, (bits & 4U) != 0, (bits & 8U) != 0};
+    Value value;
+    set_measured(value, false, word(pages.lower, row, row.live) * row.unit,
+                 Flags{true, (bits & 1U) != 0, (bits & 2U) != 0, (bits & 4U) != 0, (bits & 8U) != 0});
     return value;
 }
 
@@ -155,9 +156,11 @@ Value lane_value(const Pages &pages, const Module &module, Quantity quantity, un
     if (const Reason reason = silence(pages, module, quantity); reason != Reason::none)
         return no_value(State::unsupported, reason);
     const Row &row = rows[static_cast<std::size_t>(quantity)];
-    Value value = measured(quantity, word(pages.page11, row, row.live + 2 * lane) * unit_of(pages, quantity));
     const auto flag = [&](std::size_t i) { return pages.page11.bit(row.flags + i, lane); };
-    value.flags = {true, flag(0), flag(1), flag(2), flag(3)};
+    Value value;
+    set_measured(value, is_power(quantity),
+                 word(pages.page11, row, row.live + 2 * lane) * unit_of(pages, quantity),
+                 Flags{true, flag(0), flag(1), flag(2), flag(3)});
     return value;
 }
 
@@ -202,11 +205,11 @@ void read_thresholds(const Pages &pages, Module &module)
 
 void read_checks(const Pages &pages, Module &module)
 {
-    add_check(module, check(pages.page00, page00_check));
+    add_check(pages.page00, page00_check, module);
     if (!pages.page01.empty())
-        add_check(module, check(pages.page01, page01_check));
+        add_check(pages.page01, page01_check, module);
     if (!pages.page02.empty())
-        add_check(module, check(pages.page02, page02_check));
+        add_check(pages.page02, page02_check, module);
 }
 
 } // namespace

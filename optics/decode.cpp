@@ -30,6 +30,13 @@ bool is_paged(Layout layout)
     return layout == Layout::sff8636 || layout == Layout::cmis;
 }
 
+bool is_sound_a0(Bytes a0)
+{
+    Check base;
+    check(Page(a0), sff8472::cc_base, base);
+    return base.result == Check::Result::good;
+}
+
 // The 256 bytes at 0x50 are lower memory and page 00h when the identifier says so, or when it is 0 and page
 // 00h names such a module, unless they make a sound A0h.
 bool holds_pages(Bytes a0)
@@ -38,8 +45,7 @@ bool holds_pages(Bytes a0)
         return false;
     if (a0[0] != 0)
         return is_paged(layout_of(a0[0]));
-    return a0.size() > half && is_paged(layout_of(a0[half])) &&
-           check(Page(a0), sff8472::cc_base).result != Check::Result::good;
+    return a0.size() > half && is_paged(layout_of(a0[half])) && !is_sound_a0(a0);
 }
 
 Module undecoded(std::uint8_t identifier)
@@ -64,19 +70,22 @@ Module decode_pages(const Memory &memory)
     }
 }
 
+Module decode_any(const Memory &memory)
+{
+    if (!memory.lower.empty() || !memory.page00.empty())
+        return decode_pages(memory);
+    if (holds_pages(memory.a0))
+        return decode_pages(as_pages(memory));
+    if (!memory.a0.empty() && layout_of(memory.a0[0]) == Layout::other)
+        return undecoded(memory.a0[0]);
+    return sff8472::decode(memory);
+}
+
 } // namespace
 
 Module decode(const Memory &memory)
 {
-    Module module;
-    if (!memory.lower.empty() || !memory.page00.empty())
-        module = decode_pages(memory);
-    else if (holds_pages(memory.a0))
-        module = decode_pages(as_pages(memory));
-    else if (!memory.a0.empty() && layout_of(memory.a0[0]) == Layout::other)
-        return undecoded(memory.a0[0]);
-    else
-        module = sff8472::decode(memory);
+    Module module = decode_any(memory);
     if (module.family != Family::unknown)
         module.doubts.identifier_reserved = layout_of(module.identity.identifier) == Layout::reserved;
     return module;

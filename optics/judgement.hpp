@@ -28,7 +28,18 @@ inline Value no_value(State state, Reason reason)
     return {.state = state, .reason = reason};
 }
 
-// A value that the module measures: ok, no light for a power of nothing, or implausible.
+// What a word as it is stands for: it cannot leave the range of its unit.  Member by member, as a value that
+// is copied right after its parts were written makes the processor wait.
+inline void set_measured(Value &value, bool power, double number, Flags flags)
+{
+    const bool dark = power && number == 0;
+    value.value = number;
+    value.state = dark ? State::no_light : State::ok;
+    value.reason = dark ? Reason::no_light : Reason::none;
+    value.flags = flags;
+}
+
+// A calibrated value: ok, no light for a power of nothing, or implausible.
 inline Value measured(Quantity quantity, double value)
 {
     const Plausible &limits = plausible[static_cast<std::size_t>(quantity)];
@@ -45,23 +56,6 @@ inline bool usable(const Thresholds &t)
 {
     return t.state == State::ok && t.high_alarm > t.low_alarm && t.high_alarm >= t.high_warning &&
            t.high_warning >= t.low_warning && t.low_warning >= t.low_alarm;
-}
-
-// No light is a power of 0.
-inline Judgement judge(const Value &value, const Thresholds &t)
-{
-    if ((value.state != State::ok && value.state != State::no_light) || !usable(t))
-        return Judgement::none;
-    const double at = value.state == State::ok ? value.value : 0;
-    if (at > t.high_alarm)
-        return Judgement::high_alarm;
-    if (at < t.low_alarm)
-        return Judgement::low_alarm;
-    if (at > t.high_warning)
-        return Judgement::high_warning;
-    if (at < t.low_warning)
-        return Judgement::low_warning;
-    return Judgement::normal;
 }
 
 // Judges every value of a module that is to be trusted.

@@ -53,11 +53,11 @@ enum class Judgement : std::uint8_t {
 
 // The module's own flags of one value; `known` is false where the module keeps none.
 struct Flags {
-    bool known = false;
-    bool high_alarm = false;
-    bool low_alarm = false;
-    bool high_warning = false;
-    bool low_warning = false;
+    bool known : 1 = false;
+    bool high_alarm : 1 = false;
+    bool low_alarm : 1 = false;
+    bool high_warning : 1 = false;
+    bool low_warning : 1 = false;
 };
 
 struct Value {

@@ -265,8 +265,8 @@ Module decode(const Memory &memory)
     module.lane_count = 1;
     const Page a0(memory.a0);
     const Page a2(memory.a2);
-    add_check(module, check(a0, cc_base));
-    add_check(module, check(a0, cc_ext));
+    add_check(a0, cc_base, module);
+    add_check(a0, cc_ext, module);
     if (a0.empty())
         module.doubts.identity_missing = true;
     else
@@ -276,7 +276,7 @@ Module decode(const Memory &memory)
         set_unsupported(module, reason);
         return module;
     }
-    module.checks[2] = check(a2, cc_dmi);
+    check(a2, cc_dmi, module.checks[2]);
     module.check_count = 3;
     module.doubts.check_missing |= module.checks[2].result == Check::Result::not_read;
     read_values(a0, a2, module);

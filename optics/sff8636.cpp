@@ -80,101 +80,99 @@ bool any_byte(const Page &page, std::size_t first, std::size_t count)
     return !sum_of(page.range(first, count)).all_zero;
 }
 
-// Whether, and why not, a quantity is measured; `none` when it is.  Byte 220 is silent in many modules that
-// do measure, so a number that is not 0 proves it as well.
-class Monitors {
-public:
-    Monitors(const Page &lower, const Page &page00, const Module &module)
-        : lower_(lower), type_(page00.u8(id::diagnostic_type)), medium_(module.identity.medium),
-          told_(module.identity.revision_compliance >= monitors_told_from),
-          any_(any_byte(lower, low::temperature, low::live_end - low::temperature)),
-          flat_(module.diagnostics.flat_memory)
-    {
-    }
+// Whether, and why not, each quantity is measured; `none` when it is.
+using Silences = std::array<Reason, quantities>;
 
-    [[nodiscard]] Reason silence(Quantity quantity) const
-    {
-        if (!lower_.has(low::temperature, low::live_end - low::temperature))
-            return Reason::not_read;
-        if (flat_ && is_copper(medium_))
-            return Reason::flat_copper;
-        switch (quantity) {
-        case Quantity::temperature_c:
-            return measured_if((told_ && claims(temperature_monitored)) ||
-                               any_byte(lower_, low::temperature, 2));
-        case Quantity::voltage_v:
-            return measured_if((told_ && claims(voltage_monitored)) || any_byte(lower_, low::voltage, 2));
-        case Quantity::tx_power_mw:
-            if (is_copper(medium_))
-                return Reason::copper;
-            return measured_if(claims(tx_power_monitored) || any_byte(lower_, low::tx_power, 2 * lanes));
-        case Quantity::bias_ma:
-        case Quantity::rx_power_mw:
-            break;
-        }
-        // Every module that measures anything measures these; nothing claims them.
-        return is_copper(medium_) ? Reason::copper : measured_if(any_);
-    }
-
-    [[nodiscard]] bool any() const { return any_; }
-
-private:
-    [[nodiscard]] bool claims(unsigned bit) const { return (type_ >> bit & 1U) != 0; }
-    [[nodiscard]] Reason measured_if(bool measured) const
-    {
-        return measured ? Reason::none : any_ ? Reason::not_measured : Reason::no_diagnostics;
-    }
-
-    const Page &lower_;
-    unsigned type_;
-    Medium medium_;
-    bool told_, any_, flat_;
-};
-
-Flags read_flags(unsigned nibble)
+// Byte 220 is silent in many modules that do measure, so a number that is not 0 proves it as well.
+Silences silences_of(const Page &lower, const Page &page00, const Module &module)
 {
-    return {true, (nibble & 8U) != 0, (nibble & 4U) != 0, (nibble & 2U) != 0, (nibble & 1U) != 0};
+    Silences result;
+    if (!lower.has(low::temperature, low::live_end - low::temperature)) {
+        result.fill(Reason::not_read);
+        return result;
+    }
+    const bool copper = is_copper(module.identity.medium);
+    if (module.diagnostics.flat_memory && copper) {
+        result.fill(Reason::flat_copper);
+        return result;
+    }
+    const bool told = module.identity.revision_compliance >= monitors_told_from;
+    const auto claims = [&](unsigned bit) { return page00.bit(id::diagnostic_type, bit); };
+    const bool temperature = lower.u16(low::temperature) != 0;
+    const bool voltage = lower.u16(low::voltage) != 0;
+    const bool tx_power = any_byte(lower, low::tx_power, 2 * lanes);
+    const bool any = temperature || voltage || tx_power || any_byte(lower, low::rx_power, 4 * lanes);
+    const auto measured_if = [&](bool measured) {
+        return measured ? Reason::none : any ? Reason::not_measured : Reason::no_diagnostics;
+    };
+    const auto of_light = [&](bool measured) { return copper ? Reason::copper : measured_if(measured); };
+    result[0] = measured_if(temperature || (told && claims(temperature_monitored)));
+    result[1] = measured_if(voltage || (told && claims(voltage_monitored)));
+    // Nothing claims bias and received power: every module that measures anything measures them.
+    result[2] = of_light(any);
+    result[3] = of_light(tx_power || claims(tx_power_monitored));
+    result[4] = of_light(any);
+    return result;
 }
 
-// Lane 1 in the high nibble of the first byte.
-unsigned flag_nibble(const Page &lower, std::size_t flags, std::size_t lane)
-{
-    const unsigned byte = lower.u8(flags + lane / 2);
-    return lane % 2 == 0 ? byte >> 4U : byte & 0x0fU;
-}
+// High alarm, low alarm, high warning, low warning from the highest bit down.
+constexpr std::array<Flags, 16> flags_of_nibble = [] {
+    std::array<Flags, 16> result{};
+    for (unsigned i = 0; i < result.size(); ++i)
+        result[i] = {true, (i & 8U) != 0, (i & 4U) != 0, (i & 2U) != 0, (i & 1U) != 0};
+    return result;
+}();
 
-Value read_value(const Page &lower, Quantity quantity, std::size_t lane, Reason silence, bool ready)
+void read_value(const Page &lower, Quantity quantity, Reason silence, Value &value)
 {
+    value.reason = silence;
     if (silence != Reason::none)
-        return no_value(State::unsupported, silence);
+        return;
     const Row &row = rows[static_cast<std::size_t>(quantity)];
-    const std::size_t at = row.live + 2 * lane;
-    Value value = !ready ? no_value(State::failed, Reason::data_not_ready)
-                         : measured(quantity, (row.is_signed ? lower.s16(at) : lower.u16(at)) * row.unit);
-    value.flags = read_flags(flag_nibble(lower, row.flags, lane));
-    return value;
+    set_measured(value, false, (row.is_signed ? lower.s16(row.live) : lower.u16(row.live)) * row.unit,
+                 flags_of_nibble[lower.u8(row.flags) >> 4U]);
+}
+
+void read_lanes(const Page &lower, Quantity quantity, Reason silence, Value Lane::*member, Module &module)
+{
+    if (silence != Reason::none) {
+        for (std::size_t i = 0; i < lanes; ++i)
+            (module.lanes[i].*member).reason = silence;
+        return;
+    }
+    const Row &row = rows[static_cast<std::size_t>(quantity)];
+    const Bytes words = lower.range(row.live, 2 * lanes);
+    // Lane 1 in the high nibble of the first byte.
+    const unsigned nibbles = lower.u16(row.flags);
+    for (std::size_t i = 0; i < lanes; ++i) {
+        const int word = words[2 * i] << 8 | words[2 * i + 1];
+        set_measured(module.lanes[i].*member, is_power(quantity), word * row.unit,
+                     flags_of_nibble[nibbles >> (12 - 4 * i) & 0x0fU]);
+    }
+}
+
+void set_not_ready(Value &value)
+{
+    if (value.state != State::unsupported)
+        value = {.state = State::failed, .reason = Reason::data_not_ready, .flags = value.flags};
 }
 
 void read_values(const Page &lower, const Page &page00, Module &module)
 {
-    const Monitors monitors(lower, page00, module);
-    const bool ready = !module.diagnostics.data_not_ready;
-    const auto silence = [&](Quantity quantity) { return monitors.silence(quantity); };
-    module.temperature =
-        read_value(lower, Quantity::temperature_c, 0, silence(Quantity::temperature_c), ready);
-    module.voltage = read_value(lower, Quantity::voltage_v, 0, silence(Quantity::voltage_v), ready);
-    module.diagnostics.implemented = module.temperature.state != State::unsupported ||
-                                     module.voltage.state != State::unsupported ||
-                                     silence(Quantity::rx_power_mw) == Reason::none;
-    const Reason no_bias = silence(Quantity::bias_ma);
-    const Reason no_tx = silence(Quantity::tx_power_mw);
-    const Reason no_rx = silence(Quantity::rx_power_mw);
-    for (std::size_t i = 0; i < lanes; ++i) {
-        Lane &lane = module.lanes[i];
-        lane.bias = read_value(lower, Quantity::bias_ma, i, no_bias, ready);
-        lane.tx_power = read_value(lower, Quantity::tx_power_mw, i, no_tx, ready);
-        lane.rx_power = read_value(lower, Quantity::rx_power_mw, i, no_rx, ready);
-    }
+    const Silences silences = silences_of(lower, page00, module);
+    module.diagnostics.implemented = std::ranges::count(silences, Reason::none) != 0;
+    read_value(lower, Quantity::temperature_c, silences[0], module.temperature);
+    read_value(lower, Quantity::voltage_v, silences[1], module.voltage);
+    read_lanes(lower, Quantity::bias_ma, silences[2], &Lane::bias, module);
+    read_lanes(lower, Quantity::tx_power_mw, silences[3], &Lane::tx_power, module);
+    read_lanes(lower, Quantity::rx_power_mw, silences[4], &Lane::rx_power, module);
+    if (!module.diagnostics.data_not_ready)
+        return;
+    set_not_ready(module.temperature);
+    set_not_ready(module.voltage);
+    for (Lane &lane : module.lanes)
+        for (Value *value : {&lane.bias, &lane.tx_power, &lane.rx_power})
+            set_not_ready(*value);
 }
 
 void read_status(const Page &lower, Module &module)
@@ -214,8 +212,8 @@ Module decode(const Memory &memory)
     const Page lower(memory.lower);
     const Page page00(memory.page00, upper);
     const Page page03(memory.page03, upper);
-    add_check(module, check(page00, cc_base));
-    add_check(module, check(page00, cc_ext));
+    add_check(page00, cc_base, module);
+    add_check(page00, cc_ext, module);
     read_identity(lower, page00, module);
     Diagnostics &diagnostics = module.diagnostics;
     diagnostics.type = page00.u8(id::diagnostic_type);
