@@ -52,6 +52,7 @@ diagd_manual(simulator boardctl.1 boardsim.8)
 diagd_install(shell ${CMAKE_INSTALL_BINDIR} diagsh)
 diagd_manual(shell diagsh.1)
 diagd_install(optics ${CMAKE_INSTALL_BINDIR} optics_program)
+diagd_manual(optics optics.1)
 
 install(DIRECTORY ${CMAKE_BINARY_DIR}/yang platform/mibs DESTINATION ${data_dir} COMPONENT platform)
 install(DIRECTORY sim/boards sim/modules DESTINATION ${data_dir} COMPONENT simulator FILES_MATCHING PATTERN *.json)

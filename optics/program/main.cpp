@@ -24,6 +24,7 @@ constexpr int exit_usage = 64; // as sysexits.h has it
 
 constexpr char usage[] = R"(usage: optics decode [--json] FILE...
        optics decode [--json] -
+       optics --help | --version
 
 What a pluggable optical module says of itself by SFF-8472, SFF-8636 or CMIS.  FILE is a dump of its memory:
 raw bytes, `ethtool -m DEV hex on`, or `i2cdump -y BUS ADDR`; "-" is standard input.  Several FILEs are parts of
@@ -86,6 +87,10 @@ int main(int argc, char **argv)
     const std::vector<std::string> words(argv + 1, argv + argc);
     if (words.size() == 1 && (words[0] == "--help" || words[0] == "-h" || words[0] == "help")) {
         std::fputs(usage, stdout);
+        return exit_good;
+    }
+    if (words.size() == 1 && (words[0] == "--version" || words[0] == "-V")) {
+        std::puts("optics " DIAGD_VERSION);
         return exit_good;
     }
     if (words.empty() || words[0] != "decode")

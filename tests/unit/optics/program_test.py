@@ -192,6 +192,7 @@ class Program(unittest.TestCase):
         for arguments in ((), ("decode",), ("decode", "--yaml", "-"), ("encode", "-"), ("--json", "-")):
             with self.subTest(arguments):
                 self.assert_refused(run(*arguments), USAGE, "usage: optics decode")
+        self.assertRegex(run("--version").stdout.decode(), r"\Aoptics \d+\.\d+\.\d+\n\Z")
         for arguments in (("--help",), ("decode", "--help")):
             result = run(*arguments)
             self.assertEqual((result.returncode, result.stderr), (GOOD, b""))

@@ -60,7 +60,7 @@ EXPECTED = {
         "share/man/man8/boardsim.8",
     ],
     "shell": ["bin/diagsh", "share/man/man1/diagsh.1"],
-    "optics": ["bin/optics"],
+    "optics": ["bin/optics", "share/man/man1/optics.1"],
     "development": [
         "include/diagd/tq_alarms.def",
         "include/diagd/tq_alarms.h",

@@ -13,7 +13,7 @@ from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[3]
 BUILD = Path(sys.argv.pop(1)).resolve()
-PAGES = ("boardctl.1", "boardsim.8", "diagd.8", "diagsh.1")
+PAGES = ("boardctl.1", "boardsim.8", "diagd.8", "diagsh.1", "optics.1")
 
 
 def shown(page):
