@@ -17,6 +17,8 @@ from pathlib import Path
 
 import pytest
 from alarm_store import AlarmStore, Record
+from command_table import COMMANDS
+from grammar import pattern
 
 GOLDEN = Path(__file__).parent
 TRANSCRIPTS = sorted(path.name for path in GOLDEN.glob("*.txt"))
@@ -40,6 +42,10 @@ def steps(text):
         else:
             assert line.startswith("# "), line
     return found
+
+
+def typed_lines(name):
+    return [typed for _, typed, _, _ in steps((GOLDEN / name).read_text())]
 
 
 def do(olt, words):
@@ -96,3 +102,12 @@ def test_a_session_goes_as_written(fresh_olt, name):
 ])
 def test_masks_stand_for_what_they_say_and_for_nothing_else(shown, expected, same):
     assert matches(shown, expected) == same
+
+
+@pytest.mark.parametrize("family", dict.fromkeys(command.family for command in COMMANDS))
+def test_every_family_of_commands_is_in_a_transcript(family):
+    """Most of its commands that are offered, that is."""
+    lines = {line for name in TRANSCRIPTS for line in typed_lines(name)}
+    offered = {command.grammar for command in COMMANDS if command.family == family and not command.hidden}
+    missing = {grammar for grammar in offered if not any(pattern(grammar).fullmatch(line) for line in lines)}
+    assert len(missing) <= len(offered) // 2, missing
