@@ -23,7 +23,7 @@ std::string reached(std::size_t clients)
 }
 
 // A list without entries is no text, which would be shown as "ok".
-std::string listed(std::string lines)
+std::string listed(const std::string &lines)
 {
     return lines.empty() ? "none\n" : lines;
 }

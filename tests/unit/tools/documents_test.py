@@ -8,7 +8,7 @@ PROJECT = Path(__file__).resolve().parents[3]
 DOCUMENTS = sorted([*PROJECT.glob("*.md"), *PROJECT.glob("docs/**/*.md"), *PROJECT.glob("bench/*.md")])
 FOLDERS = sorted(path.name for path in PROJECT.iterdir() if path.is_dir() and re.fullmatch(r"(?!build)\w+", path.name))
 PATH = re.compile(rf"(?:{'|'.join(FOLDERS)})/[\w./*-]*")
-FILE = re.compile(r"\w[\w/-]*\.(?:[ch]pp|h|py|cmake|patch|yang)")
+FILE = re.compile(r"\w[\w/-]*\.(?:[ch]pp|h|def|py|cmake|patch|yang)")
 OBJECT = re.compile(r"`(\w+)` \(`([\w/.]+)`\)")
 
 
