@@ -1,16 +1,41 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Board controls through the CPLD: the install order of their commands, and what is switched on at the start.
-// Failure policy: what cannot be switched on at the start stays as it is; the daemon runs on.
-#include "diagd/board/session.hpp"
-#include "diagd/core/command.hpp"
+// Board controls: the install order of their commands, reboot by command, and what is switched on at the
+// start. Failure policy: what cannot be switched on at the start stays as it is; the daemon runs on.
 #include "diagd/cpld/cpld_cmd.hpp"
+
+#include "diagd/board/session.hpp"
+#include "diagd/core/alarm_record.hpp"
+#include "diagd/core/command.hpp"
+#include "diagd/core/text.hpp"
 #include "diagd/cpld/port_switch.hpp"
+#include "diagd/monitors/reset_button/system_reset.hpp"
 #include "diagd/transceiver/optical_cmd.hpp"
+
+#include <cstdio>
 
 using diagd::config_node;
 using diagd::diagnose_node;
 using diagd::gpon_node;
 using diagd::xgpon_node;
+
+// The peers are not told of a reboot, and the board itself is reset by what ends the daemons.
+DEFUN(reboot_device, reboot_device_cmd, "reboot", "reboot device\n")
+{
+    diagd::file_alarm(TQ_ALARM_RESET, diagd::AlarmState::event, "reset by command");
+    system_backup();
+    system_reboot();
+    vty_out(vty, "Restarting system...%s", diagd::line_end);
+    std::puts("Resetting ...\r");
+    return CMD_SUCCESS;
+}
+
+// For scripts: no record, and not a word.
+DEFUN_HIDDEN(reboot_system, reboot_system_cmd, "reload", "reboot device\n")
+{
+    system_backup();
+    system_reboot();
+    return CMD_SUCCESS;
+}
 
 namespace {
 

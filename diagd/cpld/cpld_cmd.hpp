@@ -4,7 +4,7 @@
 
 #include "diagd/core/frr.hpp"
 
-// reboot_cmd.cpp
+// cpld_cli.cpp
 extern const struct cmd_element reboot_device_cmd;
 extern const struct cmd_element reboot_system_cmd;
 

@@ -4,15 +4,11 @@
 
 #include "diagd/core/frr.hpp"
 
-// idprom_cmd.cpp
+// transceiver_cli.cpp
 extern const struct cmd_element interface_idprom_show_cmd;
 extern const struct cmd_element interface_xgpon_idprom_show_cmd;
-
-// show_cmd.cpp
 extern const struct cmd_element transceiver_show_cmd;
 extern const struct cmd_element transceiver_detail_show_cmd;
-
-// rssi_txdis_cmd.cpp
 extern const struct cmd_element transceiver_rssi_txdis_cmd;
 extern const struct cmd_element show_transceiver_rssi_txdis_cmd;
 extern const struct cmd_element debug_transceiver_cmd;

@@ -5,15 +5,30 @@
 // shows the same digits; only the logarithm is taken in double precision.
 #include "diagd/transceiver/decode/optical_values.hpp"
 
-#include "diagd/transceiver/decode/wavelength_table.hpp"
-
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 
 using namespace diagd;
 
 namespace {
+
+// Laser wavelengths (A0h bytes 60-61) by which a module's use is known.
+struct WavelengthRow {
+    std::uint16_t wavelength_nm;
+    PortKind kind;
+};
+
+constexpr std::array<WavelengthRow, 7> wavelength_table{{
+    {850, PortKind::gigabit_ethernet},
+    {1310, PortKind::gigabit_ethernet},
+    {1311, PortKind::gigabit_ethernet},
+    {1490, PortKind::gpon},
+    {1535, PortKind::gpon},
+    {1577, PortKind::xgpon},
+    {1791, PortKind::xgpon},
+}};
 
 // XG-PON optics, and the GPON optics of a combo module's second path, report in double units.
 bool double_units(std::uint8_t diagnostics_address, std::uint16_t wavelength_nm) noexcept

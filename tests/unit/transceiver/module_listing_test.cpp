@@ -116,7 +116,7 @@ TEST_F(ModuleListing, port_0_is_listed_but_never_has_a_module)
     EXPECT_EQ(board_double.record, opening + lines("R 11") + closing);
 }
 
-TEST_F(ModuleListing, one_bracket_holds_all_interfaces)
+TEST_F(ModuleListing, one_session_holds_all_interfaces)
 {
     make_path(board_double.plug_pon(2), 0x50, 0x51);
     make_path(board_double.plug_gigabit(1), 0x50, 0x51, {.wavelength_nm = 1550, .monitoring = 0});

@@ -239,9 +239,9 @@ TEST_F(OpticalReadoutTest, debugging_says_that_the_monitoring_type_cannot_be_rea
     EXPECT_EQ(text.find("register 0x5c"), std::string::npos) << text;
 }
 
-// --- the socket
+// --- the cage
 
-Lines bracketed(const Lines &work)
+Lines in_session(const Lines &work)
 {
     return lines("P", "RAISE test", "OPEN 0", "LOWER") + work + lines("CLOSE", "V");
 }
@@ -255,24 +255,24 @@ std::optional<OpticalReadout> read_port(PortKind kind, int port,
     return read_optics(board, kind, port, on_failure);
 }
 
-TEST_F(OpticalReadoutTest, a_socket_is_reached_on_its_channel_and_its_second_path_is_asked_for)
+TEST_F(OpticalReadoutTest, a_cage_is_reached_on_its_channel_and_its_second_path_is_asked_for)
 {
     make_path(board_double.plug_pon(8), 0x50, 0x51);
     const auto readout = read_port(PortKind::gpon, 8);
     ASSERT_TRUE(readout);
     expect_values(readout->plain, 25.0F, 3.3F, 10.0F, 0.0F, -3.0103F);
     EXPECT_EQ(readout->xg, OpticalValues{});
-    EXPECT_EQ(board_double.record, bracketed(lines("R 11", "CH 7") + opening_a0 + byte_reads(0x51, 96, 105) +
-                                             lines("I 58:60 2", "CHE")));
+    EXPECT_EQ(board_double.record, in_session(lines("R 11", "CH 7") + opening_a0 + byte_reads(0x51, 96, 105) +
+                                              lines("I 58:60 2", "CHE")));
     board_double.expect_given_back();
 }
 
-TEST_F(OpticalReadoutTest, a_gigabit_socket_has_a_register_of_its_own_and_the_channels_behind)
+TEST_F(OpticalReadoutTest, a_gigabit_cage_has_a_register_of_its_own_and_the_channels_behind)
 {
     make_path(board_double.plug_gigabit(1), 0x50, 0x51, {.wavelength_nm = 850});
     EXPECT_TRUE(read_port(PortKind::gigabit_ethernet, 1));
-    EXPECT_EQ(board_double.record, bracketed(lines("R 12", "CH 8") + opening_a0 + byte_reads(0x51, 96, 105) +
-                                             lines("I 58:60 2", "CHE")));
+    EXPECT_EQ(board_double.record, in_session(lines("R 12", "CH 8") + opening_a0 + byte_reads(0x51, 96, 105) +
+                                              lines("I 58:60 2", "CHE")));
 }
 
 TEST_F(OpticalReadoutTest, a_second_path_with_a_wavelength_is_read_into_the_same_record)
@@ -285,8 +285,8 @@ TEST_F(OpticalReadoutTest, a_second_path_with_a_wavelength_is_read_into_the_same
     expect_values(readout->plain, 25.0F, 3.3F, 10.0F, 0.0F, -3.0103F);
     expect_values(readout->xg, 25.0F, 3.3F, 20.0F, 3.0103F, -3.0103F);
     EXPECT_EQ(board_double.record,
-              bracketed(lines("R 11", "CH 2") + opening_a0 + byte_reads(0x51, 96, 105) + lines("I 58:60 2") +
-                        opening_b0 + byte_reads(0x59, 96, 105) + lines("CHE")));
+              in_session(lines("R 11", "CH 2") + opening_a0 + byte_reads(0x51, 96, 105) + lines("I 58:60 2") +
+                         opening_b0 + byte_reads(0x59, 96, 105) + lines("CHE")));
 }
 
 TEST_F(OpticalReadoutTest, of_two_paths_of_one_class_the_second_ones_values_stand)
@@ -300,23 +300,23 @@ TEST_F(OpticalReadoutTest, of_two_paths_of_one_class_the_second_ones_values_stan
     EXPECT_EQ(readout->xg, OpticalValues{});
 }
 
-TEST_F(OpticalReadoutTest, an_empty_socket_is_not_selected)
+TEST_F(OpticalReadoutTest, an_empty_cage_is_not_selected)
 {
     board_double.plug_pon(2);
     for (const int port : {1, 0, 9, -1})
         EXPECT_FALSE(read_port(PortKind::gpon, port)) << port;
     EXPECT_FALSE(read_port(PortKind::gigabit_ethernet, 2));
-    EXPECT_EQ(board_double.record, bracketed(lines("R 12")));
+    EXPECT_EQ(board_double.record, in_session(lines("R 12")));
     board_double.fail({"cpld_read"});
     EXPECT_FALSE(read_port(PortKind::gpon, 2)) << "a register that cannot be read";
 }
 
-TEST_F(OpticalReadoutTest, a_channel_that_cannot_be_selected_is_an_empty_socket)
+TEST_F(OpticalReadoutTest, a_channel_that_cannot_be_selected_is_an_empty_cage)
 {
     make_path(board_double.plug_pon(1), 0x50, 0x51);
     board_double.fail({"select"});
     EXPECT_FALSE(read_port(PortKind::gpon, 1));
-    EXPECT_EQ(board_double.record, bracketed(lines("R 11", "CH 0")));
+    EXPECT_EQ(board_double.record, in_session(lines("R 11", "CH 0")));
 }
 
 TEST_F(OpticalReadoutTest, a_channel_that_cannot_be_selected_is_read_and_ended_where_that_is_wanted)
@@ -330,8 +330,8 @@ TEST_F(OpticalReadoutTest, a_channel_that_cannot_be_selected_is_read_and_ended_w
         "choose channel 0\r\ncpld i2c 7 set register 119 failed\r\n"));
     ASSERT_TRUE(readout);
     EXPECT_EQ(readout->plain.voltage_v, 0.0F);
-    EXPECT_EQ(board_double.record,
-              bracketed(lines("R 11", "CH 0") + opening_a0 + lower_memory(0x50) + lines("I 58:60 2", "CHE")));
+    EXPECT_EQ(board_double.record, in_session(lines("R 11", "CH 0") + opening_a0 + lower_memory(0x50) +
+                                              lines("I 58:60 2", "CHE")));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Optical readings of a PON port: the bracket's order, what is read, and what is written where.
+// Optical readings of a PON port: the order of the session, what is read, and what is written where.
 #include "diagd/transceiver/memory/pon_optics.hpp"
 
 #include "diagd/core/state.hpp"
@@ -137,7 +137,7 @@ TEST_F(PonOptics, an_unknown_wavelength_matches_no_type_not_even_zero)
     expect_untouched();
 }
 
-TEST_F(PonOptics, gigabit_optics_are_looked_for_in_the_pon_socket)
+TEST_F(PonOptics, gigabit_optics_are_looked_for_in_the_pon_cage)
 {
     make_path(board_double.plug_pon(4), 0x50, 0x51, {.wavelength_nm = 1310});
     EXPECT_EQ(get(1, 4), 0);
@@ -177,7 +177,7 @@ TEST_F(PonOptics, an_unsupported_module_is_reached_but_writes_nothing)
     EXPECT_EQ(board_double.record, opening + lines("R 11", "CH 0", "I 50:0 1") + closing);
 }
 
-TEST_F(PonOptics, an_empty_socket_behind_a_set_presence_bit_writes_nothing)
+TEST_F(PonOptics, an_empty_cage_behind_a_set_presence_bit_writes_nothing)
 {
     board_double.plug_pon(1);
     EXPECT_EQ(get(2, 1), 0);
@@ -206,7 +206,7 @@ TEST_F(PonOptics, a_cpld_that_does_not_open_gives_the_semaphore_back_without_a_c
     EXPECT_EQ(board_double.record, opening + lines("V"));
 }
 
-TEST_F(PonOptics, an_absent_module_closes_the_bracket)
+TEST_F(PonOptics, an_absent_module_closes_the_session)
 {
     EXPECT_EQ(get(2, 1), -1);
     EXPECT_EQ(board_double.record, opening + lines("R 11", "CLOSE", "V"));

@@ -96,7 +96,7 @@ TEST_F(SharedPinControl, of_a_byte_that_cannot_be_read_starts_from_zero)
     EXPECT_EQ(read_pin_control(PortKind::gpon, 1), 0);
 }
 
-TEST_F(SharedPinControl, is_read_in_a_bracket_of_its_own)
+TEST_F(SharedPinControl, is_read_in_a_session_of_its_own)
 {
     board_double.plug_pon(8)[0x51][118] = 0xA5;
     EXPECT_EQ(read_pin_control(PortKind::xgpon, 8), 0xA5);
