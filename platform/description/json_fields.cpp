@@ -102,7 +102,7 @@ long Fields::to_number(const char *name, json_object *value, long min, long max)
         char *end = nullptr;
         errno = 0;
         number = std::strtol(text, &end, 0);
-        if (end == text || *end != '\0' || errno != 0)
+        if (end == text || end != text + json_object_get_string_len(value) || errno != 0)
             fail(name, "\"" + std::string(text) + "\" is not a whole number");
     } else {
         fail(name, "not a whole number");

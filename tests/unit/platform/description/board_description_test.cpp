@@ -122,6 +122,26 @@ TEST_F(Description, text_that_is_no_number_is_refused)
                 EndsWith("lm75.address: \"48h\" is not a whole number"));
 }
 
+TEST_F(Description, text_behind_the_object_is_refused)
+{
+    EXPECT_THAT(complaint(default_text() + "{}"), EndsWith("text after the end of the object"));
+    EXPECT_EQ(complaint(default_text() + " \t\r\n"), "accepted");
+}
+
+TEST_F(Description, file_that_ends_too_early_is_refused)
+{
+    const std::string text = default_text();
+    EXPECT_THAT(complaint(text.substr(0, text.rfind('}'))), EndsWith("the file ends too early"));
+}
+
+TEST_F(Description, text_with_a_nul_is_refused)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "\"0x48\"", "\"0x48\\u0000\"")),
+                Not(EndsWith("accepted")));
+    EXPECT_THAT(complaint(replaced(default_text(), "OLT8-XGS", "OLT8\\u0000XGS")),
+                EndsWith("contains a NUL character"));
+}
+
 TEST_F(Description, port_given_twice_names_the_entry)
 {
     EXPECT_THAT(complaint(replaced(default_text(), "{\"port\": 2}", "{\"port\": 1}")),
