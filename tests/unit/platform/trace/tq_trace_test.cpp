@@ -88,8 +88,8 @@ TEST_F(Trace, a_thread_is_shown_by_its_name)
 TEST_F(Trace, text_is_quoted_and_stays_on_one_line)
 {
     tq::traced(
-        "pal_system", [] { return 0; }, tq::arg("line", "echo \"a\"\r\n\x01"));
-    EXPECT_EQ(last_event(), "main pal_system line=\"echo \\\"a\\\"\\r\\n\\x01\" -> 0");
+        "pal_system", [] { return 0; }, tq::arg("line", "echo \"a\\b\"\r\n\x01\x7f\x1f~"));
+    EXPECT_EQ(last_event(), "main pal_system line=\"echo \\\"a\\\\b\\\"\\r\\n\\x01\\x7f\\x1f~\" -> 0");
 }
 
 TEST_F(Trace, a_null_text_and_a_null_result_are_shown)
@@ -216,6 +216,14 @@ TEST_F(Faults, a_delay_without_a_result_only_delays)
     write_faults("f delay_ms=30\n");
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(call("f", 4), 4);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(30));
+}
+
+TEST_F(Faults, of_two_lines_the_longer_delay_and_the_first_result_hold)
+{
+    write_faults("f delay_ms=30 ret=-1\nf delay_ms=1 ret=-2\n");
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(call("f"), -1);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(30));
 }
 
