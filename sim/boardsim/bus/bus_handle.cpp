@@ -128,12 +128,12 @@ void transact(SimulatedBoard &board, BusHandle &handle, const SimRequest &reques
     transaction.channel =
         static_cast<std::int16_t>(request.op == SimOp::select ? request.number : handle.channel);
 
-    const Faults::Verdict verdict = board.faults.judge(transaction);
+    const Faults::Effect effect = board.faults.evaluate(transaction);
     answer.value = 0;
     answer.data.clear();
-    answer.delay_ms = verdict.delay_ms;
+    answer.delay_ms = effect.delay_ms;
     answer.result =
-        verdict.result < 0 ? verdict.result : perform(board, handle, request, out, transaction, answer);
+        effect.result < 0 ? effect.result : perform(board, handle, request, out, transaction, answer);
     transaction.result = answer.result;
     board.log.add(transaction);
 }

@@ -27,7 +27,7 @@ struct BusAnswer {
     int delay_ms = 0; // to be waited for before the answer is given
 };
 
-// `out` is what the request writes.  `answer` is filled anew.
+// `out` is what the request writes.  `answer` is overwritten.
 void transact(SimulatedBoard &board, BusHandle &handle, const board::SimRequest &request,
               std::span<const std::uint8_t> out, BusAnswer &answer);
 

@@ -64,9 +64,9 @@ std::string Fault::text() const
     return line + " (" + std::to_string(hits) + " of " + std::to_string(seen) + " hit)";
 }
 
-Faults::Verdict Faults::judge(const Transaction &transaction)
+Faults::Effect Faults::evaluate(const Transaction &transaction)
 {
-    Verdict verdict;
+    Effect effect;
     for (Fault &fault : faults_) {
         if (!fault.matches(transaction))
             continue;
@@ -74,11 +74,11 @@ Faults::Verdict Faults::judge(const Transaction &transaction)
         if (fault.seen < fault.nth || (fault.count != 0 && fault.hits >= fault.count))
             continue;
         ++fault.hits;
-        verdict.delay_ms += fault.delay_ms;
-        if (verdict.result == 0)
-            verdict.result = -fault.error;
+        effect.delay_ms += fault.delay_ms;
+        if (effect.result == 0)
+            effect.result = -fault.error;
     }
-    return verdict;
+    return effect;
 }
 
 unsigned Faults::add(Fault fault)

@@ -31,14 +31,14 @@ struct Fault {
 
 class Faults {
 public:
-    struct Verdict {
+    struct Effect {
         int result = 0; // 0 or a negative errno value
         int delay_ms = 0;
     };
 
     // Counts the transaction and says what becomes of it.  The first failing fault decides the result;
     // delays add up.
-    Verdict judge(const Transaction &transaction);
+    Effect evaluate(const Transaction &transaction);
     unsigned add(Fault fault);
     // False when there is no such fault.
     bool remove(unsigned id);

@@ -17,7 +17,7 @@ namespace sim {
 MappedFile::MappedFile(std::string path, std::size_t size) : path_(std::move(path)), size_(size)
 {
     const base::Fd fd(::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
-    // The daemon reaches it as an ordinary user, whatever the umask.
+    // The daemon reaches it as an ordinary user, so the umask must not count.
     if (!fd || ::fchmod(fd.get(), 0666) != 0 || ::ftruncate(fd.get(), static_cast<off_t>(size)) != 0)
         throw std::system_error(errno, std::generic_category(), path_);
     data_ = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd.get(), 0);

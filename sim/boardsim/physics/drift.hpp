@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Small physical movement: temperatures wander, powers and currents breathe.  Seeded, so that two runs with
-// the same seed move alike.
+// the same seed do the same.
 #pragma once
 
 #include <map>

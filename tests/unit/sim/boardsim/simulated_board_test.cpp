@@ -160,10 +160,10 @@ TEST(Faults, nth_and_count_bound_the_hits)
     const auto read = transaction(board::SimOp::i2c_read, 0x51, 0);
     std::vector<int> results;
     for (int i = 0; i < 5; ++i)
-        results.push_back(faults.judge(read).result);
+        results.push_back(faults.evaluate(read).result);
     EXPECT_THAT(results, ElementsAre(0, -6, -6, 0, 0));
-    EXPECT_EQ(faults.judge(transaction(board::SimOp::i2c_read, 0x50, 0)).result, 0);
-    EXPECT_EQ(faults.judge(transaction(board::SimOp::i2c_write, 0x51, 0)).result, 0);
+    EXPECT_EQ(faults.evaluate(transaction(board::SimOp::i2c_read, 0x50, 0)).result, 0);
+    EXPECT_EQ(faults.evaluate(transaction(board::SimOp::i2c_write, 0x51, 0)).result, 0);
 }
 
 TEST(Faults, delays_add_up_and_the_first_error_decides)
@@ -172,9 +172,9 @@ TEST(Faults, delays_add_up_and_the_first_error_decides)
     faults.add(sim::parse_fault({"any", "delay=20"}));
     faults.add(sim::parse_fault({"any", "thread=fan_monitor", "errno=5", "delay=1"}));
     faults.add(sim::parse_fault({"any", "errno=7"}));
-    const auto verdict = faults.judge(transaction(board::SimOp::cpld_read, 0, 4));
-    EXPECT_EQ(verdict.result, -5);
-    EXPECT_EQ(verdict.delay_ms, 21);
+    const auto effect = faults.evaluate(transaction(board::SimOp::cpld_read, 0, 4));
+    EXPECT_EQ(effect.result, -5);
+    EXPECT_EQ(effect.delay_ms, 21);
 }
 
 TEST(Faults, fault_without_error_or_delay_is_an_io_error)
@@ -199,7 +199,7 @@ TEST(Faults, removed_fault_hits_no_more)
     const unsigned id = faults.add(sim::parse_fault({"any"}));
     EXPECT_TRUE(faults.remove(id));
     EXPECT_FALSE(faults.remove(id));
-    EXPECT_EQ(faults.judge(transaction(board::SimOp::select, 0, 0)).result, 0);
+    EXPECT_EQ(faults.evaluate(transaction(board::SimOp::select, 0, 0)).result, 0);
 }
 
 std::vector<std::string> lines(const sim::TransactionLog &log, std::uint64_t since = 0)
