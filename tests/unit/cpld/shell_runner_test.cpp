@@ -174,6 +174,16 @@ TEST(ShellRunner, an_end_is_that_of_the_whole_group)
     ::close(file);
 }
 
+TEST(ShellRunner, nobody_can_refuse_to_end)
+{
+    const TemporaryFolder folder;
+    const RunBounds bounds{.total = 50ms};
+    const std::string line = "trap '' TERM HUP INT; sleep 3; touch " + folder.file("went_on");
+    EXPECT_EQ(printed_by([&] { EXPECT_EQ(run_dropping_output(line, bounds), SIGKILL); }),
+              "popen res is :9\n");
+    EXPECT_FALSE(std::filesystem::exists(folder.file("went_on")));
+}
+
 TEST(ShellRunner, one_who_left_his_shell_is_ended_too_and_counts_as_the_shell)
 {
     const TemporaryFolder folder;

@@ -5,6 +5,7 @@
 #include "tests/unit/module_board_double.hpp"
 
 #include "tq_board.h"
+#include "util_cpld.h"
 
 #include <gtest/gtest.h>
 
@@ -53,6 +54,16 @@ TEST_F(ModuleListing, lists_pon_before_gigabit_ports)
 {
     EXPECT_EQ(names(), lines("GPON 0/1", "GPON 0/2", "GE 0/1"));
     EXPECT_EQ(names("PON"), lines("PON 0/1", "PON 0/2", "GE 0/1"));
+}
+
+TEST_F(ModuleListing, says_nothing_while_the_cplds_debugging_is_on)
+{
+    make_path(board_double.plug_pon(1), 0x50, 0x51);
+    cpld_debug = 1;
+    testing::internal::CaptureStdout();
+    read(ReadScope::values_and_identity);
+    cpld_debug = 0;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 TEST_F(ModuleListing, a_port_of_either_pon_table_is_listed_once)

@@ -4,6 +4,7 @@
 
 #include "diagd/core/state.hpp"
 #include "tests/unit/module_board_double.hpp"
+#include "util_cpld.h"
 
 #include <gtest/gtest.h>
 
@@ -55,6 +56,17 @@ TEST_F(PonOptics, reads_an_internally_calibrated_path_in_ten_byte_reads)
     EXPECT_FLOAT_EQ(bias, 10.0F);
     EXPECT_EQ(tx, 0.0F);
     EXPECT_NEAR(rx, -3.0103F, 1e-4F);
+}
+
+// The switch is that of another display's readings; these are made every three seconds.
+TEST_F(PonOptics, say_nothing_while_the_cplds_debugging_is_on)
+{
+    make_path(board_double.plug_pon(1), 0x50, 0x51);
+    cpld_debug = 1;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(get(2, 1), 0);
+    cpld_debug = 0;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 TEST_F(PonOptics, reads_an_externally_calibrated_path_in_one_block_of_76_bytes)
