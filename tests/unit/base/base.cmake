@@ -3,3 +3,4 @@
 diagd_unit_test(printable_test printable_test.cpp)
 diagd_unit_test(owners_test owners_test.cpp LIBS deps::jsonc)
 diagd_unit_test(utf8_test utf8_test.cpp)
+diagd_unit_test(json_writer_test json_writer_test.cpp)
