@@ -24,11 +24,11 @@ std::string hex(std::uint8_t byte)
 }
 
 constexpr std::array<QuantityWords, quantities> quantity_words{{
-    {"temperature", "temperature", "C", "C"},
-    {"voltage", "supply voltage", "V", "V"},
-    {"bias", "laser bias", "mA", "mA"},
-    {"tx_power", "TX power", "dBm", "dBm"},
-    {"rx_power", "RX power", "dBm", "dBm"},
+    {"temperature", "temperature", "C"},
+    {"voltage", "supply voltage", "V"},
+    {"bias", "laser bias", "mA"},
+    {"tx_power", "TX power", "dBm"},
+    {"rx_power", "RX power", "dBm"},
 }};
 
 } // namespace

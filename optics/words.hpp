@@ -27,7 +27,7 @@ std::string_view explain(Reason reason);
 std::vector<std::string_view> names_of(const Flags &flags);
 
 struct QuantityWords {
-    std::string_view key, title, unit, threshold_unit;
+    std::string_view key, title, unit;
 };
 const QuantityWords &words_of(Quantity quantity);
 
