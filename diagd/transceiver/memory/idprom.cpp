@@ -64,7 +64,7 @@ private:
         std::string bytes;
         for (unsigned i = 0; i < field.length; ++i)
             bytes += static_cast<char>(byte(static_cast<std::uint8_t>(field.first + i)));
-        return bytes.c_str(); // ends at the first zero byte
+        return bytes.substr(0, bytes.find('\0'));
     }
 
     std::uint8_t dump_address() const noexcept
