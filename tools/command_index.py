@@ -34,15 +34,15 @@ def headings(document):
     return [(len(match[1]), match[2]) for match in (re.fullmatch(r"(#+) (.+)", line) for line in lines) if match]
 
 
-def grammars_of(heading):
+def syntaxes_of(heading):
     """The commands that a heading names."""
     return re.findall(r"`([^`]+)`", heading)
 
 
-def words(grammar):
-    """The words of a grammar; what is in brackets is one."""
+def words(syntax):
+    """The words of a syntax; what is in brackets is one."""
     found, depth = [""], 0
-    for character in grammar:
+    for character in syntax:
         depth += (character in OPENING) - (character in CLOSING)
         if character == " " and not depth:
             found.append("")
@@ -51,9 +51,9 @@ def words(grammar):
     return [word for word in found if word]
 
 
-def stands_for(written, grammar):
-    """Whether a heading's grammar is that of the command.  A word in capitals stands for any one placeholder or choice."""
-    ours, theirs = words(written), words(grammar)
+def stands_for(written, syntax):
+    """Whether a heading's syntax is that of the command.  A word in capitals stands for any one placeholder or choice."""
+    ours, theirs = words(written), words(syntax)
     return len(ours) == len(theirs) and all(map(_word_stands_for, ours, theirs))
 
 
@@ -72,27 +72,27 @@ def anchor(heading):
 
 
 def documented():
-    """Every command that has a section, as (grammar, page, heading)."""
+    """Every command that has a section, as (syntax, page, heading)."""
     return [
-        (grammar, page, text)
+        (syntax, page, text)
         for page in PAGES
         for level, text in headings(page)
         if level >= SECTION
-        for grammar in grammars_of(text)
+        for syntax in syntaxes_of(text)
     ]
 
 
 def index(commands_of):
-    """The lines of the index; commands_of(node) gives the grammars that the daemon lists in a node."""
+    """The lines of the index; commands_of(node) gives the syntaxes that the daemon lists in a node."""
     listed = {node: commands_of(node) for node in NODES}
     lines = []
-    for grammar, page, heading in sorted(documented()):
+    for syntax, page, heading in sorted(documented()):
         nodes = [
-            name for node, name in NODES.items() if any(stands_for(grammar, command) for command in listed[node])
+            name for node, name in NODES.items() if any(stands_for(syntax, command) for command in listed[node])
         ]
-        # Headings of one grammar are told apart by what follows it.
+        # Headings of one syntax are told apart by what follows it.
         rest = heading.rpartition("`")[2]
-        lines.append(f"- [`{grammar}`{rest}]({page.name}#{anchor(heading)}): {', '.join(nodes) or 'hidden'}\n")
+        lines.append(f"- [`{syntax}`{rest}]({page.name}#{anchor(heading)}): {', '.join(nodes) or 'hidden'}\n")
     return "".join(lines)
 
 

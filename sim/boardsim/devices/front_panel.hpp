@@ -10,8 +10,8 @@
 
 namespace sim {
 
-// A file of fixed size, mapped for reading and writing.  It is not removed at the end: others may have it mapped
-// or bound to another path.
+// A file of fixed size, mapped for reading and writing.  It is not removed at the end: others may have it
+// mapped or bound to another path.
 class MappedFile {
 public:
     // Throws std::system_error.

@@ -13,7 +13,7 @@ LINK = re.compile(r"\]\((?!\w+:)([^)#\s]*)(?:#([^)\s]+))?\)")
 
 @pytest.fixture(scope="module")
 def own_commands(make_olt):
-    """The grammar of every command that the daemon itself installs, hidden ones included."""
+    """The syntax of every command that the daemon itself installs, hidden ones included."""
     calls = make_olt().start(trace=True).trace()
     frame = [call.op for call in calls].index("frr_init")
     return {call.values["str"].strip() for call in of(calls[frame + 1 :], "install_element")}
@@ -24,15 +24,15 @@ def name_of(document):
 
 
 def test_every_command_has_a_section(own_commands):
-    named = [grammar for grammar, _, _ in documented()]
+    named = [syntax for syntax, _, _ in documented()]
     missing = sorted(command for command in own_commands
-                     if not any(stands_for(grammar, command) for grammar in named))
+                     if not any(stands_for(syntax, command) for syntax in named))
     assert not missing, "no section of docs/commands is about\n" + "\n".join(missing)
 
 
 def test_every_section_is_about_a_command_that_exists(own_commands):
-    gone = [grammar for grammar, _, _ in documented()
-            if not any(stands_for(grammar, command) for command in own_commands)]
+    gone = [syntax for syntax, _, _ in documented()
+            if not any(stands_for(syntax, command) for command in own_commands)]
     assert not gone
 
 
