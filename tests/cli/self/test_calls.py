@@ -39,6 +39,11 @@ def test_a_part_of_a_trace_is_read_from_and_to_its_bytes(trace):
     assert [found.op for found in read_trace(trace, begin, only=" main ")] == ["cli_log", "lower"]
 
 
+def test_a_part_that_begins_within_a_line_begins_with_the_next_one(trace):
+    begin = TRACE.index("misc_cpld_i2c_open")
+    assert [found.op for found in read_trace(trace, begin)] == ["cli_log", "lower"]
+
+
 def test_a_last_line_that_is_being_written_is_left_for_later(trace):
     with open(trace, "a") as file:
         file.write("000005 1004 main lo")

@@ -47,9 +47,13 @@ def read_trace(path, start=0, end=None, only=""):
     matters = re.compile(only)
     calls = []
     with open(path, "rb") as file:
-        file.seek(start)
+        # The file's size may have been looked at in the middle of a line, which then belongs to what came before.
+        file.seek(max(start - 1, 0))
+        head = file.read(1) if start else b"\n"
         text = file.read(-1 if end is None else end - start).decode("latin-1")
     *lines, _half_written = text.split("\n")
+    if head != b"\n":
+        lines = lines[1:]
     for line in lines:
         if matters.search(line):
             match = _LINE.fullmatch(line)
