@@ -57,6 +57,12 @@ class CheckLayers(unittest.TestCase):
     def test_a_unit_does_not_see_what_another_keeps_to_itself(self):
         self.assert_refused("diagd/cpld/a.cpp", '#include "diagd/monitors/fan_private.hpp"\n', "only through the headers that EXPORTS")
 
+    def test_the_c_api_stands_on_its_own(self):
+        self.assert_refused(
+            "platform/include/a.h", '#include "platform/trace/tq_trace.hpp"\n', "the C API stands on its own"
+        )
+        self.assert_allowed("platform/include/a.h", '#include "tq_api.h"\n')
+
     def test_a_unit_does_not_look_up(self):
         self.assert_refused("diagd/monitors/a.cpp", '#include "diagd/units.hpp"\n', "includes go down only")
 
