@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // diagsh: the shell of the diagnostics daemon, for a person (alone) and for scripts (-c, -m).
 #include "shell/failure.hpp"
-#include "shell/monitor.hpp"
+#include "shell/modes.hpp"
 #include "shell/paths.hpp"
-#include "shell/save.hpp"
-#include "shell/script.hpp"
-#include "shell/telnet.hpp"
 
 #include <getopt.h>
 #include <unistd.h>

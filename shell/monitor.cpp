@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's log as it is written.  The daemon never waits for a monitor: it drops what a slow one has no
 // room for and says how many lines that were.
-#include "shell/monitor.hpp"
+#include "shell/modes.hpp"
 
 #include "shell/failure.hpp"
 #include "shell/live_record.hpp"
-#include "shell/output.hpp"
 #include "shell/vty_session.hpp"
 
 #include <poll.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Saving the configuration of all daemons of an OLT.  A daemon that does not answer in time has not saved:
 // the caller may be about to reset the box and must not hang.
-#include "shell/save.hpp"
+#include "shell/modes.hpp"
 
 #include "shell/failure.hpp"
 #include "shell/vty_session.hpp"

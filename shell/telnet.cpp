@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The interactive session: the terminal and the daemon's telnet vty, passed through to each other.
 // When the daemon goes away the terminal is given back as it was.
-#include "shell/telnet.hpp"
+#include "shell/modes.hpp"
 
 #include "base/fd.hpp"
 #include "shell/failure.hpp"

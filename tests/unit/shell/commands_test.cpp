@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "shell/script.hpp"
+#include "shell/modes.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

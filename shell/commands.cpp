@@ -1,11 +1,29 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Commands run one after another without a person.
-#include "shell/script.hpp"
+// Commands run one after another without a person, and what they print.
+#include "shell/modes.hpp"
 
-#include "shell/output.hpp"
+#include "shell/failure.hpp"
 #include "shell/vty_session.hpp"
 
+#include <cstdio>
+
 namespace diagsh {
+
+void write_out(const std::string &text)
+{
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+        throw Failure(EX_IOERR, "cannot write to standard output");
+}
+
+int report_failed(const std::string &command, const VtyAnswer &answer)
+{
+    std::fwrite(answer.text.data(), 1, answer.text.size(), stderr);
+    if (answer.text.empty())
+        std::fprintf(stderr, "diagsh: command failed with status %d: %s\n", answer.status, command.c_str());
+    else if (answer.text.back() != '\n')
+        std::fputc('\n', stderr);
+    return answer.status;
+}
 
 std::vector<std::string> way_to_node(const std::string &node)
 {
