@@ -3,7 +3,7 @@
 // loop, not in signal context, so the handlers may log and call the database library.
 // Failure policy of the end: it takes a second at most and has status 0, whatever other threads wait for.
 // What the event loop itself does is finished first.
-#include "diagd/daemon_info.hpp"
+#include "diagd/start_steps.hpp"
 
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/privileges.hpp"

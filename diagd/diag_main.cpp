@@ -3,7 +3,6 @@
 // from it and everything else runs with the library's defaults.
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/daemon_info.hpp"
 #include "diagd/start_steps.hpp"
 #include "diagd/units.hpp"
 

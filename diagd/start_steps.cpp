@@ -2,7 +2,6 @@
 // Steps of the start order that belong to no unit.
 #include "diagd/start_steps.hpp"
 
-#include "diagd/core/database_debug.hpp"
 #include "diagd/core/frr.hpp"
 #include "diagd/core/state.hpp"
 

@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Steps of the start order that belong to no unit.  "Ends the process" is exit status 0: whoever supervises
-// the daemon must not take a board without semaphore or database for a crash and restart it in a circle.
+// What of the start belongs to no unit: the daemon as libfrr knows it, and steps of the start order.  "Ends
+// the process" is exit status 0: whoever supervises the daemon must not take a board without semaphore or
+// database for a crash and restart it in a circle.
 #pragma once
+
+struct frr_daemon_info;
+
+// What libfrr is told about the daemon: names, vty port, signals, privileges.
+extern struct frr_daemon_info diagd_di;
 
 // Messages on standard output reach a log when they are printed, not when a buffer is full.
 void line_buffer_stdout();

@@ -2,7 +2,6 @@
 // The daemon's side of the configuration database: a connection for every vty session, and the subscriptions
 // of the alarm log.  A session whose connection cannot be opened goes on without it.
 #include "diagd/alarm_log/servers/remote_server.hpp"
-#include "diagd/core/database_debug.hpp"
 #include "diagd/core/state.hpp"
 
 #include <cstdio>

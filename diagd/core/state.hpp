@@ -71,3 +71,15 @@ extern diagd::State diagm;       // all zero at start
 extern tq_database_t g_diagd_db; // configuration database
 extern tq_port_info_t port_info; // port counts; all zero when the database could not give them
 extern tq_intf_table_t intf;     // interface table; all zero means no ports
+
+namespace diagd {
+
+// Hands the database library's debug word and sysrepo's log function back to the libraries, so that their
+// debug output follows the database debug switch.
+inline void register_database_debug() noexcept
+{
+    db_debug_flag_reg(db_debug_flag_return());
+    sysrepo_debug_fun_reg(sysrepo_debug_func_return());
+}
+
+} // namespace diagd

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's command frame: its nodes, the order in which the alarm log's and its own commands are
-// installed, and the basic commands. Failure policy: all commands succeed on every path.  What the database
-// does not give is shown empty.
+// installed, and the basic commands.
+// Failure policy: all commands succeed on every path.  What the database does not give is shown empty.
 #include "base/printable.hpp"
 #include "diagd/alarm_log/alarm_log_cli.hpp"
 #include "diagd/board/gpio.hpp"
@@ -235,10 +235,17 @@ constexpr diagd::InstallRow interface_commands[] = {
 };
 
 constexpr diagd::InstallRow basic_commands[] = {
-    {diagnose_node, &show_debugging_cmd},    {diagnose_node, &pon_reset_cmd},
-    {diagnose_node, &gpio_system_reset_cmd}, {config_node, &show_version_cmd},
-    {diagnose_node, &fan_monitor_set_cmd},   {diagnose_node, &usb_monitor_set_cmd},
-    {diagnose_node, &power_monitor_set_cmd}, {diagnose_node, &transceiver_monitor_set_cmd},
+    // The board
+    {diagnose_node, &show_debugging_cmd},
+    {diagnose_node, &pon_reset_cmd},
+    {diagnose_node, &gpio_system_reset_cmd},
+    {config_node, &show_version_cmd},
+
+    // Monitor switches
+    {diagnose_node, &fan_monitor_set_cmd},
+    {diagnose_node, &usb_monitor_set_cmd},
+    {diagnose_node, &power_monitor_set_cmd},
+    {diagnose_node, &transceiver_monitor_set_cmd},
     {diagnose_node, &show_diag_monitor_cmd},
 };
 

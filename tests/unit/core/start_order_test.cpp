@@ -3,7 +3,7 @@
 #undef main
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
-#include "diagd/daemon_info.hpp"
+#include "diagd/start_steps.hpp"
 #include "diagd/units.hpp"
 
 #include "tq_api.h"
