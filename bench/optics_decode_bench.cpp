@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 #include "optics/decode.hpp"
 
@@ -189,6 +190,11 @@ void put_word(std::uint8_t *p, int value)
     p[1] = static_cast<std::uint8_t>(value);
 }
 
+void put_text(std::uint8_t *p, std::string_view text)
+{
+    std::copy(text.begin(), text.end(), p);
+}
+
 void put_sum(std::uint8_t *p, int first, int last, int code)
 {
     p[code] = 0;
@@ -201,9 +207,9 @@ std::uint8_t a0[256], a2[256], lower[128], page00[128], page03[128];
 void fill_sfp(bool external)
 {
     a0[0] = 3;
-    std::memcpy(a0 + 20, "ACME OPTICS     ", 16);
-    std::memcpy(a0 + 40, "AC-10G-LR       B2  ", 20);
-    std::memcpy(a0 + 68, "SN0001          210304  ", 24);
+    put_text(a0 + 20, "ACME OPTICS     ");
+    put_text(a0 + 40, "AC-10G-LR       B2  ");
+    put_text(a0 + 68, "SN0001          210304  ");
     put_word(a0 + 60, 1310);
     a0[92] = external ? 0x58 : 0x68;
     a0[93] = 0xf0;
@@ -225,9 +231,9 @@ void fill_sfp(bool external)
 void fill_qsfp()
 {
     lower[0] = page00[0] = 0x11;
-    std::memcpy(page00 + 20, "ACME OPTICS     ", 16);
-    std::memcpy(page00 + 40, "AC-100G-LR4     A1", 18);
-    std::memcpy(page00 + 68, "SN0002          210304  ", 24);
+    put_text(page00 + 20, "ACME OPTICS     ");
+    put_text(page00 + 40, "AC-100G-LR4     A1");
+    put_text(page00 + 68, "SN0002          210304  ");
     put_word(page00 + 58, 26200);
     page00[92] = 0x3c;
     put_word(lower + 22, 7808);

@@ -11,7 +11,6 @@ namespace {
 
 using optics::Judgement;
 using optics::Medium;
-using optics::Quantity;
 using optics::Reason;
 using optics::State;
 using optics::Value;

@@ -9,7 +9,6 @@ namespace {
 using optics::Judgement;
 using optics::Medium;
 using optics::Quantity;
-using optics::Reason;
 using optics::State;
 
 TEST(Sff8636, identity)
