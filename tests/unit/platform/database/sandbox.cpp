@@ -2,6 +2,7 @@
 #include "tests/unit/platform/database/sandbox.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
@@ -10,6 +11,7 @@
 
 #include <sysrepo.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -171,10 +173,20 @@ Program::~Program()
 
 std::string Program::line()
 {
+    constexpr std::chrono::seconds limit{60};
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     std::string text;
-    for (char c; read(out_, &c, 1) == 1 && c != '\n';)
+    for (;;) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd out{out_, POLLIN, 0};
+        char c;
+        if (poll(&out, 1, std::max(static_cast<int>(left.count()), 0)) <= 0)
+            return "nothing in a minute";
+        if (read(out_, &c, 1) != 1 || c == '\n')
+            return text;
         text += c;
-    return text;
+    }
 }
 
 void Program::signal(int number) const

@@ -38,7 +38,7 @@ public:
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;
 
-    std::string line(); // blocks; empty at the end
+    std::string line(); // waits for a minute; empty at the end
     void signal(int number) const;
     int wait(); // exit status, or 128 + signal
 
