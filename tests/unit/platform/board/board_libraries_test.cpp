@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <array>
@@ -397,7 +398,7 @@ TEST_F(Libraries, silent_board_is_a_timeout)
     EXPECT_EQ(misc_cpld_i2c_read_byte(handle, 4, &value), 0);
 }
 
-TEST_F(Libraries, handle_works_again_after_the_board_was_started_anew)
+TEST_F(Libraries, handle_works_again_after_the_board_was_started_again)
 {
     const Handle cpld(misc_cpld_i2c_open(0));
     const Handle sensor(misc_i2c_device_init(2));
@@ -410,6 +411,7 @@ TEST_F(Libraries, handle_works_again_after_the_board_was_started_anew)
     EXPECT_EQ(misc_cpld_i2c_read_byte(cpld, 0, &value), 0);
     EXPECT_EQ(value, 0x21);
     EXPECT_EQ(read_byte(sensor, 0x48, 0), 0x19);
+    EXPECT_EQ(::fcntl(cpld, F_GETFD), FD_CLOEXEC) << "programs that are started inherit none";
 }
 
 TEST_F(Libraries, phy_tells_its_identity)

@@ -322,6 +322,15 @@ TEST_F(LinuxBus, a_multiplexer_of_eight_channels_has_one_control_byte)
     EXPECT_THAT(kernel.calls, ElementsAre("0 70 write 80", "0 70 write 0"));
 }
 
+TEST_F(LinuxBus, a_multiplexer_of_nine_channels_has_two_control_bytes)
+{
+    const int handle = open();
+    const board::LinuxBus bus({}, {.bus = 0, .address = 0x70, .channels = 9});
+    EXPECT_EQ(bus.select(handle, 8), 0);
+    EXPECT_EQ(bus.deselect(handle), 0);
+    EXPECT_THAT(kernel.calls, ElementsAre("0 70 write 0 1", "0 70 write 0 0"));
+}
+
 TEST_F(LinuxBus, what_fails_leaves_the_value_alone_and_is_not_tried_again)
 {
     const int handle = open();
@@ -348,6 +357,14 @@ TEST_F(LinuxBus, phy_registers_go_by_the_ioctls_of_the_interface)
     EXPECT_EQ(value, 0x1234U);
     EXPECT_EQ(misc_phy_read("aux", 6, 9, &value), 0);
     EXPECT_EQ(value, 0xffffU) << "nobody drives the bus";
+}
+
+TEST_F(LinuxBus, the_last_phy_and_the_last_register_are_reached)
+{
+    std::uint32_t value = 0;
+    EXPECT_EQ(misc_phy_write("aux", 31, 31, 0x4321), 0);
+    EXPECT_EQ(misc_phy_read("aux", 31, 31, &value), 0);
+    EXPECT_EQ(value, 0x4321U);
 }
 
 TEST_F(LinuxBus, clause_45_registers_carry_their_device_beside_the_phy)

@@ -98,6 +98,12 @@ TEST_F(Description, missing_file_is_named)
     }
 }
 
+TEST_F(Description, file_of_more_than_a_mebibyte_is_not_read)
+{
+    const std::string text = "{}" + std::string((1U << 20) - 1, ' ');
+    EXPECT_THAT(complaint(text), EndsWith("larger than 1 MiB"));
+}
+
 TEST_F(Description, missing_field_is_named_with_its_object)
 {
     EXPECT_THAT(complaint(replaced(default_text(), "\"logic_version\": \"0x21\",", "")),

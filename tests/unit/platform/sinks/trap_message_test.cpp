@@ -78,9 +78,9 @@ Message read(const std::string &bytes)
     return message;
 }
 
-tq::Alarm alarm(std::uint16_t id, const char *message)
+tq::Alarm alarm(std::uint16_t id, const char *message, long east = -12600)
 {
-    tq::Alarm made{id, 4, sample_time(-12600), message, 250'000};
+    tq::Alarm made{id, 4, sample_time(east), message, 250'000};
     made.request.uplink_port = 128;
     made.request.pon = 3;
     made.request.onu = 17;
@@ -122,6 +122,16 @@ TEST(TrapMessage, an_alarm_that_the_catalogue_does_not_have_is_an_event_without_
     EXPECT_THAT(std::get<2>(message.values[3]), IsEmpty());
     EXPECT_EQ(std::get<2>(message.values[4]), "\x01");
     EXPECT_THAT(std::get<2>(message.values[6]), IsEmpty());
+}
+
+TEST(TrapMessage, the_offset_from_utc_has_its_direction)
+{
+    const auto time_of = [](long east) {
+        return std::get<2>(read(tq::trap_message(alarm(0, "x", east), "c", 0)).values.at(8));
+    };
+    const std::string date_and_time = "\x07\xEA\x0B\x15\x0B\x0C\x0D\x02";
+    EXPECT_EQ(time_of(0), date_and_time + std::string("+\0\0", 3));
+    EXPECT_EQ(time_of(20700), date_and_time + "+\x05\x2D");
 }
 
 TEST(TrapMessage, the_longest_text_and_community_fit)

@@ -24,8 +24,8 @@ std::map<std::string, std::string> found;
 int handler(const struct cmd_element *, struct vty *, int argc, struct cmd_token *argv[])
 {
     found.clear();
-    for (const char *keyword :
-         {"id", "uplink-port", "pon", "onu", "onu-port", "mac", "state", "message", "absent"})
+    for (const char *keyword : {"id", "uplink-port", "pon", "onu", "onu-port", "mac", "state", "message",
+                                "absent", "MAC", "(1-256)"})
         if (const char *argument = cmd_parase_parameters(argc, argv, keyword))
             found[keyword] = argument;
     return 42;
