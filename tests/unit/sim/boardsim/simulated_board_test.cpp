@@ -6,9 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <set>
 #include <sstream>
 
 #include "sim/boardsim/board_state.hpp"
+#include "sim/boardsim/bus/bus_handle.hpp"
 #include "sim/boardsim/physics/drift.hpp"
 #include "sim/modules/module_file.hpp"
 #include "tests/unit/temporary_folder.hpp"
@@ -242,6 +244,23 @@ TEST(Log, transaction_line_says_who_what_and_result)
     EXPECT_THAT(kept[1], testing::EndsWith(" len=1 -> -6 No such device or address"));
 }
 
+TEST_F(Board, a_handle_reaches_modules_only_while_their_channel_is_selected)
+{
+    pon(1).plug(image());
+    sim::BusHandle handle{.opened = true, .kind = board::HandleKind::cpld};
+    const auto result = [&](const board::SimRequest &request) {
+        sim::BusAnswer answer;
+        sim::transact(board, handle, request, {}, answer);
+        return answer.result;
+    };
+    const board::SimRequest read{.op = board::SimOp::i2c_read, .address = 0x50, .reg = 0, .value = 1};
+    EXPECT_EQ(result(read), -ENXIO);
+    EXPECT_EQ(result({.op = board::SimOp::select, .number = 0}), 0);
+    EXPECT_EQ(result(read), 0);
+    EXPECT_EQ(result({.op = board::SimOp::deselect}), 0);
+    EXPECT_EQ(result(read), -ENXIO);
+}
+
 TEST_F(Board, state_survives_in_its_folder)
 {
     const TemporaryFolder folder;
@@ -299,6 +318,22 @@ TEST_F(Board, drift_stays_small_and_is_repeatable)
     EXPECT_EQ(board.lm75.raw(), 0x1900);
     EXPECT_EQ(pon(1).module->live.devices.at(0x51).lower, pon(1).module->stored.devices.at(0x51).lower);
     EXPECT_EQ(ge(1).module->live.devices.at(0x50).lower, ge(1).module->stored.devices.at(0x50).lower);
+}
+
+TEST_F(Board, drift_moves_every_value_of_a_qsfp_and_nothing_else)
+{
+    ge(1).plug(image("qsfp28-lr4"));
+    const auto &live = ge(1).module->live.devices.at(0x50).lower;
+    std::set<std::size_t> moved;
+    sim::Drift drift(time, board, 5);
+    for (int step = 0; step < 500; ++step) {
+        drift.step();
+        for (std::size_t reg = 0; reg < live.size(); ++reg)
+            if (live[reg] != ge(1).module->stored.devices.at(0x50).lower[reg])
+                moved.insert(reg & ~1U); // words at even bytes
+    }
+    // SFF-8636: temperature, voltage, then receive power, bias and transmit power of four lanes.
+    EXPECT_EQ(moved, (std::set<std::size_t>{22, 26, 34, 36, 38, 40, 42, 44, 46, 48, 50, 52, 54, 56}));
 }
 
 TEST_F(Board, drift_leaves_modules_without_diagnostics_alone)

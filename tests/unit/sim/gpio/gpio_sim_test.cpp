@@ -55,7 +55,10 @@ TEST_F(Gpio, set_value_is_what_get_gives_back)
     word = 0x0800;
     EXPECT_EQ(request(fd, 3, word), 0);
     EXPECT_EQ(word, 0x0801U);
-    EXPECT_THAT(board_->ask({"gpio", "show"}), HasSubstr("gpio 8: value 1, set 1 times"));
+    EXPECT_EQ(request(fd, 3, word), 0);
+    const std::string shown = board_->ask({"gpio", "show"});
+    EXPECT_THAT(shown, HasSubstr("request 3 2  request 1 1  last word 0x801\n"));
+    EXPECT_THAT(shown, HasSubstr("gpio 8: value 1, set 1 times"));
     ::close(fd);
 }
 

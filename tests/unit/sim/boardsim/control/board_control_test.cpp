@@ -203,6 +203,9 @@ TEST_F(Verbs, made_module_can_be_plugged)
     board.ask({"plug", "gpon", "1", file});
     EXPECT_EQ(board.ask({"module", "get", "gpon", "1", "0x51", "96", "2"}), "f380");
     EXPECT_EQ(board.ask({"module", "get", "gpon", "1", "0x58", "60", "2"}), "0629");
+    EXPECT_EQ(board.ask({"module", "get", "gpon", "1", "0x50", "92", "1"}), "58")
+        << "calibrated by the reader";
+    EXPECT_EQ(board.ask({"module", "get", "gpon", "1", "0x58", "92", "1"}), "68") << "by the module";
     EXPECT_EQ(board.ask({"module", "get", "gpon", "1", "0x50", "68", "4"}), "4c414231");
     EXPECT_THROW(sim::prepare_file_verb({"module", "make", file, "--temp", "hot"}), std::invalid_argument);
     EXPECT_THROW(sim::prepare_file_verb({"module", "make", file, "--color", "red"}), std::invalid_argument);
@@ -271,10 +274,13 @@ TEST_F(Verbs, watched_register_is_reported)
         });
     };
     EXPECT_TRUE(has("reg 5: 0x00\n"));
+    board.ask({"reg", "set", "4", "1"});
+    board.ask({"reg", "set", "6", "1"});
     board.ask({"reg", "set", "5", "2"});
     EXPECT_TRUE(has("reg 5: 0x00 -> 0x02\n"));
     board.end(SIGTERM);
     watcher.join();
+    EXPECT_EQ(seen, "reg 5: 0x00\nreg 5: 0x00 -> 0x02\n") << "and nothing of the others";
 }
 
 TEST_F(Verbs, log_wait_answers_when_the_line_comes)

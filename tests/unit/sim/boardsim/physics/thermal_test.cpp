@@ -52,5 +52,7 @@ TEST(Thermal, fans_without_power_move_no_air_at_any_speed)
     EXPECT_EQ(sim::airflow_of(1, 0), Airflow::low);
     EXPECT_EQ(sim::airflow_of(1, 1), Airflow::medium);
     EXPECT_EQ(sim::airflow_of(1, 2), Airflow::high);
+    EXPECT_EQ(sim::airflow_of(1, 3), Airflow::high);
+    EXPECT_EQ(sim::airflow_of(1, 4), Airflow::low);
     EXPECT_EQ(sim::airflow_of(1, 5), Airflow::low);
 }
