@@ -283,6 +283,21 @@ TEST_F(Verbs, watched_register_is_reported)
     EXPECT_EQ(seen, "reg 5: 0x00\nreg 5: 0x00 -> 0x02\n") << "and nothing of the others";
 }
 
+TEST_F(Verbs, heater_takes_the_board_over_as_warm_as_it_is)
+{
+    board.ask({"temp", "set", "600"});
+    board.ask({"time", "scale", "10"});
+    board.ask({"heat", "0"});
+    double celsius = 60;
+    EXPECT_TRUE(eventually([&] {
+        const std::string text = board.ask({"show"});
+        celsius = std::stod(text.substr(text.find("temperature") + 11));
+        return celsius != 60.0;
+    }));
+    EXPECT_LT(celsius, 60) << "the air around cools it";
+    EXPECT_GT(celsius, 50);
+}
+
 TEST_F(Verbs, log_wait_answers_when_the_line_comes)
 {
     auto waiting = std::async(std::launch::async, [&] {
