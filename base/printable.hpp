@@ -5,6 +5,7 @@
 
 #include "base/utf8.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -43,6 +44,12 @@ struct Character {
     std::string shown;
     shown.reserve(text.size());
     while (!text.empty()) {
+        const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
+        const auto plain = static_cast<std::size_t>(std::ranges::find_if_not(text, is_plain) - text.begin());
+        shown += text.substr(0, plain); // most texts are nothing else, and listings are long
+        text.remove_prefix(plain);
+        if (text.empty())
+            break;
         const Character next = first_character(text);
         shown += next.is_obeyed ? "?" : text.substr(0, next.size);
         text.remove_prefix(next.size);
