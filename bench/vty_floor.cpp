@@ -14,8 +14,8 @@ struct thread_master *master;
 DEFUN(show_floor, show_floor_cmd, "show floor", "Show information.\nThe least there is.\n")
 {
     for (int i = 0; i < lines; ++i)
-        vty_out(vty, "[%4d/%02d/%02d %02d:%02d:%02d]  %.*s    %.*s\n", 2026, 3, 2, 9, 41, 17, 11,
-                "port status", 45, "port 0/3 is down, a message of a usual length");
+        vty_out(vty, "[%4d/%02d/%02d %02d:%02d:%02d]  %.*s    %.*s\n", 2026, 3, 2, 9, 41, 17, 25,
+                "Power supply 1 up or down", 45, "port 0/3 is down, a message of a usual length");
     return CMD_SUCCESS;
 }
 
