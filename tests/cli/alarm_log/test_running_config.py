@@ -81,6 +81,25 @@ def test_a_default_switched_off_is_given_back_as_typed(olt):  # noqa: F811
     assert lines(olt) == FRESH
 
 
+def test_an_alarm_with_one_action_is_given_back_with_that_action(olt):  # noqa: F811
+    """Each alarm has another action, so that no two of them can stand for each other."""
+    names = ["fan", "port-updown", "mac-flapping", "rogue-onu"]
+    switched = [f"alarm-log alarm {name} disable {action}" for name in names for action in ("print", "record")]
+    expected = []
+    for name, action in zip(names, ACTIONS):
+        switched.append(f"alarm-log alarm {name} enable {action}")
+        expected += [f"alarm-log alarm {name} disable {default}" for default in ("print", "record") if default != action]
+        expected += [f"alarm-log alarm {name} enable {action}"] if action in ("trap", "remote") else []
+    configure(olt, *switched)
+    assert [line for line in lines(olt) if line.startswith("alarm-log alarm")] == expected
+
+    assert olt.run("write file", "enable")[1] == 0
+    olt.restart(trace=True)
+    rows = {row.split()[1]: row.split()[-4:] for row in olt.run("show alarm-log alarm configuration")[0].splitlines()[1:]}
+    for name, action in zip(names, ACTIONS):
+        assert rows[name] == ["enable" if one == action else "disable" for one in ACTIONS]
+
+
 def test_only_what_differs_from_the_catalogue_is_written(olt, catalogue):  # noqa: F811
     """Every switch of every alarm turned round, every level moved: a line for each, in order of ids."""
     by_name, expected = {}, []

@@ -59,7 +59,7 @@ def test_the_monitor_is_switched_on(olt):
 
 def test_a_start_puts_every_level_and_action_back(olt):
     before = olt.run("show alarm-log all configuration")
-    assert len(before[0].splitlines()) == 107
+    assert len(before[0].splitlines()) == ALARM_COUNT + 1
     for command in ("alarm-log alarm all disable all", "alarm-log event all enable remote",
                     "alarm-log alarm fan level emerg", "alarm-log alarm temp-high enable all",
                     "alarm-log flash level debug", "alarm-log remote server ipv4 enable",
