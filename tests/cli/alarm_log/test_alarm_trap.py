@@ -224,7 +224,7 @@ def test_a_file_of_more_than_64_KiB_is_refused_whole(trapping, snmptrapd):
 def test_a_port_that_was_not_told_is_sent_as_0_and_the_mib_says_what_that_means(trapping, snmptrapd):
     receiver = snmptrapd()
     sinks(trapping, f"127.0.0.1:{PORT} public")
-    send(trapping, "GPON 0/3 is dark")
+    send(trapping, "GPON_0/3_is_dark")
     [(_, values)] = receiver.traps(1)
     for name in ("UplinkPort", "Pon", "Onu", "OnuPort"):
         assert values[f"{MIB}{name}.0"] == "Gauge32: 0"
