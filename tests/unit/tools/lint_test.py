@@ -10,23 +10,21 @@ from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[3]
 CLEAN = "int main()\n{\n    return 0;\n}\n"
-USE_AFTER_MOVE = """#include "base/faulty.hpp"
+USER = """#include "base/faulty.hpp"
 int main()
 {
-    return length_of_moved() == 0 ? 0 : 1;
+    return half_of(1) > 0 ? 0 : 1;
 }
 """
 FAULTY_HEADER = """#pragma once
-#include <string>
-#include <utility>
 
-inline std::size_t length_of_moved()
+inline double half_of(int number)
 {
-    std::string text = "text";
-    const std::string taken = std::move(text);
-    return text.size() + taken.size();
+    return number / 2;
 }
 """
+FAULT = "bugprone-integer-division"
+
 
 
 class Lint(unittest.TestCase):
@@ -107,21 +105,21 @@ class Lint(unittest.TestCase):
 
     def test_changed_header_is_looked_at_through_a_source(self):
         self.write("base/faulty.hpp", "#pragma once\n")
-        self.write("base/user.cpp", USE_AFTER_MOVE)
+        self.write("base/user.cpp", USER)
         self.commit()
         self.write("base/faulty.hpp", FAULTY_HEADER)
         self.git("commit", "-qam", "header")
         self.compile("base/clean.cpp", "base/user.cpp")
         found = self.lint("tidy", str(self.tree / "build"), "changed")
         self.assertEqual(list(found), ["base/user.cpp"])
-        self.assertIn("bugprone-use-after-move", found["base/user.cpp"])
+        self.assertIn(FAULT, found["base/user.cpp"])
 
     def test_source_is_clean_again_once_its_header_is(self):
         self.write("base/faulty.hpp", FAULTY_HEADER)
-        self.write("base/user.cpp", USE_AFTER_MOVE)
+        self.write("base/user.cpp", USER)
         self.compile("base/user.cpp")
         self.assertIsNotNone(self.lint("tidy", str(self.tree / "build"))["base/user.cpp"])
-        self.write("base/faulty.hpp", FAULTY_HEADER.replace("text.size() + ", ""))
+        self.write("base/faulty.hpp", FAULTY_HEADER.replace("/ 2", "/ 2.0"))
         self.assertIsNone(self.lint("tidy", str(self.tree / "build"))["base/user.cpp"])
         self.write("base/faulty.hpp", FAULTY_HEADER)
         self.assertIsNotNone(self.lint("tidy", str(self.tree / "build"))["base/user.cpp"])
@@ -136,11 +134,11 @@ class Lint(unittest.TestCase):
         text += "static_assert(text().size() == 40);\nint main() {}\n"
         self.write("base/folded.cpp", text)
         self.write("base/faulty.hpp", FAULTY_HEADER)
-        self.write("base/both.cpp", '#include "base/faulty.hpp"\n' + text.replace("main() {}", "main() { return length_of_moved() > 0; }"))
+        self.write("base/both.cpp", '#include "base/faulty.hpp"\n' + text.replace("main() {}", "main() { return half_of(1) > 0; }"))
         self.compile("base/folded.cpp", "base/both.cpp")
         found = self.lint("tidy", str(self.tree / "build"))
         self.assertEqual(found["base/folded.cpp"], "skipped")
-        self.assertIn("bugprone-use-after-move", found["base/both.cpp"])
+        self.assertIn(FAULT, found["base/both.cpp"])
 
     def test_what_the_time_does_not_suffice_for_is_skipped(self):
         self.compile("base/clean.cpp")
