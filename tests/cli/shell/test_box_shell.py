@@ -122,6 +122,29 @@ def test_another_command_goes_to_diagd_alone(tmp_path, daemons):
     assert own.asked == ["enable", "show version"] and other.asked == []
 
 
+def test_a_command_that_fails_without_a_word_is_told_with_its_status(tmp_path, daemons):
+    daemons("diagd", show_version=answer(5))
+    done = run(tmp_path, "diagsh", "-n", "enable", "-c", "show version")
+    assert (done.returncode, done.stdout) == (5, "")
+    assert done.stderr == "diagsh: command failed with status 5: show version\n"
+
+
+def test_a_failed_commands_last_line_is_ended(tmp_path, daemons):
+    daemons("diagd", show_version=answer(1, "% no"))
+    assert run(tmp_path, "diagsh", "-n", "enable", "-c", "show version").stderr == "% no\n"
+
+
+def test_the_state_folder_may_come_from_the_environment(tmp_path, daemons):
+    own = daemons("diagd", show_version=answer(0, "FRRouting\n"))
+    done = subprocess.run([DIAGSH, "-n", "enable", "-c", "show version"], env={**os.environ, "OLT_STATE": str(tmp_path)},
+                          stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=DEADLINE_S)
+    assert (done.returncode, done.stdout) == (0, "FRRouting\n")
+    assert own.asked == ["enable", "show version"]
+    done = subprocess.run([DIAGSH, "-s", str(tmp_path / "other"), "-c", "show version"], capture_output=True, text=True,
+                          env={**os.environ, "OLT_STATE": str(tmp_path)}, stdin=subprocess.DEVNULL, timeout=DEADLINE_S)
+    assert done.returncode == UNAVAILABLE, "-s goes before the environment"
+
+
 @pytest.mark.slow
 def test_a_daemon_that_takes_the_command_and_is_silent_has_not_saved(tmp_path, daemons):
     daemons("a", write_file=None)

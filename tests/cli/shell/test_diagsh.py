@@ -228,6 +228,17 @@ def test_vty_password_is_not_given_for_another(fresh_olt):
         terminal.close()
 
 
+def test_a_password_that_is_wrong_is_given_once_and_then_the_person_is_asked(fresh_olt):
+    (fresh_olt.state / "conf" / "vty-password").write_text("wrong\n")
+    terminal = Terminal(fresh_olt.inside("/run/olt/build/bin/diagsh"))
+    try:
+        terminal.expect(rb"Password: [^P]*Password: $")
+        terminal.type(PASSWORD.encode() + b"\r")
+        assert b"Password" not in terminal.expect(rb"olt> $")
+    finally:
+        terminal.close()
+
+
 def test_interactive_session_pages_by_the_height_of_the_window(terminal):
     terminal.expect(rb"olt> $")
     terminal.type(b"find .\r")

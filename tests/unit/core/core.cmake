@@ -13,6 +13,8 @@ target_compile_definitions(start_order_test PRIVATE main=diagd_main)
 diagd_unit_test(alarm_record_test alarm_record_test.cpp ${diagd_dir}/core/alarm_record.cpp ${diagd_dir}/core/state.cpp
                 LIBS platform_headers)
 
+diagd_unit_test(child_programs_test child_programs_test.cpp ${diagd_dir}/core/child_programs.cpp)
+
 diagd_unit_test(text_test text_test.cpp)
 
 # All units: the alarm log reaches into several of them.

@@ -11,6 +11,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <cstdlib>
 #include <string>
@@ -295,6 +296,26 @@ TEST_F(StartOrderDeathTest, without_semaphore_it_ends_with_status_0_and_exactly_
     recorder.failing = {"semaphore_create"};
     EXPECT_EXIT(start_and_tell(), testing::ExitedWithCode(0),
                 "^diagd init semaphore failed\\|board_mmap_init 13 2928\\|semaphore_create$");
+}
+
+// libc keeps twice the largest block that was ever freed, if it is left to it.
+TEST_F(StartOrderDeathTest, memory_that_is_freed_goes_back_to_the_system)
+{
+    EXPECT_EXIT(
+        {
+            limit_kept_memory();
+            constexpr std::size_t block = 64 * 1024;
+            constexpr std::size_t count = 256;                 // 16 MiB
+            void *volatile large = std::malloc(block * count); // the compiler would leave both calls out
+            std::free(large);
+            std::vector<void *> blocks(count);
+            for (void *&one : blocks)
+                one = std::malloc(block);
+            for (void *one : blocks)
+                std::free(one);
+            std::exit(mallinfo2().arena < block * count / 4 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST_F(StartOrderDeathTest, without_database_it_logs_an_error_and_ends_with_status_0)
