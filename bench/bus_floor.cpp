@@ -113,7 +113,7 @@ int main(int argc, char **argv)
         std::cerr << "bus_floor LIST THREADS\n";
         return 2;
     }
-    for (int threads = std::atoi(argv[2]); threads > 0; --threads)
+    for (long threads = std::strtol(argv[2], nullptr, 10); threads > 0; --threads)
         std::thread{[] { pause(); }}.detach();
     const std::vector<Step> list = read_list(argv[1]);
     for (int rounds = 0; std::cin >> rounds;) {

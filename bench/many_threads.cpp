@@ -17,7 +17,7 @@ int main(int argc, char **argv)
         for (;;)
             pause();
     };
-    for (int left = std::atoi(argv[1]) - 1; left > 0; --left) {
+    for (long left = std::strtol(argv[1], nullptr, 10) - 1; left > 0; --left) {
         pthread_t thread;
         if (pthread_create(&thread, &attributes, wait, nullptr) != 0)
             return 1;

@@ -145,6 +145,7 @@ Fru read_fru(Fields fields)
     int year = 0;
     unsigned month = 0, day = 0;
     char rest = 0;
+    // NOLINTNEXTLINE(cert-err34-c): so few digits fit
     if (std::sscanf(made.c_str(), "%4d-%2u-%2u%c", &year, &month, &day, &rest) == 3)
         fru.made = std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day);
     if (!fru.made.ok() || fru.made < first_fru_day || fru.made > last_fru_day)

@@ -10,6 +10,7 @@
 
 namespace tq::db {
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): its values are moved from
 void Cache::load(Changes values)
 {
     const std::lock_guard lock(mutex_);
@@ -18,6 +19,7 @@ void Cache::load(Changes values)
         values_[slot] = std::move(value);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): its values are moved from
 void Cache::update(Changes changes)
 {
     const std::lock_guard lock(mutex_);
