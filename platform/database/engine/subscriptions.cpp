@@ -150,7 +150,8 @@ void Subscriptions::add_leaf(const lyd_node *node, bool is_deleted, Changes &cha
 
 void Subscriptions::on_done(sr_session_ctx_t *session, Watched &watched, std::uint32_t request)
 {
-    const bool is_gap = watched.last_request != 0 && request != watched.last_request + 1;
+    // Nobody knows what came before the first one: it may follow one that was lost.
+    const bool is_gap = watched.last_request == 0 || request != watched.last_request + 1;
     watched.last_request = request;
     const std::string everything = std::string("/") + watched.module + ":*//.";
     ChangeIterator iterator;
@@ -197,6 +198,7 @@ int Subscriptions::load_watched()
 {
     Changes values;
     const int code = read_watched(values);
+    is_stale_ = code != TQ_OK;
     if (code == TQ_OK)
         cache_.load(std::move(values));
     return code;
@@ -236,12 +238,17 @@ void Subscriptions::run(const Baseline &baseline) noexcept
     for (;;) {
         // While it is stuck, the supervisor decides how to go on.
         fds[0].fd = is_stuck_ ? -1 : event_fd_;
-        if (::poll(fds.data(), fds.size(), is_stuck_ ? 1000 : -1) < 0 && errno != EINTR)
+        // A writer that waits for its notice to be taken lets nobody read until it is done.
+        const bool is_stale = is_stale_ && !is_stuck_;
+        const int ready = ::poll(fds.data(), fds.size(), is_stuck_ ? 1000 : is_stale ? 200 : -1);
+        if (ready < 0 && errno != EINTR)
             return;
         if (fds[1].revents != 0 || (fds[0].revents & (POLLERR | POLLNVAL)) != 0)
             return;
         if (baseline.is_broken()) // the supervisor sees to it
             return;
+        if (is_stale && ready == 0)
+            reload();
         take_notices();
     }
 }

@@ -81,10 +81,11 @@ private:
     Cache &cache_;
     const SchemaNodes &schema_;
     std::atomic<bool> &is_stuck_;
-    std::deque<Watched> watched_;     // addresses stay
-    std::deque<tq_db_entry> entries_; // of the callers; addresses stay
-    std::mutex mutex_;                // one taker at a time
-    int event_fd_ = -1;               // the subscription's
+    std::deque<Watched> watched_;        // addresses stay
+    std::deque<tq_db_entry> entries_;    // of the callers; addresses stay
+    std::mutex mutex_;                   // one taker at a time
+    std::atomic<bool> is_stale_ = false; // the cache missed a change, and reading all anew failed
+    int event_fd_ = -1;                  // the subscription's
     base::Fd stop_;
     Session session_;
     Subscription subscription_;
