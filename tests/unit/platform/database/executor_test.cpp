@@ -15,7 +15,7 @@ using tq::db::Executor;
 
 namespace {
 
-constexpr auto soon = 10ms;
+constexpr auto soon = 500ms; // long enough for a thread to begin on a busy machine
 constexpr auto in_time = 60s;
 
 } // namespace
