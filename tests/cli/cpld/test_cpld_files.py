@@ -7,7 +7,7 @@ from pathlib import Path
 import pytest
 
 from calls import of
-from cpld import bracket
+from cpld import board_session
 from file_servers import Tftpd
 from jtag import Programmer, in_tmp, main_calls, put_in_tmp, receive_until, run
 from monitors import hurried
@@ -117,7 +117,7 @@ def test_what_a_fetch_has_left_there_is_not_programmed(olt, programmer, kind):
     finally:
         olt.exec("mv", "/usr/bin/tftp.away", "/usr/bin/tftp", check=True)
     assert done.work == ["run: /usr/bin/tftp -l /tmp/f.jed -r f.jed -g 127.0.0.1", "record: download f.jed success",
-                         *bracket("update_cpld")]
+                         *board_session("update_cpld")]
     assert olt.stdout()[out:] == "" and programmer.notes() == []
     assert said_in_log(olt, "/tmp/f.jed", log)
     look(olt, "/tmp/f.jed")

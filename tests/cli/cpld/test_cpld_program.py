@@ -6,7 +6,7 @@ import subprocess
 
 import pytest
 from calls import of
-from cpld import bracket, refused
+from cpld import board_session, refused
 from jtag import Programmer, image_words, in_tmp, main_calls, put_in_tmp, receive_until, run
 from monitors import hurried
 from olt import BUILD, SEMAPHORE_KEYS, wait_until
@@ -33,7 +33,7 @@ assert change(1) == 0
 
 def programming(path):
     """All that programming does to the board and the box, in order."""
-    return bracket(
+    return board_session(
         "update_cpld",
         f"system: {PERMIT}",
         f"system: chmod -R 777 {path}",
@@ -238,7 +238,7 @@ def test_the_restoring_is_said_before_the_wait(olt, programmer):
 def test_erasing_runs_the_programmer_without_the_board_and_leaves_register_0(olt, programmer):
     done = run(olt, "cpld erase")
     assert (done.text, done.rc) == ("Start to erase CPLD...\r\n", 0)
-    assert done.work == [f"run: {PERMIT}", *bracket("cpld_erase", "W(0,0x0)"), "run: jtag /tmp 1"]
+    assert done.work == [f"run: {PERMIT}", *board_session("cpld_erase", "W(0,0x0)"), "run: jtag /tmp 1"]
     assert programmer.notes() == ["begins, arguments: /tmp 1, image: none, user: root", "ends with 0"]
     assert monitors(olt) == ["Disable"] * 4
 

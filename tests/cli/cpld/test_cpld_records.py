@@ -2,7 +2,7 @@
 """Which ports of the board records the commands and the start switch."""
 import pytest
 from calls import in_order, of
-from cpld import PON, SFP, bracket, record, run, steps
+from cpld import PON, SFP, board_session, record, run, steps
 from traced_fixtures import no_faults  # noqa: F401
 
 
@@ -35,7 +35,7 @@ def test_the_start_lights_the_system_led_and_powers_every_usable_sfp_port(olt):
     begin = words.index("raise cpld_system_led_on") - 1
     # no semaphore around the second part, and the record that takes no register commands counts
     assert words[begin:] == [
-        *bracket("cpld_system_led_on", "W(13,0x1)"),
+        *board_session("cpld_system_led_on", "W(13,0x1)"),
         "raise cpld_init", "open", "lower",
         "R(12)", "W(12,0x1)", "R(12)", "W(12,0x3)", "R(12)", "W(12,0x23)",
         "close"]
@@ -51,20 +51,20 @@ def test_pon_ports_of_all_records_in_service_that_take_commands_are_switched(olt
     olt.boardctl("reg", "set", 10, 0)
     # entries 0, 1, 3 of one record; 9 and 31 of another, which have no bit in the register
     work = ["R(10)", "W(10,0x0)", "R(10)", "W(10,0x1)", "R(10)", "W(10,0x5)", "R(10)", "W(10,0x5)", "R(10)", "W(10,0x5)"]
-    assert run(olt, "pon led on") == ("", 0, bracket("pon_led", *work))
+    assert run(olt, "pon led on") == ("", 0, board_session("pon_led", *work))
 
 
 def test_sfp_ports_of_a_record_that_takes_no_commands_are_left_alone(olt):
     olt.boardctl("reg", "set", 12, 0xFF)
     work = ["R(12)", "W(12,0xfe)", "R(12)", "W(12,0xde)"]
-    assert run(olt, "sfp power off") == ("", 0, bracket("sfp_power_config", *work))
+    assert run(olt, "sfp power off") == ("", 0, board_session("sfp_power_config", *work))
 
 
 def test_the_walk_ends_at_the_first_record_that_cannot_be_read(olt):
     olt.boardctl("reg", "set", 10, 0)
     olt.faults("board_mmap_read nth=3 ret=-1 thread=main")
     before = len(olt.trace())
-    assert run(olt, "pon led on") == ("", 0, bracket("pon_led"))
+    assert run(olt, "pon led on") == ("", 0, board_session("pon_led"))
     assert [int(call.values["index"]) for call in of(olt.trace()[before:], "board_mmap_read")] == [0, 1, 2]
 
 
@@ -78,8 +78,8 @@ def test_on_a_board_without_such_ports_nothing_is_accessed(make_olt):
     bare = make_olt(board={"records": []})
     bare.faults()
     bare.start(trace=True)
-    assert run(bare, "sfp power on") == ("", 0, bracket("sfp_power_config"))
-    assert run(bare, "pon tx off") == ("", 0, bracket("pon_tx_config"))
+    assert run(bare, "sfp power on") == ("", 0, board_session("sfp_power_config"))
+    assert run(bare, "pon tx off") == ("", 0, board_session("pon_tx_config"))
 
 
 def test_a_start_without_led_goes_on_to_the_sfp_ports(olt, cold_olt):

@@ -4,7 +4,7 @@ import json
 
 import pytest
 from calls import of
-from cpld import bracket, run
+from cpld import board_session, run
 from traced_fixtures import no_faults  # noqa: F401
 
 REGISTERS = [("show pon led", "PON LED Status", "show_pon_led", 10), ("show pon power", "PON Power Status", "show_pon_power", 11),
@@ -21,7 +21,7 @@ def olt(traced_olt):
 @pytest.mark.parametrize("value, shown", [(0x0F, "0xf"), (0, "0x0"), (0xFF, "0xff"), (0xA0, "0xa0")])
 def test_a_register_is_shown_in_hexadecimal_without_leading_zeros(olt, command, name, label, register, value, shown):
     olt.boardctl("reg", "set", register, value)
-    assert run(olt, command) == (f"{name}: {shown}\r\n", 0, bracket(label, f"R({register})"))
+    assert run(olt, command) == (f"{name}: {shown}\r\n", 0, board_session(label, f"R({register})"))
 
 
 @pytest.mark.parametrize("command, name, label, register", REGISTERS)
@@ -40,11 +40,11 @@ def test_identification_is_shown_or_said_to_be_missing(olt, command, verb, work,
     for value in (0x21, 5, 0):
         olt.boardctl(verb, value)
         shown = good.format(value) if value else good.replace("{:#x}", "0x0")
-        assert run(olt, command) == (shown, 0, bracket(label, work))
+        assert run(olt, command) == (shown, 0, board_session(label, work))
     operation = "misc_cpld_i2c_" + work.replace(" ", "_") + "_get"
     for failure in (-1, 1):
         olt.faults(f"{operation} ret={failure}")
-        assert run(olt, command) == (bad, 0, bracket(label, work))
+        assert run(olt, command) == (bad, 0, board_session(label, work))
 
 
 @pytest.mark.parametrize("node", ["config", "diagnose"])
@@ -55,9 +55,9 @@ def test_power_supplies_are_shown_as_text_and_json(olt, node, state, shown, firs
     olt.boardctl("power", state)
     assert run(olt, "show sys power", node) == (
         f" System power status({shown}): \r\n Power1 :  {first}\r\n Power2 :  {second}\r\n", 0,
-        bracket("show_system_power", "power state"))
+        board_session("show_system_power", "power state"))
     text, rc, steps = run(olt, "show sys power json", node)
-    assert rc == 0 and steps == bracket("show_system_power", "power state")
+    assert rc == 0 and steps == board_session("show_system_power", "power state")
     assert text == '{{\n  "power1":{},\n  "power2":{}\n}}\r\n'.format(
         *("true" if supply == "on" else "false" for supply in (first, second)))
 

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Switching the board by hand: what is written, under which brackets, and what a failing CPLD leaves."""
+"""Switching the board by hand: what is written, in which sessions, and what a failing CPLD leaves."""
 import threading
 
 import pytest
 from semaphore_holder import board_held
 from calls import of
-from cpld import bracket, refused, run
+from cpld import board_session, refused, run
 from olt import wait_until
 
 # command, label, register, value written
@@ -54,7 +54,7 @@ def no_faults(olt):
 
 @pytest.mark.parametrize("command, label, register, value", SINGLE)
 def test_a_switch_writes_its_register_once(olt, command, label, register, value):
-    assert run(olt, command) == ("", 0, bracket(label, f"W({register},{value:#x})"))
+    assert run(olt, command) == ("", 0, board_session(label, f"W({register},{value:#x})"))
     assert int(olt.boardctl("reg", "get", register), 0) == value
 
 
@@ -63,12 +63,12 @@ def test_a_switch_writes_its_register_once(olt, command, label, register, value)
     ("off", 3, 0xFF, 0xFB), ("on", 1, 0x00, 0x01), ("on", 6, 0x55, 0x75), ("off", 1, 0x00, 0x00), ("on", 5, 0xFF, 0xFF)])
 def test_one_port_is_a_read_and_a_write_that_keep_the_others(olt, words, label, register, state, port, before, after):
     olt.boardctl("reg", "set", register, before)
-    assert run(olt, f"{words} {state} {port}") == ("", 0, bracket(label, f"R({register})", f"W({register},{after:#x})"))
+    assert run(olt, f"{words} {state} {port}") == ("", 0, board_session(label, f"R({register})", f"W({register},{after:#x})"))
 
 
 def test_port_8_is_the_highest_bit(olt):
     olt.boardctl("reg", "set", 10, 0)
-    assert run(olt, "pon led on 8")[2] == bracket("pon_led", "R(10)", "W(10,0x80)")
+    assert run(olt, "pon led on 8")[2] == board_session("pon_led", "R(10)", "W(10,0x80)")
 
 
 @pytest.mark.parametrize("words, label, register", PORTS)
@@ -79,7 +79,7 @@ def test_without_a_port_all_are_switched_one_by_one_under_one_bracket(olt, words
     for port in range(count):
         value |= 1 << port
         work += [f"R({register})", f"W({register},{value:#x})"]
-    assert run(olt, f"{words} on") == ("", 0, bracket(label, *work))
+    assert run(olt, f"{words} on") == ("", 0, board_session(label, *work))
     assert run(olt, f"{words} off")[:2] == ("", 0)
     assert int(olt.boardctl("reg", "get", register), 0) == 0
 
@@ -110,7 +110,7 @@ def test_a_register_that_does_not_answer_is_no_failure(olt, fault, command):
 def test_a_register_that_cannot_be_read_is_written_as_if_it_were_0(olt):
     olt.boardctl("reg", "set", 10, 0xFF)
     olt.faults("misc_cpld_i2c_read_byte ret=-1 errno=5 thread=main")
-    assert run(olt, "pon led on 3")[2] == bracket("pon_led", "R(10)", "W(10,0x4)")
+    assert run(olt, "pon led on 3")[2] == board_session("pon_led", "R(10)", "W(10,0x4)")
 
 
 def test_no_command_leaves_a_descriptor(olt):

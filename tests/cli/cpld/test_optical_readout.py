@@ -2,9 +2,9 @@
 """The readouts of what optical modules measure: of an interface, of one port, and as a table."""
 
 import pytest
-from cpld import PON, SFP, bracket, record
+from cpld import PON, SFP, board_session, record
 from module_memory import path, plug, qsfp, words
-from module_steps import FIRST, SECOND, readout, refused, run, socket, word
+from module_steps import FIRST, SECOND, in_cage, readout, refused, run, word
 from olt import wait_until
 from traced_fixtures import olt  # noqa: F401
 from vty import SUCCESS, WARNING
@@ -81,13 +81,13 @@ def test_an_interface_shows_both_generations_of_its_module(olt, node, pages, pla
     plug(olt, "gpon", 3, *pages)
     text, rc, steps = run(olt, INTERFACE, f"{node} 0/3")
     assert (text, rc) == (interface_lines(plain, xg), SUCCESS)
-    assert steps == bracket("show_pon_transceiver_optical", *socket("gpon", 3, *sum(paths, [])))
+    assert steps == board_session("show_pon_transceiver_optical", *in_cage("gpon", 3, *sum(paths, [])))
 
 
 def test_an_interface_without_a_module_shows_zeroes(olt):
     plug(olt, "gpon", 2, *path())
     assert run(olt, INTERFACE, "gpon 0/3") == (
-        interface_lines(ZEROES), SUCCESS, bracket("show_pon_transceiver_optical", *socket("gpon", 3)))
+        interface_lines(ZEROES), SUCCESS, board_session("show_pon_transceiver_optical", *in_cage("gpon", 3)))
     for beyond in ("gpon 0/0", "gpon 0/9", "xgpon 0/99999999999"):
         assert run(olt, INTERFACE, beyond)[:2] == (interface_lines(ZEROES), SUCCESS)
 
@@ -104,8 +104,8 @@ def test_an_interface_is_read_even_when_its_channel_cannot_be_selected(olt):
     text, rc, steps = run(olt, INTERFACE, "gpon 0/1")
     # nothing answers, so it counts as a module without calibration
     assert (text, rc) == (interface_lines(DEAD), SUCCESS)
-    assert steps == bracket("show_pon_transceiver_optical",
-                               *socket("gpon", 1, *readout(*FIRST, None), *word(0x58, 60)))
+    assert steps == board_session("show_pon_transceiver_optical",
+                                  *in_cage("gpon", 1, *readout(*FIRST, None), *word(0x58, 60)))
 
 
 def test_the_wavelength_decides_which_generation_a_path_belongs_to(olt):
@@ -143,8 +143,8 @@ def test_a_module_without_calibration_is_read_from_lower_memory_whatever_it_is(o
     plug(olt, "gpon", 1, qsfp(identifier=identifier))
     text, _, steps = run(olt, INTERFACE, "gpon 0/1")
     assert text == interface_lines(QSFP_VALUES)
-    assert steps == bracket("show_pon_transceiver_optical",
-                               *socket("gpon", 1, *readout(*FIRST, None), *word(0x58, 60)))
+    assert steps == board_session("show_pon_transceiver_optical",
+                                  *in_cage("gpon", 1, *readout(*FIRST, None), *word(0x58, 60)))
 
 
 def test_lower_memory_has_the_units_of_the_wavelength(olt):
@@ -171,8 +171,8 @@ def test_a_byte_that_cannot_be_read_is_zero_and_costs_no_other(olt):
     olt.boardctl("fault", "add", "i2c_read", "addr=0x51", "reg=97")  # the fraction of the temperature
     text, _, steps = run(olt, INTERFACE, "gpon 0/1")
     assert text == interface_lines(("25.000", *VALUES[1:]))
-    assert steps == bracket("show_pon_transceiver_optical",
-                               *socket("gpon", 1, *readout(*FIRST, "internal"), *word(0x58, 60))), "no retry"
+    assert steps == board_session("show_pon_transceiver_optical",
+                                  *in_cage("gpon", 1, *readout(*FIRST, "internal"), *word(0x58, 60))), "no retry"
 
 
 def test_a_module_pulled_in_the_middle_shows_what_was_read_before(olt):
@@ -217,18 +217,18 @@ def test_a_port_shows_its_first_half_and_a_gpon_port_both(olt, kind, cage, pages
 def test_a_port_is_looked_for_at_its_presence_bit_and_read_on_its_channel(olt, kind, cage, port):
     plug(olt, cage, port, *path(), *path(1577))
     work = [*readout(*FIRST, "internal"), *word(0x58, 60), *readout(*SECOND, "internal")]
-    assert run(olt, f"{PORT} {kind} 0/{port}")[2] == bracket("show_transceiver_optical", *socket(cage, port, *work))
+    assert run(olt, f"{PORT} {kind} 0/{port}")[2] == board_session("show_transceiver_optical", *in_cage(cage, port, *work))
 
 
 @pytest.mark.parametrize("node, reason", [("config", "show_transceiver_optical"), ("diagnose", "show_port_laser")])
 @pytest.mark.parametrize("kind, cage", [("gigabitEthernet", "ge"), ("gpon", "gpon"), ("xgpon", "gpon")])
 def test_a_port_without_a_module_shows_no_values(olt, node, reason, kind, cage):
     heading = TABLE if node == "diagnose" else ""
-    assert run(olt, f"{PORT} {kind} 0/2", node) == (heading, SUCCESS, bracket(reason, *socket(cage, 2)))
+    assert run(olt, f"{PORT} {kind} 0/2", node) == (heading, SUCCESS, board_session(reason, *in_cage(cage, 2)))
     plug(olt, cage, 2, *path())
     olt.faults("misc_cpld_channel_select ret=-1 errno=5 thread=main")
     look = ["R(12)", "CH(9)"] if cage == "ge" else ["R(11)", "CH(1)"]
-    assert run(olt, f"{PORT} {kind} 0/2", node) == (heading, SUCCESS, bracket(reason, *look))
+    assert run(olt, f"{PORT} {kind} 0/2", node) == (heading, SUCCESS, board_session(reason, *look))
 
 
 @pytest.mark.parametrize("node, reason", [("config", "show_transceiver_optical"), ("diagnose", "show_port_laser")])
@@ -255,7 +255,7 @@ def test_a_board_has_as_many_gigabit_ports_as_its_records_say(olt, port):
 
 def test_an_empty_board_is_an_empty_table(olt):
     looks = [look for cage, ports in (("gpon", 8), ("ge", 4)) for port in range(1, ports + 1)
-             for look in bracket("show_port_laser", *socket(cage, port))]
+             for look in board_session("show_port_laser", *in_cage(cage, port))]
     assert run(olt, "show optical transceiver", "diagnose") == (TABLE, SUCCESS, looks)
 
 
@@ -286,7 +286,7 @@ def test_the_table_of_one_interface_has_its_rows_alone(olt, kind, cage, name):
     text, rc, steps = run(olt, f"{PORT} {kind} 0/3", "diagnose")
     assert (text, rc) == (TABLE + row(f"{name} 0/3", VALUES) + row("", XG_VALUES), SUCCESS)
     work = [*readout(*FIRST, "internal"), *word(0x58, 60), *readout(*SECOND, "internal")]
-    assert steps == bracket("show_port_laser", *socket(cage, 3, *work))
+    assert steps == board_session("show_port_laser", *in_cage(cage, 3, *work))
 
 
 def test_a_board_that_does_not_open_ends_the_table_at_once(olt):

@@ -2,7 +2,7 @@
 """What a command does to the CPLD, in words, and boards with records of the test's own."""
 
 ACCESS = {"misc_cpld_i2c_read_byte": "R", "misc_cpld_i2c_set_byte": "W"}
-BRACKET = {
+BOARD_CALLS = {
     "semaphore_p": "take",
     "semaphore_v": "give",
     "lower": "lower",
@@ -25,7 +25,7 @@ def step(call):
         return text + (f",{int(values['val'], 0):#x})" if call.op.endswith("set_byte") else ")")
     if call.op.startswith("semaphore") and values.get("id") != "board":
         return None
-    return BRACKET.get(call.op)
+    return BOARD_CALLS.get(call.op)
 
 
 def steps(calls, thread="main"):
@@ -40,7 +40,7 @@ def run(olt, command, node="diagnose"):
         return text, rc, steps(olt.trace()[before:])
 
 
-def bracket(reason, *work):
+def board_session(reason, *work):
     """The steps of a command that gets at the board."""
     return ["take", f"raise {reason}", "open", "lower", *work, "close", "give"]
 

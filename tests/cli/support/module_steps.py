@@ -35,11 +35,11 @@ def reads(address, first, last):
 
 def reached(reason, register, channel, *work):
     """The steps of a command that gets at a module."""
-    return cpld.bracket(reason, f"R({register})", f"CH({channel})", *work, "CHE")
+    return cpld.board_session(reason, f"R({register})", f"CH({channel})", *work, "CHE")
 
 
 def absent(reason, register):
-    return cpld.bracket(reason, f"R({register})")
+    return cpld.board_session(reason, f"R({register})")
 
 
 def refused(reason):
@@ -47,8 +47,8 @@ def refused(reason):
     return ["take", f"raise {reason}", "open", "lower", "give"]
 
 
-def socket(kind, port, *work):
-    """Looking into a port's socket, and working on the module in it; without work, there is none."""
+def in_cage(kind, port, *work):
+    """Looking into a port's cage, and working on the module in it; without work, there is none."""
     register, first_channel = (12, 8) if kind == "ge" else (11, 0)
     return [f"R({register})", *([f"CH({first_channel + port - 1})", *work, "CHE"] if work else [])]
 

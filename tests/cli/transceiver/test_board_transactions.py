@@ -1,14 +1,14 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Every transaction that the displays of all modules make on a board without an empty socket, in order: what each
+"""Every transaction that the displays of all modules make on a board without an empty cage, in order: what each
 module's kind takes, and nothing else."""
 
 import pytest
-from cpld import bracket
+from cpld import board_session
 from module_memory import path, plug, qsfp
-from module_steps import FIRST, SECOND, fields, readout, reads, run, socket, word
+from module_steps import FIRST, SECOND, fields, in_cage, readout, reads, run, word
 from vty import SUCCESS
 
-SOCKETS = [("gpon", port) for port in range(1, 9)] + [("ge", port) for port in range(1, 5)]
+CAGES = [("gpon", port) for port in range(1, 9)] + [("ge", port) for port in range(1, 5)]
 IDENTIFIER = reads(0x50, 0, 0)
 ASK_FOR_SECOND = word(0x58, 60)
 PAGE_0 = ["O(0x50,127,1)=00"]
@@ -86,14 +86,14 @@ MODULES = [
 @pytest.fixture(scope="module")
 def olt(make_olt):
     olt = make_olt().start(trace=True)
-    for (kind, port), module in zip(SOCKETS, MODULES, strict=True):
+    for (kind, port), module in zip(CAGES, MODULES, strict=True):
         plug(olt, kind, port, *module.pages)
     return olt
 
 
 def each(work):
-    """Looking into every socket, one after another; work: what each module takes."""
-    return [socket(kind, port, *work(module)) for (kind, port), module in zip(SOCKETS, MODULES, strict=True)]
+    """Looking into every cage, one after another; work: what each module takes."""
+    return [in_cage(kind, port, *work(module)) for (kind, port), module in zip(CAGES, MODULES, strict=True)]
 
 
 @pytest.mark.parametrize("command, reason, work", [
@@ -104,29 +104,29 @@ def each(work):
 ], ids=["text", "diagnosis", "detail", "json"])
 def test_a_display_of_all_modules_takes_the_board_once_and_reads_what_it_shows(olt, command, reason, work):
     _, rc, steps = run(olt, command)
-    assert (rc, steps) == (SUCCESS, bracket(reason, *sum(each(work), [])))
+    assert (rc, steps) == (SUCCESS, board_session(reason, *sum(each(work), [])))
 
 
 def test_the_table_of_readouts_takes_the_board_for_each_module(olt):
     _, rc, steps = run(olt, "show optical transceiver", "diagnose")
-    rows = [bracket("show_port_laser", *row) for row in each(lambda module: module.readout())]
+    rows = [board_session("show_port_laser", *row) for row in each(lambda module: module.readout())]
     assert (rc, steps) == (SUCCESS, sum(rows, []))
 
 
 @pytest.mark.parametrize("node, reason", [("diagnose", "show_port_laser"), ("config", "show_transceiver_optical")])
-@pytest.mark.parametrize("place", range(len(SOCKETS)), ids=[f"{kind}-{port}" for kind, port in SOCKETS])
+@pytest.mark.parametrize("place", range(len(CAGES)), ids=[f"{kind}-{port}" for kind, port in CAGES])
 def test_one_port_takes_the_board_once(olt, node, reason, place):
-    (kind, port), module = SOCKETS[place], MODULES[place]
+    (kind, port), module = CAGES[place], MODULES[place]
     word_ = "gigabitEthernet" if kind == "ge" else kind
     _, rc, steps = run(olt, f"show optical transceiver interface {word_} 0/{port}", node)
-    assert (rc, steps) == (SUCCESS, bracket(reason, *socket(kind, port, *module.readout())))
+    assert (rc, steps) == (SUCCESS, board_session(reason, *in_cage(kind, port, *module.readout())))
 
 
 @pytest.mark.parametrize("port", range(1, 9))
 def test_an_interface_takes_the_board_once(olt, port):
     _, rc, steps = run(olt, "show pon optical transceiver", f"gpon 0/{port}")
-    work = socket("gpon", port, *MODULES[port - 1].readout())
-    assert (rc, steps) == (SUCCESS, bracket("show_pon_transceiver_optical", *work))
+    work = in_cage("gpon", port, *MODULES[port - 1].readout())
+    assert (rc, steps) == (SUCCESS, board_session("show_pon_transceiver_optical", *work))
 
 
 def test_the_displays_call_nothing_else_of_the_boards_libraries(olt):

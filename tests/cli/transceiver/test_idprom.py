@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The display of one module's identification: show idprom interface."""
 import pytest
-from cpld import bracket, record
+from cpld import board_session, record
 from module_memory import memory, plug, set_memory, words
 from module_steps import absent, reached, reads, run
 from sff_texts import idprom
@@ -275,7 +275,7 @@ def test_a_channel_that_cannot_be_selected_is_an_absent_module(olt):
     olt.faults("misc_cpld_channel_select ret=-1 errno=5 thread=main")
     assert run(olt, command("gpon", 1)) == (
         "Interface gpon 0/1 transceiver is absent.\r\n", SUCCESS,
-        bracket("transceiver_idprom_show", "R(11)", "CH(0)"))
+        board_session("transceiver_idprom_show", "R(11)", "CH(0)"))
 
 
 def test_a_presence_register_that_cannot_be_read_holds_no_module(olt):

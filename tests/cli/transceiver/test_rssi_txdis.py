@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The shared RSSI/TXDIS pin of an interface's module: transceiver rssi-txdis, and its display."""
 import pytest
-from cpld import bracket
+from cpld import board_session
 from module_memory import ask_board, memory, plug, set_memory
 from module_steps import absent, reached, run
 from sff_texts import idprom
@@ -91,7 +91,7 @@ def test_without_a_module_nothing_is_shown_or_written(olt, kind, words, reason, 
 def test_a_module_that_cannot_be_reached_is_left_in_silence(olt, kind, words, reason, call, steps):
     plug_with(olt, 0x00)
     olt.faults(f"{call} ret=-1 errno=5 thread=main")
-    expected = ["take", f"raise {reason}", "open", "lower", "give"] if steps is None else bracket(reason, *steps)
+    expected = ["take", f"raise {reason}", "open", "lower", "give"] if steps is None else board_session(reason, *steps)
     assert run(olt, words, f"{kind} 0/1") == ("", SUCCESS, expected)
     assert control_bytes(olt) == b"\x11\x00\x22"
 
