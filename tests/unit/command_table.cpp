@@ -100,14 +100,14 @@ std::vector<ListedCommand> read_command_table(const char *path)
             ADD_FAILURE() << "no command: " << block.title[0];
             break;
         }
-        std::string grammar = block.lines[0];
+        std::string syntax = block.lines[0];
         for (const auto &[name, set] : sets)
-            grammar = replaced(grammar, name, alternatives(set));
+            syntax = replaced(syntax, name, alternatives(set));
         std::string help;
         for (const std::string &line : block.help)
             help += sets.contains(line) ? sets.at(line).help : line + '\n';
         for (const std::string &node : split(block.title[0], ','))
-            commands.push_back({node_numbers.at(node), block.title[1] + "_cmd", grammar, help, hidden});
+            commands.push_back({node_numbers.at(node), block.title[1] + "_cmd", syntax, help, hidden});
     }
     return commands;
 }

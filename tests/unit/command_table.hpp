@@ -8,7 +8,7 @@
 struct ListedCommand {
     int node;
     std::string name; // of the element
-    std::string grammar;
+    std::string syntax;
     std::string help; // lines as libfrr takes them; empty: any that explains each word
     bool hidden;
 };

@@ -137,7 +137,7 @@ def test_the_command_itself_takes_no_semaphore(olt, store):
 
 
 @pytest.mark.parametrize("alarm_id", [0, 5, ALARM_COUNT - 1, ALARM_COUNT, 512])
-def test_every_id_of_the_grammar_is_survived(olt, store, alarm_id):
+def test_every_id_of_the_syntax_is_survived(olt, store, alarm_id):
     olt.run(f"alarm-log debug send id {alarm_id} message x")
     _, rc = olt.run("show alarm-log")
     assert rc == 0

@@ -80,7 +80,7 @@ def test_an_id_beyond_the_catalogue_shows_the_header_alone(olt, number):
 
 
 @pytest.mark.parametrize("words", ["id 65536", "id 65642", "id -1", "id fan", "id", "name", "", "name fan fan"])
-def test_what_the_grammar_does_not_allow_shows_nothing(olt, words):
+def test_what_the_syntax_does_not_allow_shows_nothing(olt, words):
     text, rc = olt.run(f"show alarm-log configuration {words}".rstrip())
     assert rc != 0 and "description" not in text
 

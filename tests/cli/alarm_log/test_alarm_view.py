@@ -98,7 +98,7 @@ def test_a_level_may_be_abbreviated(olt, store, listing):
 @pytest.mark.parametrize("command", ["show alarm-log level loud", "show alarm-log head 0", "show alarm-log tail 0",
                                      "show alarm-log head 1001", "show alarm-log tail 1001",
                                      "clear alarm-log level loud"])
-def test_words_outside_the_grammar_are_refused_and_nothing_is_done(olt, store, command):
+def test_words_outside_the_syntax_are_refused_and_nothing_is_done(olt, store, command):
     store.chain(numbered(2))
     _, rc = olt.run(command)
     assert rc != 0

@@ -94,7 +94,7 @@ def test_addresses_are_stored_whole_and_as_typed(olt, family, address):
     "alarm-log remote server ipv4 10.0.0.1", "syslog server ip 10.0.0.1 port 0", "syslog server ipv4 10.0.0.1 port 1",
     "no alarm-log remote server", "alarm-log remote server enable",
 ])
-def test_what_the_grammar_does_not_allow_changes_nothing(olt, command):
+def test_what_the_syntax_does_not_allow_changes_nothing(olt, command):
     _, rc, calls = calls_of(olt, command, PREFIX + "(set|del)_.*")
     assert rc != 0 and calls == []
 

@@ -45,7 +45,7 @@ def installed(own_calls):
 
 
 @pytest.mark.parametrize("expected", COMMANDS, ids=map(name_of, COMMANDS))
-def test_a_command_is_installed_once_with_its_node_grammar_visibility_and_help(installed, expected):
+def test_a_command_is_installed_once_with_its_node_syntax_visibility_and_help(installed, expected):
     (found,) = [command for command in installed if name_of(command) == name_of(expected)]
     assert found == (expected if expected.help else replace(expected, help=found.help))
 
@@ -66,7 +66,7 @@ def test_every_word_has_its_help(installed):
     """A line for each word and each choice, or libfrr has none to show.  Those of the test record run together."""
     for command in installed:
         if command.name != "alarm_log_debug_cmd":
-            assert len(command.help) == len(re.split(r"[ |]", command.grammar)) and all(command.help), command
+            assert len(command.help) == len(re.split(r"[ |]", command.syntax)) and all(command.help), command
 
 
 def test_the_test_records_help_runs_together_on_one_line(installed):
@@ -115,8 +115,8 @@ def test_visible_commands_are_listed_where_they_belong_and_hidden_ones_are_not(o
     assert rc == 0
     listed = [" ".join(line.split()) for line in text.splitlines()]
     of_node = [command for command in COMMANDS if command.node == node]
-    assert [command.grammar for command in of_node if not command.hidden and command.grammar not in listed] == []
-    assert [command.grammar for command in of_node if command.hidden and command.grammar in listed] == []
+    assert [command.syntax for command in of_node if not command.hidden and command.syntax not in listed] == []
+    assert [command.syntax for command in of_node if command.hidden and command.syntax in listed] == []
 
 
 @pytest.mark.parametrize("words", ["clear sysl", "alarm-log d", "alarm"])

@@ -6,7 +6,7 @@ import re
 
 import pytest
 from every_command import NODES, commands, lines_of
-from grammar import typed
+from syntax import typed
 
 RUB_OUT = "\x15"
 MARK = "~"  # is echoed where the cursor is
@@ -32,10 +32,10 @@ def stand_in(session, node):
         session.run(step)
 
 
-def offered_commands(session, grammars):
+def offered_commands(session, syntaxes):
     """Those of a node's commands that are not hidden."""
     listed = {line.strip() for line in session.run("list").splitlines()}
-    assert listed and listed <= set(grammars)
+    assert listed and listed <= set(syntaxes)
     return listed
 
 
@@ -62,15 +62,15 @@ def press(session, line, key):
     return on_screen(shown[: shown.index(MARK)])
 
 
-def places(grammars, visible):
+def places(syntaxes, visible):
     """Beginnings of lines, each with the words that can follow; and whether help offers those."""
     found = {}
-    for grammar in grammars:
-        for words in lines_of(grammar):
+    for syntax in syntaxes:
+        for words in lines_of(syntax):
             for place in range(len(words) + 1):
                 nexts = found.setdefault(typed(words[:place]), {})
                 word = words[place] if place < len(words) else None
-                nexts[word] = nexts.get(word, False) or grammar in visible
+                nexts[word] = nexts.get(word, False) or syntax in visible
     return found
 
 

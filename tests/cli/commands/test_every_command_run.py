@@ -8,7 +8,7 @@ from collections import Counter
 import pytest
 from every_command import (LEAVES_OPEN, NODES, NOT_SANITIZED, REFUSED, SLOW, commands, descriptors, lines_of,
                            wrong_lines_of)
-from grammar import typed
+from syntax import typed
 from olt import BUILD, SANITIZER_REPORTS, wait_until
 from vty import AMBIGUOUS, DEADLINE_S, INCOMPLETE, NO_MATCH, SUCCESS, SessionClosed
 
@@ -48,7 +48,7 @@ def test_every_node_is_one_that_these_tests_can_stand_in(fresh_olt):
 
 def run_every_command(olt, node, refusals=True):
     """Runs every command of a node, and asserts that each leaves the daemon in order.  refusals: they count, too."""
-    lines = [typed(words) for grammar in commands(olt)[node] for words in lines_of(grammar)]
+    lines = [typed(words) for syntax in commands(olt)[node] for words in lines_of(syntax)]
     if BUILD.name == "asan":
         lines = [line for line in lines if not any(re.fullmatch(pattern, line) for pattern, _ in NOT_SANITIZED)]
     complaints, left_open = [], Counter()
@@ -86,7 +86,7 @@ def test_every_command_leaves_the_daemon_in_order_when_no_part_of_the_board_answ
 
 @pytest.mark.parametrize("node", NODES)
 def test_a_number_an_address_or_a_port_that_does_not_fit_is_rejected_everywhere(olt, node):
-    lines = {line for grammar in commands(olt)[node] for line in wrong_lines_of(grammar)}
+    lines = {line for syntax in commands(olt)[node] for line in wrong_lines_of(syntax)}
     with olt.vty(NODES[node][0]) as session:
         way = NODES[node][1]
         if way:

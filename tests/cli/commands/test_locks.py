@@ -10,7 +10,7 @@ import pytest
 from calls import of, read_trace
 from command_table import COMMANDS, CONFIG, DIAGNOSE, GPON, XGPON
 from every_command import LEAVES_OPEN, SLOW, descriptors, lines_of
-from grammar import typed
+from syntax import typed
 from olt import wait_until
 
 NODES = {"config": CONFIG, "gpon 0/1": GPON, "xgpon 0/4": XGPON, "diagnose": DIAGNOSE}
@@ -31,8 +31,8 @@ def olt(traced_olt):
     return traced_olt
 
 
-def forms(grammar):
-    lines = [typed(words) for words in lines_of(grammar)]
+def forms(syntax):
+    lines = [typed(words) for words in lines_of(syntax)]
     return list(dict.fromkeys([*lines[:FORMS], *lines[-FORMS:]]))
 
 
@@ -73,14 +73,14 @@ def check(olt, node, lines):
 
 @pytest.mark.parametrize("node", NODES)
 def test_a_command_gives_back_what_it_takes_and_holds_nothing_across_a_pause(olt, node):
-    check(olt, node, [line for command in COMMANDS if command.node == NODES[node] for line in forms(command.grammar)])
+    check(olt, node, [line for command in COMMANDS if command.node == NODES[node] for line in forms(command.syntax)])
 
 
 @pytest.mark.parametrize("fault", FAULTS, ids=[fault.split()[0] for fault in FAULTS])
 @pytest.mark.parametrize("node", NODES)
 def test_a_command_gives_back_what_it_takes_when_the_platform_fails(olt, node, fault):
     olt.faults(fault)
-    lines = [forms(command.grammar)[0] for command in COMMANDS if command.node == NODES[node]]
+    lines = [forms(command.syntax)[0] for command in COMMANDS if command.node == NODES[node]]
     check(olt, node, [line for line in lines if not any(re.search(pattern, line) for pattern, *_ in SLOW)])
     olt.faults()
 

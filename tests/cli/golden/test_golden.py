@@ -18,7 +18,7 @@ from pathlib import Path
 import pytest
 from alarm_store import AlarmStore, Record
 from command_table import COMMANDS
-from grammar import pattern
+from syntax import pattern
 
 GOLDEN = Path(__file__).parent
 TRANSCRIPTS = sorted(path.name for path in GOLDEN.glob("*.txt"))
@@ -108,6 +108,6 @@ def test_masks_stand_for_what_they_say_and_for_nothing_else(shown, expected, sam
 def test_every_family_of_commands_is_in_a_transcript(family):
     """Most of its commands that are offered, that is."""
     lines = {line for name in TRANSCRIPTS for line in typed_lines(name)}
-    offered = {command.grammar for command in COMMANDS if command.family == family and not command.hidden}
-    missing = {grammar for grammar in offered if not any(pattern(grammar).fullmatch(line) for line in lines)}
+    offered = {command.syntax for command in COMMANDS if command.family == family and not command.hidden}
+    missing = {syntax for syntax in offered if not any(pattern(syntax).fullmatch(line) for line in lines)}
     assert len(missing) <= len(offered) // 2, missing

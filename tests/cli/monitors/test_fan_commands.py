@@ -202,7 +202,7 @@ def test_what_is_written_is_read_at_the_next_start(fresh_olt):
 
 @pytest.mark.parametrize("command", ["fan temperature 19", "fan temperature 81", "fan temperature", "fan mode on",
                                      "fan speed fast", "fan speed 1"])
-def test_what_the_grammar_does_not_have_is_refused(olt, command):
+def test_what_the_syntax_does_not_have_is_refused(olt, command):
     settings = olt.run("show fan json")
     assert olt.run(command)[1] != 0
     assert olt.run("show fan json") == settings

@@ -12,7 +12,7 @@ def command(name, node=CONFIG):
 
 def test_a_command_has_node_words_help_visibility_and_family():
     found = command("clear_syslog")
-    assert found.grammar == "clear syslog [level <debug|info|notice|warning|major|critical|alert|emerg>]"
+    assert found.syntax == "clear syslog [level <debug|info|notice|warning|major|critical|alert|emerg>]"
     assert found.help == ("Show information.", "Alarm log.", "Specify log level.", "Specify log debug level.",
                           "Specify log info level.", "Specify log notice level.", "Specify log warning level.",
                           "Specify log major level.", "Specify log critical level.", "Specify log alert level.",
@@ -30,16 +30,16 @@ def test_help_lines_of_a_set_that_are_its_own_come_once():
 def test_a_command_in_two_nodes_comes_twice_in_their_order():
     nodes = [found.node for found in COMMANDS if found.name == "show_transceiver_rssi_txdis_cmd"]
     assert nodes == [GPON, XGPON]
-    assert command("show_system_power").grammar == command("show_system_power", DIAGNOSE).grammar
+    assert command("show_system_power").syntax == command("show_system_power", DIAGNOSE).syntax
 
 
 def test_a_command_without_help_lines_may_explain_itself_as_it_likes():
     assert command("alarm_log_global_threshold_set").help is None
 
 
-def test_no_set_is_left_in_a_grammar_or_in_help():
+def test_no_set_is_left_in_a_syntax_or_in_help():
     for found in COMMANDS:
-        assert "{" not in found.grammar and not any("{" in line for line in found.help or ())
+        assert "{" not in found.syntax and not any("{" in line for line in found.help or ())
     assert len(SETS["ONU_ALARM"]) == 39 and SETS["SWITCH"] == ["enable", "disable"]
 
 

@@ -15,7 +15,7 @@ OWN_NODES = [(FAN, "fan"), (ALARM_LOG, "alarm-log"), (GPON, "gpon"), (XGPON, "xg
 class Command:
     node: int
     name: str
-    grammar: str
+    syntax: str
     help: tuple[str, ...] | None  # None: any that explains each word
     hidden: bool
     family: str = field(default="", compare=False)  # heading in the table
@@ -43,13 +43,13 @@ def _read():
             each = any("{}" in line for line in help_lines)
             sets[title[1]] = words, [line.replace("{}", word) for word in (words if each else [""]) for line in help_lines]
             continue
-        (grammar,) = lines
+        (syntax,) = lines
         for name, (words, _) in sets.items():
-            grammar = grammar.replace(f"{{{name}}}", f"<{'|'.join(words)}>")
+            syntax = syntax.replace(f"{{{name}}}", f"<{'|'.join(words)}>")
         texts = [text for line in help_lines for text in (sets[line[1:-1]][1] if line.startswith("{") else [line])]
         nodes, name, *hidden = title
         assert hidden in ([], ["hidden"]), title
-        commands += [Command(NODES[node], f"{name}_cmd", grammar, tuple(texts) or None, bool(hidden), family)
+        commands += [Command(NODES[node], f"{name}_cmd", syntax, tuple(texts) or None, bool(hidden), family)
                      for node in nodes.split(",")]
     return {name: words for name, (words, _) in sets.items()}, commands
 

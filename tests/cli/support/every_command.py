@@ -6,7 +6,7 @@ know, and why."""
 import re
 from collections import Counter
 
-from grammar import examples, typed
+from syntax import examples, typed
 
 # As `find` names a node: where a session starts, the command that leads there, and the one that undoes it.
 NODES = {
@@ -20,7 +20,7 @@ NODES = {
     "diagnose": ("diagnose", None, None),
 }
 
-# Words to type for a placeholder, where only a certain one leads somewhere: pattern of the grammar, placeholder, words.
+# Words to type for a placeholder, where only a certain one leads somewhere: pattern of the syntax, placeholder, words.
 SPECIAL_WORDS = [
     (r"configuration name|alarm.event> name", "WORD", ["fan"]),
     (r"enable WORD WORD", "WORD", ["40.5"]),  # a threshold to raise and one to clear: equal ones suit high and low
@@ -89,9 +89,9 @@ def bounds(placeholder):
     return [int(number) for number in re.fullmatch(r"\((-?\d+) ?- ?(-?\d+)\)", placeholder).groups()]
 
 
-def words_for(grammar, placeholder):
+def words_for(syntax, placeholder):
     for pattern, name, words in SPECIAL_WORDS:
-        if name == placeholder and re.search(pattern, grammar):
+        if name == placeholder and re.search(pattern, syntax):
             return words
     if placeholder in WORDS:
         return WORDS[placeholder]
@@ -106,13 +106,13 @@ def words_for(grammar, placeholder):
 
 
 def commands(olt):
-    """The grammar of every command that the running daemon has, hidden ones included, by node."""
+    """The syntax of every command that the running daemon has, hidden ones included, by node."""
     text, status = olt.run("find .")
     assert status == 0
     found = {}
     for line in text.splitlines():
-        node, grammar = re.fullmatch(r"  \((\S+)\)  (.+)", line).groups()
-        found.setdefault(node, []).append(grammar)
+        node, syntax = re.fullmatch(r"  \((\S+)\)  (.+)", line).groups()
+        found.setdefault(node, []).append(syntax)
     return found
 
 
@@ -121,14 +121,14 @@ def descriptors(olt):
     return Counter(re.sub(r":\[\d+\]$|\.\d+(?=/)", "", target) for target in olt.fds().values())
 
 
-def lines_of(grammar):
+def lines_of(syntax):
     """Lines to type for a command, as lists of words."""
-    return examples(grammar, lambda placeholder: words_for(grammar, placeholder))
+    return examples(syntax, lambda placeholder: words_for(syntax, placeholder))
 
 
-def wrong_lines_of(grammar):
+def wrong_lines_of(syntax):
     """Lines in which one word does not fit its placeholder."""
-    for words in lines_of(grammar):
+    for words in lines_of(syntax):
         for place, word in enumerate(words):
             wrong = WRONG_WORDS.get(word.shown, [])
             if word.shown.startswith("("):

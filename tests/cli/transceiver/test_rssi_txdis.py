@@ -131,7 +131,7 @@ def test_the_choice_is_the_modules_and_shows_in_the_display_of_every_session(olt
     assert olt.run("show idprom interface gpon 0/1")[0] == idprom(lambda at, register: pages[at][register]), "not in the dump"
 
 
-def test_words_are_checked_by_the_grammar(olt):
+def test_words_are_checked_by_the_syntax(olt):
     plug_with(olt, 0x00)
     for words, rc in ((SELECT, INCOMPLETE), (f"{SELECT} both", NO_MATCH), (f"{SELECT} rssi txdis", NO_MATCH),
                       (f"no {SELECT}", NO_MATCH), (f"{SHOW} json", NO_MATCH)):

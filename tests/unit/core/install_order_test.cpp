@@ -81,7 +81,7 @@ TEST_F(InstallOrder, commands_come_in_order_with_their_words_and_help)
         const ListedCommand &expected = listed[i];
         EXPECT_EQ(command->name, expected.name) << i;
         EXPECT_EQ(node, expected.node) << expected.name;
-        EXPECT_EQ(command->string, expected.grammar) << expected.name;
+        EXPECT_EQ(command->string, expected.syntax) << expected.name;
         if (!expected.help.empty()) {
             EXPECT_EQ(command->doc, expected.help) << expected.name;
         }

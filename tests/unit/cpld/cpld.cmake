@@ -2,7 +2,6 @@
 # The CPLD: register commands and the upgrade of its logic.
 set(cpld_dir ${CMAKE_SOURCE_DIR}/diagd/cpld)
 
-diagd_unit_test(shell_word_test shell_word_test.cpp)
 
 diagd_unit_test(image_file_test image_file_test.cpp ${cpld_dir}/image_file.cpp LIBS deps::frr deps::jsonc)
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// PHY and I2C commands with arguments that the grammar does not let through, and register numbers.
+// PHY and I2C commands with arguments that the syntax does not let through, and register numbers.
 #include "diagd/core/command.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/registers_cli/phy_register.hpp"
@@ -26,7 +26,7 @@ std::string printed;
 int library_calls;
 int raised;
 
-// Words of a command: what the grammar calls each, and what was typed.
+// Words of a command: what the syntax calls each, and what was typed.
 using Words = std::vector<std::pair<std::string, std::string>>;
 
 int run(const std::string &name, Words words)

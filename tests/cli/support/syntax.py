@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The command grammar of libfrr, read so as to type commands: lines in which each alternative comes at least once."""
+"""The command syntax of libfrr, read so as to type commands: lines in which each alternative comes at least once."""
 
 import itertools
 import re
@@ -28,23 +28,23 @@ class Word:
     keyword: bool
 
 
-def tokens(grammar):
-    """The tokens of a grammar line as pairs of kind and text."""
+def tokens(syntax):
+    """The tokens of a syntax line as pairs of kind and text."""
     found, place = [], 0
-    grammar = grammar.rstrip()
-    while place < len(grammar):
-        match = TOKEN.match(grammar, place)
-        assert match, f"{grammar!r} at {place}"
+    syntax = syntax.rstrip()
+    while place < len(syntax):
+        match = TOKEN.match(syntax, place)
+        assert match, f"{syntax!r} at {place}"
         found.append((match.lastgroup, match[match.lastgroup]))
         place = match.end()
     return found
 
 
 class _Reader:
-    """Gives each part of the grammar as its variants: the lists of words that stand for it."""
+    """Gives each part of the syntax as its variants: the lists of words that stand for it."""
 
-    def __init__(self, grammar, values):
-        self.tokens = tokens(grammar)
+    def __init__(self, syntax, values):
+        self.tokens = tokens(syntax)
         self.place = 0
         self.values = values
 
@@ -81,11 +81,11 @@ class _Reader:
         return variants if opening == "<" else [[], *variants]
 
 
-def examples(grammar, values):
-    """Lines of Words that fit the grammar.  values(placeholder): the words to type for A.B.C.D, (1-8), NAME ..."""
-    reader = _Reader(grammar, values)
+def examples(syntax, values):
+    """Lines of Words that fit the syntax.  values(placeholder): the words to type for A.B.C.D, (1-8), NAME ..."""
+    reader = _Reader(syntax, values)
     lines = reader.sequence()
-    assert reader.place == len(reader.tokens), f"{grammar!r} goes on"
+    assert reader.place == len(reader.tokens), f"{syntax!r} goes on"
     return lines
 
 
@@ -93,10 +93,10 @@ def typed(words):
     return " ".join(word.text for word in words)
 
 
-def pattern(grammar):
-    """A pattern of the lines that fit the grammar, whose placeholders stand for any one word."""
+def pattern(syntax):
+    """A pattern of the lines that fit the syntax, whose placeholders stand for any one word."""
     text = ""
-    for kind, token in tokens(grammar):
+    for kind, token in tokens(syntax):
         if kind in ("word", "placeholder"):
             text += (re.escape(token) if kind == "word" else r"\S+") + " "
         elif kind == "mark":
