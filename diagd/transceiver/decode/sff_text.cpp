@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Texts of module code bytes (see transceiver.hpp).
+// Texts of module code bytes (see memory/access.hpp).
 #include "diagd/transceiver/decode/sff_tables.hpp"
 #include "diagd/transceiver/memory/access.hpp"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Access to module memory over the board's I2C bus (see transceiver.hpp).
+// Access to module memory over the board's I2C bus (see access.hpp).
 //
 // Failure policy: a read that fails is 0, a write that fails is passed over; with transceiver_debug on, each
 // failure is one line on standard output.  There is no retry: whoever polls comes again.
