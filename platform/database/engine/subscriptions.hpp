@@ -84,7 +84,7 @@ private:
     std::deque<Watched> watched_;        // addresses stay
     std::deque<tq_db_entry> entries_;    // of the callers; addresses stay
     std::mutex mutex_;                   // one taker at a time
-    std::atomic<bool> is_stale_ = false; // the cache missed a change, and reading all anew failed
+    std::atomic<bool> is_stale_ = false; // the cache missed a change, and reading all again failed
     int event_fd_ = -1;                  // the subscription's
     base::Fd stop_;
     Session session_;

@@ -253,7 +253,7 @@ class Olt:
         return [call for call in calls if '"/var/log/faults"' not in call.arguments]
 
     def faults(self, *lines):
-        """Makes platform calls fail, see platform/trace; given anew each time, none clears them.  To be
+        """Makes platform calls fail, see platform/trace; each call replaces those of the last, none clears them.  To be
         called once before start, so that the daemon looks for the file at all."""
         for line in lines:
             require_traced(line.split()[0])

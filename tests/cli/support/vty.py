@@ -189,6 +189,6 @@ class Telnet(Session):
         return text[: len(text) - len(self.prompt)]
 
     def type(self, keys):
-        """Types keys that draw the prompt anew (TAB, ?); returns what is shown after them."""
+        """Types keys that draw the prompt again (TAB, ?); returns what is shown after them."""
         self.send(keys)
         return self.expect(rb"[>#] ?[^>#]*$")

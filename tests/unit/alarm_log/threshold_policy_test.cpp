@@ -128,7 +128,7 @@ TEST(Order, of_thresholds_may_be_equal_but_not_crossed)
     EXPECT_FALSE(are_in_order({10, 5}, Direction::low));
 }
 
-// The same in another way: whole numbers, and after each step the state is worked out anew from the whole
+// The same in another way: whole numbers, and after each step the state is worked out again from the whole
 // history.  A value is decisive when it reaches the alarm threshold, passes the clear threshold, or, with
 // thresholds the wrong way round, does both; only a decisive value that changes the state is reported.
 namespace {
