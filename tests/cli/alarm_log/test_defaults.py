@@ -11,7 +11,7 @@ from threshold_fixtures import ARM, FETCH, MONITOR
 
 SETTERS = "db_olt_alarm_log_set_.*|db_apply_.*"
 TEXTS = ["name", "desc", "level", "type", "class"]
-OUTLETS = [
+SINKS = [
     ("db_olt_alarm_log_set_alarm_log_flash_level", 'val="warning" width=16 apply=1'),
     ("db_olt_alarm_log_set_remote_server_ipv4_enable", "val=0 width=16 apply=1"),
     ("db_olt_alarm_log_set_remote_server_ipv6_enable", "val=0 width=16 apply=1"),
@@ -22,8 +22,8 @@ def made(calls):
     return [(call.op, call.arguments) for call in calls]
 
 
-def seeding(olt):
-    """The changes of the start, up to the end of seeding."""
+def defaults_set(olt):
+    """The changes of the start, up to the end of the defaults."""
     calls = olt.trace()
     end = next(i for i, call in enumerate(calls) if call.op == "misc_i2c_device_init")
     return of(calls[:end], f"{SETTERS}|{ARM}")
@@ -35,7 +35,7 @@ def olt(make_olt):
 
 
 def test_every_alarm_is_set_from_the_catalogue_and_applied_with_its_last_value(olt, catalogue):  # noqa: F811
-    calls = made(seeding(olt))
+    calls = made(defaults_set(olt))
     assert len(catalogue) == ALARM_COUNT
     sizes = {"name": 32, "desc": 32, "level": 16, "type": 16, "class": 8}
     for entry in catalogue:
@@ -50,7 +50,7 @@ def test_every_alarm_is_set_from_the_catalogue_and_applied_with_its_last_value(o
             apply = int(action == "remote")
             assert op == f"db_olt_alarm_log_set_action_{action}"
             assert arguments == f'id={entry["id"]} val={value} size=1 apply={apply}'
-    assert calls == [*OUTLETS, (ARM, f'function="{MONITOR}" seconds=3 argument=0')]
+    assert calls == [*SINKS, (ARM, f'function="{MONITOR}" seconds=3 argument=0')]
 
 
 def test_the_monitor_is_switched_on(olt):
@@ -102,15 +102,15 @@ def test_the_first_alarm_value_that_is_refused_ends_it(failing, op, what, nth):
 
 
 @pytest.mark.parametrize("place, what", [(0, "flash level"), (1, "remote server"), (2, "remote server")])
-def test_an_outlet_that_is_refused_ends_it(failing, place, what):
-    calls, stderr = failing(f"{OUTLETS[place][0]} ret=-5")
+def test_a_sink_that_is_refused_ends_it(failing, place, what):
+    calls, stderr = failing(f"{SINKS[place][0]} ret=-5")
     assert stderr == [f"set alarm log {what} failed : {failing.text(-5)}"]
-    assert made(calls[-1 - place :]) == OUTLETS[: place + 1]
+    assert made(calls[-1 - place :]) == SINKS[: place + 1]
 
 
 @pytest.fixture(scope="module")
 def failing(make_olt):
-    """A function that starts the daemon with a fault and gives the calls of seeding and what was said; the
+    """A function that starts the daemon with a fault and gives the calls that set the defaults and what was said; the
     monitor must then not be there."""
     olt = make_olt()
 
@@ -120,7 +120,7 @@ def failing(make_olt):
         said = len(olt.stderr())
         olt.faults(fault)
         olt.start(trace=True)
-        calls = seeding(olt)
+        calls = defaults_set(olt)
         assert of(calls, ARM) == []
         assert "Transceiver Monitor : Disable\r\n" in olt.run("show diag monitor", "diagnose")[0]
         return calls, re.findall("^set alarm log .*", olt.stderr()[said:], re.M)
