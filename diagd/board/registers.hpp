@@ -14,7 +14,7 @@ namespace diagd {
 enum class CpldRegister : std::uint8_t {
     logic_run = 0,              // written only: 0 while the logic is being replaced, 1 when it is done
     fan_power = 4,              // 1 on
-    fan_speed = 5,              // 1 low, 2 medium, 3 high; 0, the code of "auto", is taken too
+    fan_speed = 5,              // 0 low, 1 medium, 2 high, 5 automatic; the diagnostics node writes 1, 2, 3
     usb_led = 6,                // 1 on
     pon_transmitter = 8,        // per port
     pon_led = 10,               // per port
