@@ -11,7 +11,6 @@ diagd::Semaphore::Semaphore(int id) noexcept : id_(id), held_(semaphore_p(id) >=
 {
     static std::atomic<int> reported = -1;
     if (!held_ && reported.exchange(id_, std::memory_order_relaxed) != id_)
-        zlog_err(
-            "semaphore %d is gone: %s; what it guards is used without it until the daemon is started anew",
-            id_, safe_strerror(errno));
+        zlog_err("semaphore %d is gone: %s; what it guards is used without it until the daemon is restarted",
+                 id_, safe_strerror(errno));
 }

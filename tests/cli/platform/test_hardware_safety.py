@@ -229,7 +229,7 @@ def rounds_of(peer):
     return int(peer.stdout.readline())
 
 
-def test_a_board_semaphore_that_is_removed_is_said_once_and_made_anew_with_the_next_start(cold_olt):
+def test_a_board_semaphore_that_is_removed_is_said_once_and_made_again_with_the_next_start(cold_olt):
     olt = cold_olt
     olt.faults("nanosleep thread=power_monitor ret=0 delay_ms=20")
     olt.start(trace=True)
@@ -239,7 +239,7 @@ def test_a_board_semaphore_that_is_removed_is_said_once_and_made_anew_with_the_n
     wait_until(lambda: len(of(calls_of(olt, "power_monitor", before), "misc_cpld_i2c_power_state_get")) >= 3, "polls go on")
     assert olt.run("show logic version", "diagnose")[1] == 0
     lines = [line for line in olt.log().splitlines() if " is gone: " in line]
-    assert len(lines) == 1 and "used without it until the daemon is started anew" in lines[0]
+    assert len(lines) == 1 and "used without it until the daemon is restarted" in lines[0]
     olt.restart()
     assert olt.run("show logic version", "diagnose")[1] == 0
     wait_until(lambda: olt.sem_value("board") == 1, "the board is free")

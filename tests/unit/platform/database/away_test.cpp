@@ -105,7 +105,7 @@ TEST_F(Away, a_repository_that_is_moved_refuses_changes_and_takes_them_when_it_i
     EXPECT_EQ(db_apply_lock(&db), TQ_ERR_NO_DB);
     EXPECT_NE(db_connect_init_with_vty(reinterpret_cast<struct vty *>(this), &db), 0);
     expect_all_kept();
-    EXPECT_FALSE(fs::exists(repository())) << "it is not made anew";
+    EXPECT_FALSE(fs::exists(repository())) << "it is not made again";
     fs::rename(folder() + "/elsewhere", repository());
     expect_connected();
     EXPECT_EQ(db_disconnect_free_with_vty(reinterpret_cast<struct vty *>(this), &db), 0);
@@ -219,7 +219,7 @@ TEST_F(Away, writers_killed_in_the_middle_cost_no_value_and_no_life)
         EXPECT_TRUE(
             wait_until([&] { return set_level(9, round % 2 ? "notice" : "debug") == 0; }, back_again));
     }
-    // The writers changed all levels; names are nobody's but ours.
+    // The writers changed all levels; only we change names.
     EXPECT_EQ(level(9), "notice");
     ASSERT_EQ(edit("<alarm><id>8</id><level>notice</level></alarm>"), 0);
     EXPECT_TRUE(wait_until([&] { return level(8) == "notice"; }));

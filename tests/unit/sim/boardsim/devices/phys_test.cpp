@@ -94,7 +94,7 @@ TEST_F(Phy, power_down_takes_the_link)
 TEST_F(Phy, commands_of_the_control_register_are_done_at_once)
 {
     chip.write(0, 0x1340);
-    EXPECT_EQ(chip.read(0), 0x1140) << "negotiation started anew";
+    EXPECT_EQ(chip.read(0), 0x1140) << "negotiation started again";
     chip.write(4, 1);
     chip.write(0, 0x8000);
     EXPECT_EQ(chip.read(0), 0x1140);
