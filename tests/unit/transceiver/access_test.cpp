@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Access to module memory: one transaction for each read or byte written, and what becomes of failures.
 #include "diagd/transceiver/memory/access.hpp"
-#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 
 #include <gtest/gtest.h>
 

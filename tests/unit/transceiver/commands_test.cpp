@@ -4,8 +4,8 @@
 #include "diagd/transceiver/transceiver_cmd.hpp"
 
 #include "diagd/transceiver/memory/access.hpp"
-#include "tests/unit/module_board_double.hpp"
 #include "tests/unit/printing_vty.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // A module's identification: which bytes are read for which display, and what becomes of those that fail.
 #include "diagd/transceiver/memory/idprom.hpp"
 
-#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // The modules of all interfaces: which interfaces are listed, and what is read from each in which order.
 #include "diagd/transceiver/memory/module_listing.hpp"
 
-#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 
 #include "tq_board.h"
 #include "util_cpld.h"

@@ -2,7 +2,7 @@
 // The readout of one module: which bytes it reads in which order, what it makes of them, and in which half of
 // the record the values land.
 #include "diagd/transceiver/memory/optical_readout.hpp"
-#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 
 #include "util_cpld.h"
 

@@ -3,7 +3,7 @@
 #include "diagd/transceiver/memory/pon_optics.hpp"
 
 #include "diagd/core/state.hpp"
-#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 #include "util_cpld.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // The shared RSSI/TXDIS pin: what is done to the board, and what the control byte says.
 #include "diagd/transceiver/memory/rssi_txdis.hpp"
 
-#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 
 #include <gtest/gtest.h>
 

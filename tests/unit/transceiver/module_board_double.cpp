@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-#include "tests/unit/module_board_double.hpp"
+#include "tests/unit/transceiver/module_board_double.hpp"
 
 #include "sim/modules/text.hpp"
 
