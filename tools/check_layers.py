@@ -45,8 +45,6 @@ EXPORTS = {
     "diagd/monitors/reset_button/system_reset.hpp",
     "diagd/peers/peers.hpp",
     "diagd/system_cli/usage_samplers.hpp",
-    "diagd/transceiver/decode/optical_values.hpp",
-    "diagd/transceiver/memory/access.hpp",
     "diagd/transceiver/memory/pon_optics.hpp",
     "diagd/transceiver/optical_cmd.hpp",
 }
