@@ -351,12 +351,11 @@ def test_a_mode_or_temperature_chosen_while_the_sensor_is_read_is_in_force_at_th
     wait_until(lambda: [call for call in of(calls_of(olt, "fan_monitor", before), "misc_i2c_read") if call.result == "-1"],
                "the first of three attempts fails")
     assert olt.run(command) == ("", 0)
+    chosen = len(olt.trace())
     wait_until(lambda: ALARM_OPEN in records(olt, "fan_monitor"), "the fans open")
-    said = steps(calls_of(olt, "fan_monitor", before))
-    said = said[said.index("read sensor") :]
-    begin = len(said) - said[::-1].index("Open!")
-    attempts = said[:begin].count("read sensor")
-    assert attempts in (3, 4), f"within the pass, whose readings are three, and one that worked at most: {said}"
+    said = steps(calls_of(olt, "fan_monitor", chosen))
+    attempts = said[: said.index("Open!")].count("read sensor")
+    assert attempts <= 3, f"what is left of one pass, whose attempts are three: {said}"
 
 
 def test_a_mode_chosen_while_a_pass_waits_for_the_board_stands(cold_olt):
