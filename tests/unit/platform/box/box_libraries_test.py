@@ -37,7 +37,8 @@ class BoxLibraries(unittest.TestCase):
             shutil.copy(BUILD / "lib" / f"lib{library}.so", self.box)
 
     def configure(self):
-        same = ("CMAKE_CXX_FLAGS", "CMAKE_C_FLAGS", "CMAKE_BUILD_TYPE", "DIAGD_DEPS_DIR", "DIAGD_FRR_VARIANT")
+        same = ("CMAKE_CXX_FLAGS", "CMAKE_C_FLAGS", "CMAKE_BUILD_TYPE", "DIAGD_DEPS_DIR", "DIAGD_FRR_VARIANT",
+                "DIAGD_SANITIZE")
         return subprocess.run(
             ["cmake", "-S", PROJECT, "-B", self.build, "-G", "Ninja", f"-DDIAGD_PLATFORM_DIR={self.box}",
              *(f"-D{name}={cached(name)}" for name in same)],
