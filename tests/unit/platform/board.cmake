@@ -7,3 +7,4 @@ diagd_unit_test(bus_linux_test board/bus_linux_test.cpp LIBS util_cpld util_i2c 
 target_compile_definitions(bus_linux_test PRIVATE OLT8_JSON="${CMAKE_SOURCE_DIR}/sim/boards/olt8.json")
 
 diagd_board_test(board_libraries_test board/board_libraries_test.cpp LIBS util_cpld util_i2c util_phy)
+diagd_board_test(phy_library_test board/phy_library_test.cpp LIBS util_cpld util_i2c util_phy)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// The three C libraries against a boardsim of their own.
+// The C libraries of the CPLD and of I2C devices against a boardsim of their own.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -14,58 +14,11 @@
 #include <iterator>
 #include <thread>
 
-#include "tests/unit/running_board.hpp"
-#include "util_cpld.h"
-#include "util_i2c.h"
-#include "util_phy.h"
+#include "tests/unit/platform/board/libraries.hpp"
 
 namespace {
 
 using testing::HasSubstr;
-
-class Libraries : public testing::Test {
-protected:
-    static void SetUpTestSuite()
-    {
-        board_ = new RunningBoard;
-        ::setenv("OLT_BOARD", OLT8_JSON, 1);
-        ::setenv("BOARDSIM_DIR", board_->path().c_str(), 1);
-    }
-    static void TearDownTestSuite() { delete board_; }
-    void TearDown() override
-    {
-        board_->ask({"fault", "clear"});
-        for (const char *port : {"1", "2", "3"})
-            board_->ask({"unplug", "gpon", port});
-        board_->ask({"unplug", "ge", "1"});
-        misc_i2c_debug_set(0);
-        misc_cpld_debug_set(0);
-        misc_phy_debug_set(0);
-    }
-
-    static RunningBoard *board_;
-
-    static std::string module(const std::string &name) { return std::string(MODULES) + "/" + name + ".json"; }
-    static int read_byte(int handle, std::uint8_t address, std::uint8_t reg)
-    {
-        std::uint8_t value = 0;
-        return misc_i2c_read(handle, address, reg, &value, 1, 0) < 0 ? -1 : value;
-    }
-};
-
-RunningBoard *Libraries::board_ = nullptr;
-
-class Handle {
-public:
-    explicit Handle(int fd) : fd_(fd) { EXPECT_GE(fd, 0) << std::strerror(errno); }
-    Handle(const Handle &) = delete;
-    Handle &operator=(const Handle &) = delete;
-    ~Handle() { ::close(fd_); }
-    operator int() const { return fd_; } // NOLINT: stands for the plain number that the C API takes
-
-private:
-    int fd_;
-};
 
 TEST_F(Libraries, cpld_place_comes_from_the_description)
 {
@@ -412,94 +365,6 @@ TEST_F(Libraries, handle_works_again_after_the_board_was_started_again)
     EXPECT_EQ(value, 0x21);
     EXPECT_EQ(read_byte(sensor, 0x48, 0), 0x19);
     EXPECT_EQ(::fcntl(cpld, F_GETFD), FD_CLOEXEC) << "programs that are started inherit none";
-}
-
-TEST_F(Libraries, phy_tells_its_identity)
-{
-    std::uint32_t oui = 0;
-    std::uint8_t model = 0, revision = 0;
-    EXPECT_EQ(misc_phy_info("aux", 1, &oui, &model, &revision), 0);
-    EXPECT_EQ(oui, 0x0201f4U);
-    EXPECT_EQ(model, 17);
-    EXPECT_EQ(revision, 3);
-}
-
-TEST_F(Libraries, missing_phy_reads_ones_and_has_no_identity)
-{
-    std::uint32_t value = 0;
-    EXPECT_EQ(misc_phy_read("aux", 9, 2, &value), 0);
-    EXPECT_EQ(value, 0xffffU);
-    std::uint8_t model = 0, revision = 0;
-    EXPECT_EQ(misc_phy_info("aux", 9, &value, &model, &revision), -1);
-    EXPECT_EQ(misc_phy_read("eth7", 1, 2, &value), -1);
-    EXPECT_EQ(errno, ENODEV);
-}
-
-TEST_F(Libraries, phy_with_ones_in_one_identity_word_has_an_identity)
-{
-    std::uint32_t oui = 0;
-    std::uint8_t model = 0, revision = 0;
-    board_->ask({"phy", "set", "aux", "2", "2", "0xffff"});
-    board_->ask({"phy", "set", "aux", "2", "3", "0xd113"});
-    EXPECT_EQ(misc_phy_info("aux", 2, &oui, &model, &revision), 0);
-    EXPECT_EQ(oui, 0x3ffff4U);
-    EXPECT_EQ(model, 17);
-    EXPECT_EQ(revision, 3);
-    board_->ask({"phy", "set", "aux", "2", "2", "0x0807"});
-    board_->ask({"phy", "set", "aux", "2", "3", "0xffff"});
-    EXPECT_EQ(misc_phy_info("aux", 2, &oui, &model, &revision), 0);
-    EXPECT_EQ(oui, 0x0201ffU);
-    EXPECT_EQ(model, 63);
-    EXPECT_EQ(revision, 15);
-    EXPECT_EQ(misc_phy_reset("aux", 2), 0); // as it was
-}
-
-TEST_F(Libraries, phy_indirect_register_goes_through_its_window)
-{
-    EXPECT_EQ(misc_phy_write("aux", 1, 0x1e, 0x0a5), 0);
-    EXPECT_EQ(misc_phy_write("aux", 1, 0x1f, 0x1234), 0);
-    EXPECT_EQ(misc_phy_write("aux", 1, 0x1e, 0x0a6), 0);
-    std::uint32_t value = 0;
-    EXPECT_EQ(misc_phy_read("aux", 1, 0x1f, &value), 0);
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(misc_phy_write("aux", 1, 0x1e, 0x0a5), 0);
-    EXPECT_EQ(misc_phy_read("aux", 1, 0x1f, &value), 0);
-    EXPECT_EQ(value, 0x1234U);
-}
-
-TEST_F(Libraries, phy_reset_brings_the_defaults_back)
-{
-    std::uint32_t before = 0, after = 0;
-    EXPECT_EQ(misc_phy_read("aux", 1, 4, &before), 0);
-    EXPECT_EQ(misc_phy_write("aux", 1, 4, 0x0001), 0);
-    EXPECT_EQ(misc_phy_reset("aux", 1), 0);
-    EXPECT_EQ(misc_phy_read("aux", 1, 4, &after), 0);
-    EXPECT_EQ(after, before);
-}
-
-TEST_F(Libraries, reset_of_a_missing_phy_is_not_waited_for)
-{
-    board_->ask({"log", "clear"});
-    errno = 0;
-    EXPECT_EQ(misc_phy_reset("aux", 9), -1);
-    EXPECT_EQ(errno, ENODEV) << "the lines that nobody drives are no reset that goes on";
-    const std::string log = board_->ask({"log", "dump"});
-    std::size_t reads = 0;
-    for (std::size_t at = 0; (at = log.find(" phy_read ", at)) != log.npos; ++at)
-        ++reads;
-    EXPECT_EQ(reads, 1U) << log;
-}
-
-TEST_F(Libraries, phy_clause_45_registers_are_apart)
-{
-    EXPECT_EQ(misc_phy_write("aux", 1, 0x40018005, 0x77), 0);
-    std::uint32_t value = 0;
-    EXPECT_EQ(misc_phy_read("aux", 1, 0x40018005, &value), 0);
-    EXPECT_EQ(value, 0x77U);
-    EXPECT_EQ(misc_phy_read("aux", 1, 0x40038005, &value), 0);
-    EXPECT_EQ(value, 0U);
-    EXPECT_EQ(misc_phy_read("aux", 1, 0x40020005, &value), 0);
-    EXPECT_EQ(value, 0xffffU) << "the chip has no such device";
 }
 
 TEST_F(Libraries, debug_switches_are_kept_and_print_one_line_per_access)
