@@ -30,6 +30,7 @@ public:
                                           OLT8_JSON, "--dir",    folder_.path()};
         words.insert(words.end(), more_.begin(), more_.end());
         std::vector<char *> argv;
+        argv.reserve(words.size() + 1);
         for (std::string &word : words)
             argv.push_back(word.data());
         argv.push_back(nullptr);
@@ -66,7 +67,7 @@ public:
     [[nodiscard]] const std::string &path() const { return folder_.path(); }
 
     // Runs a verb and returns its text without the last newline; a refusal is an exception with the text.
-    std::string ask(std::vector<std::string> words)
+    std::string ask(std::vector<std::string> words) const
     {
         std::string text;
         if (sim::is_file_verb(words))
@@ -79,12 +80,12 @@ public:
             throw std::runtime_error(text);
         return text;
     }
-    int status(const std::vector<std::string> &words)
+    int status(const std::vector<std::string> &words) const
     {
         return sim::ask_board(path(), words, [](bool, std::string_view) {});
     }
     // Text of the refusal.
-    std::string refusal(const std::vector<std::string> &words)
+    std::string refusal(const std::vector<std::string> &words) const
     {
         try {
             ask(words);
