@@ -1,17 +1,15 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Fixtures: OLTs in private boxes, so that tests run side by side."""
 
-import fcntl
 import itertools
 import os
 import shutil
 import signal
-import subprocess
 from pathlib import Path
 
 import pytest
 
-from olt import BOX, BUILD, OLT, PROJECT, Olt
+from olt import PROJECT, Olt, prepared_database
 
 _numbers = itertools.count()
 
@@ -32,13 +30,8 @@ def states(worker_id):
 
 @pytest.fixture(scope="session")
 def database():
-    """A prepared database to copy, made once for all workers."""
-    template = PROJECT / "build" / "test-state" / f"template-{BUILD.name}"
-    template.parent.mkdir(parents=True, exist_ok=True)
-    with open(f"{template}.lock", "w") as lock:
-        fcntl.flock(lock, fcntl.LOCK_EX)
-        subprocess.run([BOX, "--state", template, "--build", BUILD, "--net", "--", OLT, "files"], check=True)
-    return template / "database"
+    """A prepared database to copy."""
+    return prepared_database()
 
 
 @pytest.fixture(scope="module")

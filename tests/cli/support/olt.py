@@ -2,6 +2,7 @@
 """An OLT for a test: a private box with a simulated board, pinned, and the daemon in it."""
 
 import ctypes
+import fcntl
 import itertools
 import json
 import os
@@ -42,6 +43,16 @@ def wait_until(condition, what, timeout=DEADLINE_S):
             return value
         assert time.monotonic() < deadline, f"{what} within {timeout} s"
         time.sleep(0.01)
+
+
+def prepared_database():
+    """A prepared database to copy, made once for all that run side by side."""
+    template = PROJECT / "build" / "test-state" / f"template-{BUILD.name}"
+    template.parent.mkdir(parents=True, exist_ok=True)
+    with open(f"{template}.lock", "w") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        subprocess.run([BOX, "--state", template, "--build", BUILD, "--net", "--", OLT, "files"], check=True)
+    return template / "database"
 
 
 def sanitizer_runtime():
