@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
-// Where SFF-8472 (revision 12.4) keeps what: byte numbers in decimal as the document has them, and its
-// tables.
+// Where SFF-8472 (revision 12.4) keeps what: byte numbers in decimal as the document has them.
 #pragma once
 
 #include <array>
@@ -9,18 +8,18 @@
 
 namespace optics::sff8472 {
 
-// A0h, table 4-1 and what it refers to.
+// A0h.
 namespace id {
-inline constexpr std::size_t identifier = 0;       // table 5-1
-inline constexpr std::size_t ext_identifier = 1;   // table 5-2
+inline constexpr std::size_t identifier = 0;
+inline constexpr std::size_t ext_identifier = 1;
 inline constexpr std::size_t connector = 2;        // SFF-8024 table 4-3
-inline constexpr std::size_t compliance = 3;       // 3-10, table 5-3
+inline constexpr std::size_t compliance = 3;       // 3-10
 inline constexpr std::size_t ethernet = 6;         // bit 3: 1000BASE-T
 inline constexpr std::size_t cable_technology = 8; // bit 2: passive cable, bit 3: active cable
 inline constexpr std::size_t encoding = 11;        // SFF-8024 table 4-2
 inline constexpr std::size_t rate = 12;            // 100 MBd; 255: byte 66 has it
 inline constexpr std::size_t rate_id = 13;         // SFF-8024 table 4-5
-inline constexpr std::size_t smf_km = 14;          // table 6-1: lengths
+inline constexpr std::size_t smf_km = 14;          // lengths, this and the following
 inline constexpr std::size_t smf_100m = 15;
 inline constexpr std::size_t om2_10m = 16;
 inline constexpr std::size_t om1_10m = 17;
@@ -28,17 +27,17 @@ inline constexpr std::size_t om4_10m_or_cable_m = 18;
 inline constexpr std::size_t om3_10m = 19;
 inline constexpr std::size_t vendor = 20; // 16
 inline constexpr std::size_t ext_compliance = 36;
-inline constexpr std::size_t oui = 37;                 // 3
-inline constexpr std::size_t part = 40;                // 16
-inline constexpr std::size_t revision = 56;            // 4
-inline constexpr std::size_t wavelength_nm = 60;       // word; of a cable its compliance (table 8-1)
-inline constexpr std::size_t options = 64;             // 2, table 8-3
-inline constexpr std::size_t rate_250 = 66;            // 250 MBd
-inline constexpr std::size_t serial = 68;              // 16
-inline constexpr std::size_t date = 84;                // 8
-inline constexpr std::size_t diagnostic_type = 92;     // table 8-5
-inline constexpr std::size_t enhanced_options = 93;    // table 8-6
-inline constexpr std::size_t revision_compliance = 94; // table 8-8
+inline constexpr std::size_t oui = 37;           // 3
+inline constexpr std::size_t part = 40;          // 16
+inline constexpr std::size_t revision = 56;      // 4
+inline constexpr std::size_t wavelength_nm = 60; // word; of a cable its compliance
+inline constexpr std::size_t options = 64;       // 2
+inline constexpr std::size_t rate_250 = 66;      // 250 MBd
+inline constexpr std::size_t serial = 68;        // 16
+inline constexpr std::size_t date = 84;          // 8
+inline constexpr std::size_t diagnostic_type = 92;
+inline constexpr std::size_t enhanced_options = 93;
+inline constexpr std::size_t revision_compliance = 94;
 } // namespace id
 
 // Byte 92.
@@ -56,12 +55,11 @@ inline constexpr unsigned rx_los_kept = 4;
 inline constexpr CheckedRange cc_base{"CC_BASE", 0, 62, 63};
 inline constexpr CheckedRange cc_ext{"CC_EXT", 64, 94, 95};
 
-// A2h, table 4-2 and what it refers to.
+// A2h.
 namespace dd {
-inline constexpr std::size_t rx_coefficients =
-    56;                                           // table 9-6: Rx_PWR(4) down to (0), a single precision each
-inline constexpr std::size_t status = 110;        // table 9-11
-inline constexpr std::size_t alarm_flags = 112;   // word, table 9-12
+inline constexpr std::size_t rx_coefficients = 56; // Rx_PWR(4) down to (0), a single precision each
+inline constexpr std::size_t status = 110;
+inline constexpr std::size_t alarm_flags = 112;   // word
 inline constexpr std::size_t warning_flags = 116; // word
 } // namespace dd
 
@@ -74,8 +72,8 @@ inline constexpr unsigned rx_los_state = 1;
 inline constexpr unsigned data_not_ready = 0;
 
 // One row for each measured quantity, in the order of Quantity: its threshold words (high alarm, low alarm,
-// high warning, low warning; table 9-5), its live word (table 9-11), its constants of external calibration
-// (slope and offset; table 9-6), its flag bits (high in `flag`, low below it) and its unit.
+// high warning, low warning), its live word, its constants of external calibration
+// (slope and offset), its flag bits (high in `flag`, low below it) and its unit.
 struct Row {
     std::size_t thresholds, live, slope, offset;
     unsigned flag;
