@@ -2,8 +2,8 @@
 // When the shared state is removed and what is put back into the next one (see recovery.hpp).
 #include "platform/database/engine/recovery.hpp"
 
+#include "base/thread_identity.hpp"
 #include "platform/database/engine/recovery/shared_state.hpp"
-#include "platform/database/engine/recovery/thread_identity.hpp"
 #include "platform/database/engine/sysrepo.hpp"
 #include "tq_errno.h"
 
@@ -76,17 +76,17 @@ OwnerIdentity::OwnerIdentity() : uid_(::geteuid()), gid_(::getegid())
     if (uid_ != 0 || ::stat(sr_get_repo_path(), &status) != 0 || status.st_uid == 0)
         return;
     // the group first: the user has no right to change it
-    is_group_changed_ = set_thread_gid(status.st_gid);
-    is_user_changed_ = set_thread_uid(status.st_uid);
+    is_group_changed_ = base::set_thread_gid(status.st_gid);
+    is_user_changed_ = base::set_thread_uid(status.st_uid);
 }
 
 OwnerIdentity::~OwnerIdentity()
 {
     // Both only go back to ids that the process still has, real or saved.
     if (is_user_changed_)
-        set_thread_uid(uid_);
+        base::set_thread_uid(uid_);
     if (is_group_changed_)
-        set_thread_gid(gid_);
+        base::set_thread_gid(gid_);
 }
 
 bool is_state_unused()

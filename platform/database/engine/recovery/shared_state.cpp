@@ -4,7 +4,7 @@
 #include "platform/database/engine/recovery/shared_state.hpp"
 
 #include "base/fd.hpp"
-#include "platform/database/engine/recovery/thread_identity.hpp"
+#include "base/thread_identity.hpp"
 #include "platform/database/model/settings.hpp"
 
 #include <fcntl.h>
@@ -157,7 +157,7 @@ bool SharedState::has_dead_subscriber() const
 
 bool SharedState::is_unused() const
 {
-    const RootIdentity root;
+    const base::RootIdentity root;
     struct stat main_state {};
     if (!root || ::stat(shared("_main").c_str(), &main_state) != 0)
         return false;

@@ -6,7 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace tq::db {
+namespace base {
 
 inline bool set_thread_uid(uid_t uid)
 {
@@ -36,4 +36,4 @@ private:
     bool is_root_;
 };
 
-} // namespace tq::db
+} // namespace base
