@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // Client on the service bus: a unix stream socket, served by the event loop of libfrr.
 // Failure policy: a bus that is absent, goes away or breaks the framing costs its user nothing: the client
-// looks for it again once a second, and until it is back a message is refused.  Nothing ever blocks: a bus
-// that does not read what it is sent counts as one that is away.
+// looks for it again once a second, and until it is back a message is refused.  A message that does not come
+// to its end in time breaks the framing, too.  Nothing ever blocks: a bus that does not read what it is sent
+// counts as one that is away.
 // The event loop's thread connects and receives; any thread may send.
 #include "base/fd.hpp"
 #include "base/owner.hpp"
@@ -32,6 +33,7 @@ using board::service_bus_max_message;
 using board::ServiceBusCommand;
 
 constexpr long retry_ms = 1000;
+constexpr long message_ms = 5000; // from its first byte to its last; a bus writes it at once
 
 using StreamOwner = base::Owner<struct stream, stream_free>;
 
@@ -75,15 +77,27 @@ private:
     {
         static_cast<BusClient *>(THREAD_ARG(thread))->receive();
     }
+    static void on_message_late(struct thread *thread) noexcept
+    {
+        static_cast<BusClient *>(THREAD_ARG(thread))->drop();
+    }
     void connect() noexcept;
     void receive() noexcept;
     void drop() noexcept;
     void look_again() noexcept { thread_add_timer_msec(master_, on_connect_time, this, retry_ms, nullptr); }
-    void await_input() noexcept { thread_add_read(master_, on_readable, this, socket_.get(), nullptr); }
+    void await_input() noexcept { thread_add_read(master_, on_readable, this, socket_.get(), &reader_); }
+    void await_rest() noexcept
+    {
+        if (stream_get_endp(input_.get()) > 0 && !late_timer_)
+            thread_add_timer_msec(master_, on_message_late, this, message_ms, &late_timer_);
+        await_input();
+    }
     bool fill_input(std::size_t wanted) noexcept;
 
     struct sclient shown_ {};
     struct thread_master *master_;
+    struct thread *reader_ = nullptr;
+    struct thread *late_timer_ = nullptr; // runs while a part of a message is there
     StreamOwner input_;
     StreamOwner output_;
     std::uint16_t type_ = 0;
@@ -149,6 +163,8 @@ int BusClient::send(const struct stream *message) noexcept
 
 void BusClient::drop() noexcept
 {
+    thread_cancel(&reader_);
+    thread_cancel(&late_timer_);
     {
         const std::lock_guard lock{mutex_};
         socket_.reset();
@@ -167,7 +183,7 @@ bool BusClient::fill_input(std::size_t wanted) noexcept
     if (got > 0 && had + static_cast<std::size_t>(got) == wanted)
         return true;
     if (got > 0 || got == would_block) {
-        await_input();
+        await_rest();
         return false;
     }
     drop();
@@ -186,6 +202,7 @@ void BusClient::receive() noexcept
     }
     if (!fill_input(length))
         return;
+    thread_cancel(&late_timer_);
     stream_set_getp(input_.get(), service_bus_header_size);
     if (shown_.message_handler)
         shown_.message_handler(&shown_, input_.get());

@@ -136,6 +136,11 @@ protected:
         char buffer[16];
         return ::recv(peer_, buffer, count, 0) == static_cast<ssize_t>(count);
     }
+    bool is_at_end() const
+    {
+        char byte;
+        return ::recv(peer_, &byte, 1, 0) == 0;
+    }
     // The peer finds the end of the connection after all that was sent.
     bool is_ended()
     {
@@ -252,14 +257,26 @@ TEST_F(ServiceBusClient, hangs_up_on_a_length_shorter_than_a_header_and_connects
     start();
     ASSERT_TRUE(connected());
     tell("\0\x03\0\x2e"s);
-    const auto ended = [&] {
-        char byte;
-        return ::recv(peer_, &byte, 1, 0) == 0;
-    };
-    EXPECT_TRUE(run_until(ended));
+    EXPECT_TRUE(run_until([&] { return is_at_end(); }));
     hang_up();
     EXPECT_TRUE(connected());
     EXPECT_TRUE(handled.empty());
+}
+
+// A length that is no length takes what follows for its body, and the client would hear nothing any more.
+TEST_F(ServiceBusClient, hangs_up_on_a_message_that_does_not_end_and_connects_anew)
+{
+    bring_up();
+    start();
+    ASSERT_TRUE(connected());
+    const std::string message = "\0\x08\0\x2e\0\0\0\x07"s;
+    tell("\xff\xff\0\x2e"s + message);
+    EXPECT_TRUE(run_until([&] { return is_at_end(); }));
+    EXPECT_TRUE(handled.empty());
+    hang_up();
+    ASSERT_TRUE(connected());
+    tell(message);
+    EXPECT_TRUE(run_until([&] { return handled.size() == 1; }));
 }
 
 TEST_F(ServiceBusClient, refuses_and_never_waits_when_the_bus_does_not_read)
