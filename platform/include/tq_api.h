@@ -13,13 +13,17 @@
 extern "C" {
 #endif
 
-/* System V semaphores.  A process that dies while holding one gives it back. */
+/* System V semaphores, for root and members of the box's group.  A process that dies while holding one gives
+ * it back. */
 
-/* Creates or opens the one-member semaphore set of `key` and stores its identifier.  A set that exists is
- * taken as it stands; a new one gets the value `count`.  0, or negative with errno set. */
+/* Creates or opens the one-member semaphore set of `key` and stores its identifier.  A set that root or the
+ * daemon's user made is taken as it stands, with access for the group alone; a new one, which only these two
+ * make, gets the value `count`.  One that anybody else made is removed by root and EPERM for others.  0, or
+ * negative with errno set. */
 int semaphore_create(int *id, int key, int count);
-/* Takes / gives back the semaphore; waits as long as it takes.  0, or negative with errno set.
- * Taking the alarm store's semaphore also repairs what a killed writer left half done. */
+/* Takes / gives back the semaphore; waits as long as it takes, and names who has it in the log when that is
+ * long: the thread must be one that libfrr knows.  0, or negative with errno set. Taking the alarm store's
+ * semaphore also repairs what a killed writer left half done. */
 int semaphore_p(int id);
 int semaphore_v(int id);
 

@@ -19,6 +19,7 @@ set_target_properties(trap_message_test PROPERTIES BUILD_RPATH $<TARGET_FILE_DIR
 diagd_api_test(trap_sinks_test sinks/trap_sinks_test.cpp)
 diagd_api_test(udp_receiver_test sinks/udp_receiver_test.cpp)
 diagd_api_test(semaphore_test system/semaphore_test.cpp private_ipc.cpp)
+diagd_api_test(semaphore_access_test system/semaphore_access_test.cpp private_ipc.cpp)
 diagd_api_test(parameters_test system/parameters_test.cpp)
 diagd_api_test(board_ports_test system/board_ports_test.cpp)
 target_compile_definitions(board_ports_test PRIVATE OLT8_JSON="${CMAKE_SOURCE_DIR}/sim/boards/olt8.json")
