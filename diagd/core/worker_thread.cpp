@@ -31,13 +31,16 @@ void *run(void *argument)
     return nullptr;
 }
 
-// A new thread inherits the signal mask: it must not take a signal that the event loop waits for.
+// A new thread inherits the signal mask: it must not take a signal that the event loop waits for.  Faults are
+// its own: one that is blocked ends the process before any handler sees it.
 class SignalsBlocked {
 public:
     SignalsBlocked() noexcept
     {
         sigset_t all;
         sigfillset(&all);
+        for (const int fault : {SIGBUS, SIGSEGV, SIGFPE, SIGILL})
+            sigdelset(&all, fault);
         pthread_sigmask(SIG_BLOCK, &all, &before_);
     }
     ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }

@@ -88,11 +88,11 @@ void AlarmChain::done() noexcept
     announce(Change::none, 0);
 }
 
-void AlarmChain::recover() noexcept
+bool AlarmChain::recover() noexcept
 {
     const std::uint32_t journal = std::atomic_ref(trailer_->journal).load(std::memory_order_acquire);
     if (journal == 0)
-        return;
+        return false;
     const std::uint32_t index = journal & index_mask;
     if (index < capacity_) {
         switch (static_cast<Change>(journal >> change_shift)) {
@@ -110,6 +110,7 @@ void AlarmChain::recover() noexcept
     // The journal stands until the chain is whole: dying here again only means doing it again.
     relink_all();
     done();
+    return true;
 }
 
 void AlarmChain::rebuild() noexcept

@@ -54,8 +54,8 @@ public:
     // `memory` is a formatted store of `capacity` (at most TQ_ALARM_CAPACITY) slots.
     AlarmChain(void *memory, std::uint32_t capacity) noexcept;
 
-    // Finishes what a killed writer began.
-    void recover() noexcept;
+    // Finishes what a killed writer began.  False: nobody had.
+    bool recover() noexcept;
 
     // Every walk along `next` or `prev` ends within the capacity, and the count fits.  A store that readers
     // take for empty (head or tail TQ_ALARM_NONE or count 0) is sound, too.

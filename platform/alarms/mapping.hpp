@@ -29,6 +29,10 @@ public:
     // The same, but never attaches another store than the one attached now.
     std::optional<AlarmChain> current_chain() noexcept;
 
+    // The store was cut short while it was looked at or changed: what was read or written since is void.
+    // errno is set then.
+    static bool is_lost() noexcept;
+
     // Index of a slot of the attached store; TQ_ALARM_NONE for any other address.
     [[nodiscard]] std::uint32_t index_of(const tq_alarm_store_t *store, const tq_alarm_slot_t *slot0,
                                          const tq_alarm_slot_t *slot) const noexcept;

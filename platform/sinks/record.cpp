@@ -52,7 +52,7 @@ int file_record(const tq_alarm_slot_t &record) noexcept
     if (!chain)
         return errno;
     chain->add(record);
-    return 0;
+    return AlarmMapping::is_lost() ? errno : 0;
 }
 
 void note(int error)

@@ -84,29 +84,14 @@ protected:
 
 } // namespace
 
-TEST_F(AlarmStore, is_made_at_the_first_start_for_programs_of_all_users)
+TEST_F(AlarmStore, is_made_at_the_first_start)
 {
     ASSERT_EQ(tq_alarm_log_init(), 0);
     struct stat status {};
     ASSERT_EQ(stat(store_file, &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0666u);
     EXPECT_GE(status.st_size, 16 + 4096 * 200);
-    semid_ds semaphore{};
-    ASSERT_EQ(semctl(alarm_log_sem_id, 0, IPC_STAT, &semaphore), 0);
-    EXPECT_EQ(semaphore.sem_perm.mode & 0777, 0666);
     EXPECT_EQ(tq_alarm_log_shm_pointer, nullptr) << "the pointer is the program's to fetch";
     EXPECT_THAT(seen(), IsEmpty());
-}
-
-TEST_F(AlarmStore, made_by_root_with_a_strict_umask_is_written_by_an_ordinary_user)
-{
-    ASSERT_EQ(geteuid(), 0U) << "takes root, as all of ./test does";
-    const mode_t mask = umask(077);
-    ASSERT_EQ(tq_alarm_log_init(), 0);
-    umask(mask);
-    Process daemon([] { return setresgid(1, 1, 1) == 0 && setresuid(1, 1, 1) == 0 && file("x") == 0; });
-    EXPECT_EQ(daemon.wait(), 0);
-    EXPECT_THAT(seen(), ElementsAre("x"));
 }
 
 TEST_F(AlarmStore, keeps_its_records_over_a_restart)
