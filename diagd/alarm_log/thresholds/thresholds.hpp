@@ -14,7 +14,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <limits>
 #include <span>
 #include <string_view>
 
@@ -117,7 +116,7 @@ private:
 // Its whole part; the nearest number that there is for one beyond all of them.
 [[nodiscard]] inline std::int64_t whole_threshold(float threshold) noexcept
 {
-    constexpr auto limit = static_cast<float>(std::numeric_limits<std::int64_t>::max() / 2);
+    constexpr float limit = 0x1p62F; // both signs of it fit the result
     return static_cast<std::int64_t>(std::clamp(threshold, -limit, limit));
 }
 
