@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <span>
-#include <string>
 #include <string_view>
 
 #define LEVEL_SYNTAX "<debug|info|notice|warning|major|critical|alert|emerg>"
@@ -25,6 +25,35 @@
 
 namespace diagd {
 
+// A text while it is joined.  Not std::string: the analysers of the sources cannot evaluate the library's at
+// compile time.
+class JoinedText {
+public:
+    constexpr JoinedText() = default;
+    constexpr JoinedText(std::string_view text) { append(text); }
+    constexpr JoinedText(const char *text) { append(text); }
+
+    constexpr JoinedText &append(std::string_view more)
+    {
+        for (const char c : more)
+            text_[size_++] = c; // past the end nothing compiles
+        return *this;
+    }
+    friend constexpr JoinedText operator+(JoinedText left, const JoinedText &right)
+    {
+        return left.append({right.text_.data(), right.size_});
+    }
+
+    [[nodiscard]] constexpr std::size_t size() const { return size_; }
+    [[nodiscard]] constexpr char &back() { return text_[size_ - 1]; }
+    [[nodiscard]] constexpr const char *begin() const { return text_.data(); }
+    [[nodiscard]] constexpr const char *end() const { return text_.data() + size_; }
+
+private:
+    std::array<char, 8192> text_{};
+    std::size_t size_ = 0;
+};
+
 // The text that `make` returns, as a C string in static storage.
 template <auto make>
 inline constexpr auto static_text_storage = [] {
@@ -36,9 +65,9 @@ template <auto make>
 inline constexpr const char *static_text = static_text_storage<make>.data();
 
 // "<a|b|c>"
-constexpr std::string choice_of(std::span<const std::string_view> keywords)
+constexpr JoinedText choice_of(std::span<const std::string_view> keywords)
 {
-    std::string syntax = "<";
+    JoinedText syntax = "<";
     for (const std::string_view keyword : keywords)
         syntax.append(keyword).append("|");
     syntax.back() = '>';
@@ -46,9 +75,9 @@ constexpr std::string choice_of(std::span<const std::string_view> keywords)
 }
 
 // A line for each keyword.
-constexpr std::string help_of_choice(std::span<const std::string_view> keywords, std::string_view what)
+constexpr JoinedText help_of_choice(std::span<const std::string_view> keywords, std::string_view what)
 {
-    std::string help;
+    JoinedText help;
     for (const std::string_view keyword : keywords)
         help.append("Specify ").append(keyword).append(" ").append(what).append(".\n");
     return help;

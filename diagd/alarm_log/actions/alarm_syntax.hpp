@@ -59,7 +59,7 @@ inline constexpr KeywordGroup global_alarms_without_threshold{
     "alarm", std::span{global_alarms.names}.subspan(board_threshold_count)};
 
 // "<print|...|all>"
-constexpr std::string action_syntax()
+constexpr JoinedText action_syntax()
 {
     std::array<std::string_view, action_switches.size() + 1> keywords;
     std::ranges::transform(action_switches, keywords.begin(), &ActionSwitch::word);
@@ -67,24 +67,24 @@ constexpr std::string action_syntax()
     return choice_of(keywords);
 }
 
-constexpr std::string action_help()
+constexpr JoinedText action_help()
 {
-    std::string help;
+    JoinedText help;
     for (const ActionSwitch &one : action_switches)
         help.append(one.help);
     return help.append("All four actions.\n");
 }
 
 // "alarm <fan|...>"
-constexpr std::string syntax_of(const KeywordGroup &group)
+constexpr JoinedText syntax_of(const KeywordGroup &group)
 {
-    return std::string{group.class_word} + " " + choice_of(group.names);
+    return JoinedText{group.class_word} + " " + choice_of(group.names);
 }
 
 // Help of the class word and a line for each name.
-constexpr std::string help_of(const KeywordGroup &group)
+constexpr JoinedText help_of(const KeywordGroup &group)
 {
-    return "Configuration of " + std::string{group.class_word} + "s.\n" +
+    return "Configuration of " + JoinedText{group.class_word} + "s.\n" +
            help_of_choice(group.names, group.class_word);
 }
 

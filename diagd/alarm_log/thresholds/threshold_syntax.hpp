@@ -36,16 +36,16 @@ inline std::optional<Thresholds> typed_thresholds(struct vty *vty, const char *a
 }
 
 // "before <a|b|c> after" as syntax, "before", a line for each word and "after" as help.
-constexpr std::string syntax_with_choice(std::string_view before, std::span<const std::string_view> names,
-                                         std::string_view after)
+constexpr JoinedText syntax_with_choice(const JoinedText &before, std::span<const std::string_view> names,
+                                        const JoinedText &after)
 {
-    return std::string{before} + " " + choice_of(names) + " " + std::string{after};
+    return before + " " + choice_of(names) + " " + after;
 }
 
-constexpr std::string help_with_choice(std::string_view before, std::span<const std::string_view> names,
-                                       std::string_view after)
+constexpr JoinedText help_with_choice(const JoinedText &before, std::span<const std::string_view> names,
+                                      const JoinedText &after)
 {
-    return std::string{before} + help_of_choice(names, "alarm") + std::string{after};
+    return before + help_of_choice(names, "alarm") + after;
 }
 
 } // namespace diagd
