@@ -5,7 +5,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <numeric>
@@ -14,11 +13,22 @@ namespace diagd {
 
 std::optional<CpuTimes> parse_cpu_times(const char *line) noexcept
 {
-    constexpr int required = 4; // up to idle
-    std::array<unsigned long long, 8> ticks{};
-    if (line[0] != 'c' ||
-        std::sscanf(line, "cp%*s %llu %llu %llu %llu %llu %llu %llu %llu", &ticks[0], &ticks[1], &ticks[2],
-                    &ticks[3], &ticks[4], &ticks[5], &ticks[6], &ticks[7]) < required)
+    constexpr std::size_t required = 4; // up to idle
+    std::array<std::uint64_t, 8> ticks{};
+    std::string_view rest = line;
+    if (!rest.starts_with("cp"))
+        return std::nullopt;
+    rest.remove_prefix(std::min(rest.find(' '), rest.size()));
+    std::size_t count = 0;
+    while (count < ticks.size()) {
+        rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+        const auto [end, failure] = std::from_chars(rest.data(), rest.data() + rest.size(), ticks[count]);
+        if (failure != std::errc{})
+            break;
+        rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
+        ++count;
+    }
+    if (count < required)
         return std::nullopt;
     return CpuTimes{std::accumulate(ticks.begin(), ticks.end(), std::uint64_t{0}), ticks[3]};
 }

@@ -20,6 +20,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "base/fd.hpp"
 
@@ -57,9 +58,10 @@ int send(int handle, std::uint8_t address, std::span<std::uint8_t> bytes)
 int mii(unsigned long what, const char *interface, std::uint32_t phy, std::uint32_t reg, std::uint16_t &value)
 {
     ifreq request{};
-    if (std::strlen(interface) >= sizeof request.ifr_name)
+    const std::string_view name = interface;
+    if (name.size() >= sizeof request.ifr_name)
         return -ENODEV;
-    std::strcpy(request.ifr_name, interface);
+    std::ranges::copy(name, request.ifr_name);
     // Drivers look at the bits they know: a higher number would be taken for another.
     const bool is_clause45 = (reg & clause45_mark) != 0;
     if (phy > last_phy || (reg > last_register && !is_clause45))

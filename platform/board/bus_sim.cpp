@@ -17,11 +17,12 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
+#include <string_view>
 
 #include "base/fd.hpp"
 
@@ -36,7 +37,7 @@ std::array<char, 16> thread_name()
 {
     std::array<char, 16> name{};
     if (::gettid() == ::getpid())
-        std::strcpy(name.data(), "main");
+        std::ranges::copy("main", name.begin());
     else
         ::prctl(PR_GET_NAME, name.data());
     return name;
@@ -64,8 +65,18 @@ bool opened_for(int fd, int &bus, HandleKind &kind)
     socklen_t size = sizeof address - 1;
     int kind_number = 0;
     if (::getsockname(fd, reinterpret_cast<sockaddr *>(&address), &size) != 0 ||
-        address.sun_family != AF_UNIX ||
-        std::sscanf(address.sun_path + 1, "olt-bus.%d.%d.", &bus, &kind_number) != 2)
+        address.sun_family != AF_UNIX)
+        return false;
+    std::string_view rest = address.sun_path + 1;
+    const auto number_after = [&rest](std::string_view before, int &number) {
+        if (!rest.starts_with(before))
+            return false;
+        rest.remove_prefix(before.size());
+        const auto [end, failure] = std::from_chars(rest.data(), rest.data() + rest.size(), number);
+        rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
+        return failure == std::errc{};
+    };
+    if (!number_after("olt-bus.", bus) || !number_after(".", kind_number) || !rest.starts_with('.'))
         return false;
     kind = static_cast<HandleKind>(kind_number);
     return true;
@@ -275,9 +286,10 @@ int SimBus::phy(SimOp op, const char *interface, std::uint32_t phy, std::uint32_
 {
     SimRequest request{};
     request.op = op;
-    if (std::strlen(interface) >= request.name.size())
+    const std::string_view name = interface;
+    if (name.size() >= request.name.size())
         return -ENODEV;
-    std::strcpy(request.name.data(), interface);
+    std::ranges::copy(name, request.name.begin());
     request.number = static_cast<std::int32_t>(phy);
     request.value = reg;
     request.extra = value;
