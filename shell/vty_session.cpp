@@ -95,8 +95,12 @@ VtyAnswer VtySession::run(const std::string &command)
     if (command.size() > longest_command || command.find('\0') != std::string::npos)
         throw Failure(EX_DATAERR, "not a command: longer than " + std::to_string(longest_command) +
                                       " characters, or with a NUL in it");
-    const Failure closed(EX_UNAVAILABLE, "the daemon closed the session during: " + command);
-    const Failure late(EX_UNAVAILABLE, "the daemon did not answer in time: " + command);
+    const auto closed = [&] {
+        return Failure(EX_UNAVAILABLE, "the daemon closed the session during: " + command);
+    };
+    const auto late = [&] {
+        return Failure(EX_UNAVAILABLE, "the daemon did not answer in time: " + command);
+    };
 
     std::string_view rest(command.c_str(), command.size() + 1); // with its NUL
     while (!rest.empty()) {
@@ -104,7 +108,7 @@ VtyAnswer VtySession::run(const std::string &command)
         if (sent < 0 && errno == EINTR)
             continue;
         if (sent <= 0)
-            throw closed;
+            throw closed();
         rest.remove_prefix(static_cast<std::size_t>(sent));
     }
 
@@ -118,7 +122,7 @@ VtyAnswer VtySession::run(const std::string &command)
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
-            throw got < 0 && errno == EAGAIN ? late : closed;
+            throw got < 0 && errno == EAGAIN ? late() : closed();
         const std::size_t scanned = answer.size();
         answer.append(chunk.data(), static_cast<std::size_t>(got));
         if (mark == std::string::npos)
