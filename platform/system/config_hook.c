@@ -2,8 +2,8 @@
 // In C: libfrr's hooks are macros for it.
 #include <zebra.h>
 
-#include <libfrr.h>
 #include "platform/system/config_hook.h"
+#include <libfrr.h>
 
 static void (*config_read)(void);
 
