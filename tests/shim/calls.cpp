@@ -60,6 +60,7 @@ bool is_of_the_daemon(const void *return_address)
 {
     static const void *const daemon = [] {
         Dl_info program{};
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel hands addresses over as numbers
         dladdr(reinterpret_cast<const void *>(getauxval(AT_ENTRY)), &program);
         return static_cast<const void *>(program.dli_fbase);
     }();
@@ -76,7 +77,7 @@ constexpr bool nested = true;
 {
     const char *const number = std::getenv("CALL_SHIM_IGNORE");
     if (number && std::strcmp(program_invocation_short_name, "diagd") == 0)
-        std::signal(std::atoi(number), SIG_IGN);
+        std::signal(static_cast<int>(std::strtol(number, nullptr, 10)), SIG_IGN);
 }
 
 } // namespace
@@ -218,8 +219,8 @@ void _thread_add_timer(const struct xref_threadsched *where, struct thread_maste
         "thread_add_timer",
         [&] {
             if (hurried && std::strncmp(hurried, where->funcname, length) == 0 && hurried[length] == '=')
-                _thread_add_timer_msec(where, master, function, argument, std::atol(hurried + length + 1),
-                                       timer);
+                _thread_add_timer_msec(where, master, function, argument,
+                                       std::strtol(hurried + length + 1, nullptr, 10), timer);
             else
                 real(where, master, function, argument, seconds, timer);
         },
@@ -296,8 +297,9 @@ time_t time(time_t *result) noexcept
     return recorded<leaf>("time", [&] {
         long ahead = 0;
         if (FILE *file = clock ? std::fopen(clock, "re") : nullptr) {
-            if (std::fscanf(file, "%ld", &ahead) != 1)
-                ahead = 0;
+            char number[32];
+            if (std::fgets(number, sizeof number, file))
+                ahead = std::strtol(number, nullptr, 10);
             std::fclose(file);
         }
         const time_t now = real(nullptr) + ahead;

@@ -27,11 +27,11 @@ public:
     PrintingVty(const PrintingVty &) = delete;
     PrintingVty &operator=(const PrintingVty &) = delete;
 
-    // What was printed since the last call.
-    std::string text()
+    // What was printed since the last call, which forgets it.
+    std::string text() // NOLINT(readability-make-member-function-const): it empties the buffer
     {
         char *bytes = buffer_getstr(session.obuf);
-        const std::string printed = bytes;
+        std::string printed = bytes;
         XFREE(MTYPE_TMP, bytes);
         buffer_reset(session.obuf);
         return printed;
