@@ -72,6 +72,7 @@ TEST(Cmis, identity)
     EXPECT_EQ(module.identity.serial.view(), "SN0003");
     EXPECT_EQ(module.identity.date.view(), "230607");
     EXPECT_DOUBLE_EQ(*module.identity.wavelength_nm, 1311);
+    EXPECT_DOUBLE_EQ(*module.identity.wavelength_tolerance_nm, 6.5); // counted in 0.005 nm
     EXPECT_EQ(module.identity.lengths.smf.metres, 2000);
     EXPECT_EQ(module.diagnostics.module_state, 3); // ready
     EXPECT_TRUE(module.trusted());
