@@ -119,6 +119,17 @@ TEST(NeverShown, zeros_of_a_temperature_before_modules_told_whether_they_have_on
     EXPECT_EQ(qsfp.decode().temperature.value, 0);
 }
 
+TEST(NeverShown, zeros_of_a_voltage_before_modules_told_whether_they_have_one)
+{
+    Qsfp qsfp;
+    qsfp.lower.set(1, {0x07}).word(26, {0});
+    EXPECT_EQ(qsfp.decode().voltage.reason, Reason::not_measured);
+    EXPECT_EQ(qsfp.decode().temperature.state, State::ok);
+    qsfp.lower.set(1, {0x08}); // now bit 4 of byte 220 counts
+    EXPECT_EQ(qsfp.decode().voltage.state, State::ok);
+    EXPECT_EQ(qsfp.decode().voltage.value, 0);
+}
+
 TEST(NeverShown, values_behind_an_address_change)
 {
     Sfp sfp;
