@@ -127,6 +127,18 @@ TEST(DumpText, i2cdump_table_gives_its_bytes)
     EXPECT_EQ(module_files::parse_dump(i2cdump_text(a0_page()), "x"), a0_page());
 }
 
+// Of a range of registers the last line has fewer bytes; blanks take the place of the others.
+TEST(DumpText, a_short_last_line_ends_before_its_column_of_characters)
+{
+    for (std::size_t count = 1; count < 16; ++count) {
+        std::string text = "00:";
+        for (std::size_t i = 0; i < 16; ++i)
+            text += i < count ? " 41" : "   ";
+        text += "    " + std::string(count, 'A') + "\n";
+        EXPECT_EQ(module_files::parse_dump(text, "x"), Bytes(count, 0x41)) << count;
+    }
+}
+
 TEST(DumpText, digits_alone_are_bytes)
 {
     EXPECT_THAT(module_files::parse_dump("0304fF\n00 10\n", "x"), ElementsAre(0x03, 0x04, 0xff, 0x00, 0x10));
@@ -216,6 +228,16 @@ TEST(Assembly, qsfp_pages_come_in_one_dump_or_several)
     EXPECT_EQ(all.image.devices.at(0x50).pages.at(3)[0], 0x33);
     EXPECT_EQ(parts.image.devices.at(0x50).pages.at(3)[0], 0x33);
     EXPECT_EQ(parts.image.devices.at(0x50).read(148), 'O');
+}
+
+TEST(Assembly, whichever_page_was_read_last_a_module_begins_with_page_00)
+{
+    Bytes lower = qsfp_lower();
+    lower[127] = 3;
+    const auto module = module_files::assemble_module(
+        {{"q.lower.bin", lower}, {"q.page00.bin", qsfp_page00()}, {"q.page03.bin", Bytes(128, 0x33)}}, false);
+    EXPECT_EQ(module.image.devices.at(0x50).read(127), 0);
+    EXPECT_EQ(module.image.devices.at(0x50).read(148), 'O');
 }
 
 TEST(Assembly, short_dump_is_refused_unless_padding_is_asked_for)
@@ -326,6 +348,22 @@ TEST(DumpFile, unreadable_files_are_named)
     } catch (const std::exception &error) {
         EXPECT_EQ(error.what(), folder.file("none.bin") + ": No such file or directory");
     }
+}
+
+// SFF-8636, page select byte: a page that is not there selects page 00h, and the register says so.
+TEST(ModuleImage, a_page_that_is_not_there_selects_page_00)
+{
+    auto device = module_files::assemble_module({{"q.lower.bin", qsfp_lower()},
+                                                 {"q.page00.bin", qsfp_page00()},
+                                                 {"q.page03.bin", Bytes(128, 0x33)}},
+                                                false)
+                      .image.devices.at(0x50);
+    device.write(127, 3);
+    EXPECT_EQ(device.read(127), 3);
+    EXPECT_EQ(device.read(148), 0x33);
+    device.write(127, 2);
+    EXPECT_EQ(device.read(127), 0);
+    EXPECT_EQ(device.read(148), 'O');
 }
 
 TEST(ModuleImage, damaged_text_form_is_refused)
