@@ -7,6 +7,8 @@
 #include <sys/ioctl.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <iterator>
 
 #include "tests/unit/running_board.hpp"
 
@@ -33,6 +35,10 @@ protected:
     void TearDown() override { board_->ask({"gpio", "fail", "off"}); }
 
     static int open_device() { return ::open(folder_->file("gpio-device").c_str(), O_RDWR); }
+    static std::ptrdiff_t descriptors()
+    {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    }
     static int request(int fd, unsigned long number, std::uint32_t &word)
     {
         return ::ioctl(fd, number, &word);
@@ -84,10 +90,13 @@ TEST_F(Gpio, requests_fail_from_the_wanted_one_on)
 
 TEST_F(Gpio, open_can_be_refused)
 {
+    const std::ptrdiff_t before = descriptors();
     board_->ask({"gpio", "fail", "open", "errno=13"});
     errno = 0;
     EXPECT_EQ(open_device(), -1);
     EXPECT_EQ(errno, EACCES);
+    EXPECT_EQ(open_device(), -1);
+    EXPECT_EQ(descriptors(), before) << "what the file system opened is closed again";
     EXPECT_GE(::open("/dev/null", O_RDWR), 0) << "other files open";
 }
 
