@@ -238,6 +238,15 @@ TEST(Generator, units_are_those_of_the_description_whatever_wavelength_and_path)
     }
 }
 
+TEST(Generator, a_second_path_without_diagnostics_has_none_of_the_first_ones)
+{
+    const auto image = two_paths(path(1490, ""), R"("wavelength_nm": 1577)");
+    EXPECT_TRUE(image.devices.contains(0x51));
+    EXPECT_TRUE(image.devices.contains(0x58));
+    EXPECT_FALSE(image.devices.contains(0x59));
+    EXPECT_EQ(at(image, 0x58).byte(92), 0U);
+}
+
 TEST(Generator, unknown_units_are_refused)
 {
     EXPECT_THROW(two_paths(path(1490, R"("units": "half", )"), path(1490, "")), std::exception);
