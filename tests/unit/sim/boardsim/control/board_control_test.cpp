@@ -298,6 +298,17 @@ TEST_F(Verbs, heater_takes_the_board_over_as_warm_as_it_is)
     EXPECT_GT(celsius, 50);
 }
 
+TEST_F(Verbs, a_sensor_on_a_board_that_burns_shows_the_most_it_can)
+{
+    const auto sensor = [&] { return board.ask({"fru", "get", "2", "0x48", "0", "2"}); };
+    board.ask({"temp", "set", "1200"});
+    board.ask({"time", "scale", "1000"});
+    board.ask({"heat", "200"});
+    EXPECT_TRUE(eventually([&] { return sensor() == "7f80"; })) << "127.5 degrees";
+    for (int look = 0; look < 100; ++look)
+        ASSERT_EQ(sensor(), "7f80") << "hotter still, and not cold";
+}
+
 TEST_F(Verbs, log_wait_answers_when_the_line_comes)
 {
     auto waiting = std::async(std::launch::async, [&] {
