@@ -116,6 +116,20 @@ TEST_F(Failures, full_shared_memory_gives_no_space_and_no_bus_error)
     EXPECT_EQ(level(), "alert");
 }
 
+// What is left would do for some of a change, and sysrepo maps what does not fit.
+TEST_F(Failures, shared_memory_that_is_nearly_full_gives_no_space_before_anything_is_written)
+{
+    ASSERT_EQ(init(), 0);
+    ASSERT_EQ(set_level("major"), 0);
+    fill_shared_memory(256 * 1024);
+    EXPECT_EQ(set_level("alert"), TQ_ERR_NO_SPACE);
+    EXPECT_EQ(level(), "major");
+    tq_database_t second{};
+    EXPECT_EQ(database_init(&second), TQ_ERR_NO_SPACE);
+    ASSERT_EQ(unlink("/dev/shm/ballast"), 0);
+    EXPECT_EQ(set_level("alert"), 0);
+}
+
 TEST_F(Failures, a_read_only_repository_gives_an_access_error)
 {
     ASSERT_EQ(init(), 0);
