@@ -121,6 +121,17 @@ TEST(AlarmXml, unknown_elements_are_passed_over_wherever_they_stand)
     EXPECT_EQ(records[4].remote, 1u);
 }
 
+TEST(AlarmXml, switches_count_in_the_action_alone)
+{
+    const Records records =
+        read(in_root("<alarm><id>4</id><action><trap>true</trap></action>"
+                     "<history><print>true</print><trap>false</trap></history></alarm>"
+                     "<alarm><id>5</id><history><remote>true</remote></history></alarm>"));
+    EXPECT_EQ(records[4].trap, 1u);
+    EXPECT_EQ(records[4].print, 0u);
+    EXPECT_TRUE(is_empty(records[5]));
+}
+
 TEST(AlarmXml, ids_that_are_none_are_passed_over)
 {
     for (const std::string id :
