@@ -43,7 +43,7 @@ struct zebra_privs_t *_zprivs_raise(struct zebra_privs_t *privs, const char *rea
 }
 void _zprivs_lower(struct zebra_privs_t **privs)
 {
-    calls.push_back("lower");
+    calls.emplace_back("lower");
     *privs = nullptr;
     errno = EBADF;
 }
