@@ -60,7 +60,6 @@ bool is_of_the_daemon(const void *return_address)
 {
     static const void *const daemon = [] {
         Dl_info program{};
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel hands addresses over as numbers
         dladdr(reinterpret_cast<const void *>(getauxval(AT_ENTRY)), &program);
         return static_cast<const void *>(program.dli_fbase);
     }();

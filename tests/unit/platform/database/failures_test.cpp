@@ -178,7 +178,7 @@ TEST_F(Failures, the_running_configuration_survives_a_user_that_was_killed)
 TEST_F(Failures, a_running_configuration_that_was_emptied_gives_way_to_that_of_startup)
 {
     const std::string file = folder() + "/startup.xml";
-    std::ofstream{folder() + "/empty.xml"};
+    ASSERT_TRUE(std::ofstream(folder() + "/empty.xml"));
     std::ofstream(file) << "<alarm-log xmlns=\"urn:norvale:yang:olt-alarm-log\">"
                            "<alarm><id>5</id><level>emerg</level></alarm></alarm-log>\n";
     ASSERT_EQ(sysrepocfg({"--edit=" + file, "--datastore=startup", "--format=xml", "--module=olt-alarm-log"}),

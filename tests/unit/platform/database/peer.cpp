@@ -38,7 +38,7 @@ int main(int argc, char **argv)
 {
     setvbuf(stdout, nullptr, _IOLBF, 0);
     const std::string verb = argc > 1 ? argv[1] : "";
-    const auto id = static_cast<std::uint16_t>(argc > 2 ? std::atoi(argv[2]) : 0);
+    const auto id = static_cast<std::uint16_t>(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 0);
     tq_database_t db{};
     if (const int code = database_init(&db); code != 0) {
         std::printf("code %d\n", code);
