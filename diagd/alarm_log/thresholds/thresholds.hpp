@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -113,10 +114,12 @@ private:
     char text_[32];
 };
 
-// Its whole part; the nearest number that there is for one beyond all of them.
+// Its whole part; the nearest number that there is for one beyond all of them, 0 for what is no number.
 [[nodiscard]] inline std::int64_t whole_threshold(float threshold) noexcept
 {
     constexpr float limit = 0x1p62F; // both signs of it fit the result
+    if (std::isnan(threshold))
+        return 0;
     return static_cast<std::int64_t>(std::clamp(threshold, -limit, limit));
 }
 

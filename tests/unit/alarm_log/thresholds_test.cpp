@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <limits>
 #include <set>
 #include <string>
@@ -88,4 +89,10 @@ TEST(WholeThreshold, beyond_all_numbers_is_the_nearest)
     using Limits = std::numeric_limits<float>;
     EXPECT_GT(whole_threshold(Limits::infinity()), std::int64_t{1} << 60);
     EXPECT_LT(whole_threshold(-Limits::max()), -(std::int64_t{1} << 60));
+}
+
+TEST(WholeThreshold, of_what_is_no_number_is_0)
+{
+    // Made at run time: compilers have a 0 of their own.
+    EXPECT_EQ(whole_threshold(std::strtof("nan", nullptr)), 0);
 }
