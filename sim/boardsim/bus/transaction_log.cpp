@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/printable.hpp"
 #include "sim/modules/text.hpp"
 
 namespace sim {
@@ -86,7 +87,8 @@ std::string TransactionLog::line(const Entry &entry)
     if (const auto *text = std::get_if<std::string>(&entry.what))
         return head + *text;
     const auto &transaction = std::get<Transaction>(entry.what);
-    return head + std::string(transaction.thread_name()) + " " + transaction.text();
+    // A thread names itself as it likes.
+    return head + base::printable(transaction.thread_name()) + " " + transaction.text();
 }
 
 void TransactionLog::each(std::uint64_t since, const std::function<void(const std::string &line)> &use) const

@@ -244,6 +244,15 @@ TEST(Log, transaction_line_says_who_what_and_result)
     EXPECT_THAT(kept[1], testing::EndsWith(" len=1 -> -6 No such device or address"));
 }
 
+TEST(Log, a_threads_name_does_not_end_the_line)
+{
+    sim::TransactionLog log;
+    auto read = transaction(board::SimOp::cpld_read, 0, 5);
+    std::copy_n("a\nb", 4, read.thread.begin());
+    log.add(read);
+    EXPECT_THAT(lines(log)[0], testing::HasSubstr(" a?b cpld_read "));
+}
+
 TEST_F(Board, a_handle_reaches_modules_only_while_their_channel_is_selected)
 {
     pon(1).plug(image());
