@@ -7,9 +7,9 @@ descriptors are flat in the last half, and no line of the log tells of an error 
 import random
 import re
 import time
-from pathlib import Path
 
 from alarm_fixtures import peer_of
+from footprint import resident_kb
 from load import Load, own_lines
 from olt import NO_QUARANTINE
 from project import PROJECT
@@ -32,10 +32,6 @@ EXPLAINED = [
 
 def options(parser):
     parser.add_argument("--commands", type=int, help="how many commands all sessions run (500000, short form 20000)")
-
-
-def resident_kb(pid):
-    return int(re.search(r"VmRSS:\s+(\d+) kB", Path(f"/proc/{pid}/status").read_text())[1])
 
 
 class Hands:

@@ -7,12 +7,14 @@ from pathlib import Path
 from olt import wait_until
 
 
+def resident_kb(pid):
+    """Resident memory of a process."""
+    return int(re.search(r"VmRSS:\s+(\d+) kB", Path(f"/proc/{pid}/status").read_text())[1])
+
+
 def growth_kb(olt, command, warm_up=300, times=1000):
     """By how much the resident memory grows while a command runs again and again, once it has run for a while.
     Under a sanitizer the daemon must have been started with NO_QUARANTINE."""
-
-    def resident_kb():
-        return int(re.search(r"VmRSS:\s+(\d+) kB", Path(f"/proc/{olt.pid}/status").read_text())[1])
 
     def repeat(session, count):
         for _ in range(count):
@@ -20,9 +22,9 @@ def growth_kb(olt, command, warm_up=300, times=1000):
 
     with olt.vty() as session:
         repeat(session, warm_up)
-        before = resident_kb()
+        before = resident_kb(olt.pid)
         repeat(session, times)
-        return resident_kb() - before
+        return resident_kb(olt.pid) - before
 
 
 class Footprint:
