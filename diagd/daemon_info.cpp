@@ -6,6 +6,7 @@
 #include "diagd/start_steps.hpp"
 
 #include "diagd/core/alarm_record.hpp"
+#include "diagd/core/configuration_reading.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/units.hpp"
 
@@ -23,6 +24,7 @@ namespace {
 void sighup() noexcept
 {
     zlog_info("SIGHUP received");
+    const diagd::ConfigurationReading reading;
     vty_read_config(nullptr, diagd_di.config_file, config_default);
 }
 

@@ -1,36 +1,33 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The start order of the diagnostics daemon.  The command line is not parsed: libfrr takes the program's name
 // from it and everything else runs with the library's defaults.
-#include "diagd/core/privileges.hpp"
+#include "diagd/core/frr.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/start_steps.hpp"
 #include "diagd/units.hpp"
-
-#include "tq_api.h"
-#include "util_cpld.h"
 
 int main(int argc, char **argv)
 {
     line_buffer_stdout();
     limit_kept_memory();
 
-    board_mmap_init(BOARD_REGIONS, BOARD_REC_SIZE);
+    board_records_init();
     board_semaphore_init();
     xtables_libdir_init();
     diagd_database_init();
     alarm_log_database_init();
     diagd_get_base_cfg();
-    misc_cpld_i2c_init(&diagm.cpld_i2c_bus, &diagm.cpld_i2c_addr, 20);
+    cpld_bus_init();
 
     frr_preinit(&diagd_di, argc, argv);
     diagm.master = frr_init();
-    diagm.pon_mode = static_cast<std::uint32_t>(pon_mode_get());
+    pon_mode_init();
 
-    diag_sclient_init(diagm.master, 0, &diagd_privs);
+    service_bus_init();
     diag_zclient_init(diagm.master);
     diag_port_init();
 
-    tq_alarm_log_init();
+    alarm_store_init();
     initial_alarm_log_config();
 
     fan_init();
@@ -45,6 +42,7 @@ int main(int argc, char **argv)
     system_cmd_init();
     transceiver_cmd_init();
 
+    start_report_init();
     frr_config_fork();
     frr_run(diagm.master);
     return 0;

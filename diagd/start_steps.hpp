@@ -16,6 +16,9 @@ void line_buffer_stdout();
 // reading the database frees one of a megabyte.
 void limit_kept_memory();
 
+// Makes the board's records.  Without them there are no ports.
+void board_records_init();
+
 // Creates or opens the board-access semaphore; ends the process when there is none.
 void board_semaphore_init();
 
@@ -27,3 +30,19 @@ void diagd_database_init();
 
 // Port counts and interface table; without the port record both stay zero and the daemon runs with no ports.
 void diagd_get_base_cfg();
+
+// Where the CPLD is.
+void cpld_bus_init();
+
+// What the PON ports are for.
+void pon_mode_init();
+
+// The client of the service bus, which is instance 0 of the daemon.
+void service_bus_init();
+
+// Attaches the store of alarm records.
+void alarm_store_init();
+
+// Has what the start could not do told once libfrr has read the configuration, and errors in that on standard
+// error, too.
+void start_report_init();

@@ -4,6 +4,7 @@
 
 #include "diagd/board/registers.hpp"
 #include "diagd/core/privileges.hpp"
+#include "diagd/core/start_report.hpp"
 #include "diagd/core/state.hpp"
 
 #include <cerrno>
@@ -44,9 +45,11 @@ int BoardSession::keep_open() noexcept
 int open_board_for_life(const char *reason) noexcept
 {
     BoardSession session{reason, SessionPolicy::lock_free};
-    if (!session)
-        std::printf("open fan failed: %s\r\n",
-                    std::strerror(errno)); // whoever opens: consoles are watched for it
+    if (!session) {
+        const char *const error = std::strerror(errno);
+        std::printf("open fan failed: %s\r\n", error); // whoever opens: consoles are watched for it
+        goes_without(reason, error);
+    }
     return session.keep_open();
 }
 

@@ -3,11 +3,14 @@
 #include "diagd/core/worker_thread.hpp"
 
 #include "diagd/core/frr.hpp"
+#include "diagd/core/start_report.hpp"
 
 #include <pthread.h>
 #include <sys/prctl.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 
@@ -68,6 +71,7 @@ bool diagd::start_worker(const char *name, void (*body)() noexcept, ThreadEnd en
     }
     if (result != 0) {
         rcu_thread_unprepare(start->rcu);
+        goes_without(name, std::strerror(std::abs(result)));
         return result > 0;
     }
     static_cast<void>(start.release()); // the thread's now

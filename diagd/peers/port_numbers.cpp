@@ -2,6 +2,7 @@
 // Port numbers from the device's port record.  Without the record they stay zero and the daemon says so.
 #include "diagd/peers/peers.hpp"
 
+#include "diagd/core/start_report.hpp"
 #include "diagd/core/state.hpp"
 
 #include <cstdio>
@@ -16,8 +17,9 @@ constexpr std::array<std::uint8_t, 8> record_bytes{10, 11, 12, 13, 3, 4, 1, 0};
 int diag_port_init()
 {
     tq_port_info_t record{};
-    if (database_dev_get_port_info(&g_diagd_db, &record) < 0) {
+    if (const int code = database_dev_get_port_info(&g_diagd_db, &record); code < 0) {
         std::puts("diagd port init failed\r");
+        diagd::goes_without_if_failed("port numbers", code);
         return -1;
     }
     for (std::size_t i = 0; i < diag_port.size(); ++i)

@@ -7,6 +7,7 @@
 #include "diagd/alarm_log/actions/alarm_action.hpp"
 #include "diagd/alarm_log/catalogue.hpp"
 #include "diagd/alarm_log/thresholds/thresholds.hpp"
+#include "diagd/core/start_report.hpp"
 #include "diagd/core/state.hpp"
 
 #include "tq_api.h"
@@ -20,10 +21,12 @@ namespace {
 
 bool is_done(int code, std::string_view what)
 {
-    if (code != 0)
-        std::fprintf(stderr, "set alarm log %.*s failed : %s\n", print_length(what), what.data(),
-                     tq_strerror(code));
-    return code == 0;
+    if (code == 0)
+        return true;
+    const char *const reason = tq_strerror(code);
+    std::fprintf(stderr, "set alarm log %.*s failed : %s\n", print_length(what), what.data(), reason);
+    goes_without("alarm defaults", reason);
+    return false;
 }
 
 // The texts are whole fields of the catalogue and its name tables.

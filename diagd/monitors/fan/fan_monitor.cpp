@@ -9,6 +9,7 @@
 #include "diagd/board/semaphore.hpp"
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/privileges.hpp"
+#include "diagd/core/start_report.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
 #include "diagd/monitors/fan/fan.hpp"
@@ -27,6 +28,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
+constexpr const char *thread_name = "fan_monitor";
 constexpr int cpld_bus = 0;
 constexpr int last_tick = 4; // ticks of a second; a pass comes after the one behind it
 
@@ -127,14 +129,18 @@ int fan_init()
     fan_cmd_init();
 
     diagd::Privileges raised{"fan_monitor_init"};
-    if (!diagd::open_board_sensor())
+    if (!diagd::open_board_sensor()) {
+        diagd::goes_without(thread_name, "the sensor's bus cannot be opened");
         return 0;
+    }
     cpld_handle = misc_i2c_device_init(cpld_bus);
-    if (cpld_handle < 0)
+    if (cpld_handle < 0) {
+        diagd::goes_without(thread_name, "the fans' bus cannot be opened");
         return 0;
+    }
     raised.lower();
 
-    if (!diagd::start_worker("fan_monitor", run, diagd::ThreadEnd::detached)) {
+    if (!diagd::start_worker(thread_name, run, diagd::ThreadEnd::detached)) {
         std::puts("fan_monitor_thread init failed!\r");
         return 0;
     }

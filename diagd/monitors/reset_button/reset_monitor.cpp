@@ -9,6 +9,7 @@
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/child_programs.hpp"
 #include "diagd/core/privileges.hpp"
+#include "diagd/core/start_report.hpp"
 #include "diagd/core/worker_thread.hpp"
 #include "diagd/monitors/reset_button/button_policy.hpp"
 #include "diagd/monitors/reset_button/system_reset.hpp"
@@ -18,14 +19,17 @@
 #include <sys/mman.h>
 #include <sys/wait.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <thread>
 
 namespace {
 
+constexpr const char *thread_name = "reset_monitor";
 constexpr unsigned button_line = 2;
 
 constexpr const char *uio_device = "/dev/uio0";
@@ -40,18 +44,23 @@ constexpr const char *save_configuration =
 
 const volatile std::uint32_t *uio_registers; // set before the thread starts
 
+// There will be no button; `message` is for perror.
+bool failed(const char *message) noexcept
+{
+    const int error = errno;
+    std::perror(message);
+    diagd::goes_without(thread_name, std::strerror(error));
+    return false;
+}
+
 // Makes the button's line an input.
 bool set_up_line() noexcept
 {
     const base::Fd device = diagd::open_gpio();
-    if (!device) {
-        std::perror("open /dev/tq_gpio_cfg failed\n");
-        return false;
-    }
-    if (!diagd::request_gpio(device, diagd::GpioRequest::get, button_line, 0)) {
-        std::perror("/dev/tq_gpio_cfg ioctl fail!\n");
-        return false;
-    }
+    if (!device)
+        return failed("open /dev/tq_gpio_cfg failed\n");
+    if (!diagd::request_gpio(device, diagd::GpioRequest::get, button_line, 0))
+        return failed("/dev/tq_gpio_cfg ioctl fail!\n");
     return true;
 }
 
@@ -69,15 +78,11 @@ std::uint32_t uio_size() noexcept
 bool map_registers() noexcept
 {
     base::Fd device{::open(uio_device, O_RDWR | O_SYNC | O_CLOEXEC)};
-    if (!device) {
-        std::perror("Failed to open the device");
-        return false;
-    }
+    if (!device)
+        return failed("Failed to open the device");
     void *const region = ::mmap(nullptr, uio_size(), PROT_READ | PROT_WRITE, MAP_SHARED, device.get(), 0);
-    if (region == MAP_FAILED) {
-        std::perror("devuio mmap");
-        return false;
-    }
+    if (region == MAP_FAILED)
+        return failed("devuio mmap");
     uio_registers = static_cast<const volatile std::uint32_t *>(region);
     device.release(); // stays open, as the mapping stays, for the life of the process
     return true;
@@ -138,7 +143,7 @@ int reset_init()
     if (!set_up_line() || !map_registers())
         return 0;
     raised.lower();
-    if (!diagd::start_worker("reset_monitor", run, diagd::ThreadEnd::joinable))
+    if (!diagd::start_worker(thread_name, run, diagd::ThreadEnd::joinable))
         std::puts("wtd_app_init create tq_reset_app_thread failed!\r");
     return 0;
 }

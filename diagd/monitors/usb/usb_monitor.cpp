@@ -7,6 +7,7 @@
 #include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
 #include "diagd/core/privileges.hpp"
+#include "diagd/core/start_report.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/worker_thread.hpp"
 #include "diagd/monitors/usb/uevent_parser.hpp"
@@ -60,8 +61,10 @@ base::Fd open_hotplug_socket() noexcept
 {
     const diagd::Privileges raised{"usb_monitor_thread"};
     const auto failed = [](const char *step) {
-        std::printf("error %s: %s", step, std::strerror(errno));
+        const char *const error = std::strerror(errno);
+        std::printf("error %s: %s", step, error);
         std::fflush(stdout); // no line end
+        diagd::goes_without("usb_monitor", error);
         return base::Fd{};
     };
 

@@ -4,7 +4,7 @@ set(diagd_dir ${CMAKE_SOURCE_DIR}/diagd)
 
 diagd_unit_test(session_test session_test.cpp ${diagd_dir}/board/session.cpp ${diagd_dir}/board/cage.cpp
                 ${diagd_dir}/board/semaphore.cpp
-                ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/state.cpp
+                ${diagd_dir}/core/privileges.cpp ${diagd_dir}/core/start_report.cpp ${diagd_dir}/core/state.cpp
                 LIBS platform_headers deps::frr deps::jsonc)
 
 # The interfaces that records list, and how interfaces are called.

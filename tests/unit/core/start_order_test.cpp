@@ -127,6 +127,10 @@ int cli_log(tq_database_t *, tq_alarm_req_t *, const char *, ...)
     return recorder.note("cli_log");
 }
 int alarm_log_sem_id = -1;
+const char *tq_strerror(int)
+{
+    return "no reason";
+}
 void frr_config_fork(void)
 {
     recorder.note("frr_config_fork");

@@ -16,7 +16,8 @@ set(core_dir ${CMAKE_SOURCE_DIR}/diagd/core)
 set(board_dir ${CMAKE_SOURCE_DIR}/diagd/board)
 diagd_unit_test(image_program_test image_program_test.cpp ${cpld_dir}/image_program.cpp ${cpld_dir}/image_file.cpp
                 ${board_dir}/session.cpp
-                ${board_dir}/semaphore.cpp ${core_dir}/privileges.cpp ${core_dir}/state.cpp
+                ${board_dir}/semaphore.cpp ${core_dir}/privileges.cpp ${core_dir}/start_report.cpp
+                ${core_dir}/state.cpp
                 LIBS platform_headers deps::frr deps::jsonc)
 
 diagd_unit_test(port_switch_test port_switch_test.cpp ${cpld_dir}/port_switch.cpp ${board_dir}/records.cpp

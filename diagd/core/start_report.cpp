@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// The line that sums up a start; see start_report.hpp.
+#include "diagd/core/start_report.hpp"
+
+#include "diagd/core/frr.hpp"
+
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <string_view>
+
+namespace diagd {
+
+namespace {
+
+// Where each of the words below is explained.
+constexpr const char *explained = "diagd(8), Starting without";
+
+struct Report {
+    std::mutex mutex;
+    bool told = false;
+    char missing[1000] = "";
+};
+Report report;
+
+// Appends a part as a whole, or the mark that something was left out.
+void append(const char *what, const char *reason) noexcept
+{
+    constexpr std::string_view mark = " ...";
+    if (std::string_view{report.missing}.ends_with(mark))
+        return;
+    const std::size_t used = std::strlen(report.missing);
+    const std::size_t room = sizeof report.missing - mark.size() - used;
+    const int size =
+        std::snprintf(report.missing + used, room, "%s%s (%s)", used > 0 ? ", " : "", what, reason);
+    if (size >= 0 && static_cast<std::size_t>(size) < room)
+        return;
+    report.missing[used] = '\0';
+    std::strcat(report.missing, mark.data());
+}
+
+} // namespace
+
+void goes_without(const char *what, const char *reason) noexcept
+{
+    {
+        const std::lock_guard lock{report.mutex};
+        if (!report.told) {
+            append(what, reason);
+            return;
+        }
+    }
+    zlog_warn("goes on without %s (%s); see %s", what, reason, explained);
+}
+
+void report_start() noexcept
+{
+    {
+        const std::lock_guard lock{report.mutex};
+        report.told = true;
+    }
+    if (report.missing[0] == '\0') // nobody writes there any more
+        zlog_notice("started, nothing is missing");
+    else
+        zlog_warn("started without %s; see %s", report.missing, explained);
+}
+
+} // namespace diagd
