@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "platform/description/board_check.hpp"
 #include "sim/boardctl/module_make.hpp"
 #include "sim/modules/module_file.hpp"
 
@@ -46,19 +47,37 @@ Words prepare_plug(const Words &words)
     return request;
 }
 
+// Throws with a line for each thing that does not fit.
+void check_description(const Words &words)
+{
+    if (words.size() != 2)
+        throw std::invalid_argument("usage: boardctl check FILE");
+    const std::vector<std::string> found = board::inconsistencies(board::load(words[1]));
+    if (found.empty())
+        return;
+    std::string text = words[1] + " does not fit together:";
+    for (const std::string &line : found)
+        text += "\n  " + line;
+    throw std::runtime_error(text);
+}
+
 } // namespace
 
 bool is_file_verb(const Words &words)
 {
     const std::string first = words.empty() ? "" : words[0];
-    return first == "plug" || (first == "module" && words.size() > 1 && words[1] == "make");
+    return first == "plug" || first == "check" ||
+           (first == "module" && words.size() > 1 && words[1] == "make");
 }
 
 std::vector<std::string> prepare_file_verb(const Words &words)
 {
     if (words[0] == "plug")
         return prepare_plug(words);
-    make_module({words.begin() + 2, words.end()});
+    if (words[0] == "check")
+        check_description(words);
+    else
+        make_module({words.begin() + 2, words.end()});
     std::puts("ok");
     return {};
 }

@@ -13,6 +13,7 @@
 
 #include "platform/board/service_bus_protocol.hpp"
 #include "platform/board/sim_protocol.hpp"
+#include "platform/description/board_check.hpp"
 #include "sim/boardsim/board_folder.hpp"
 #include "sim/boardsim/board_state.hpp"
 #include "sim/boardsim/control/verbs.hpp"
@@ -86,6 +87,9 @@ bool parse(int argc, char **argv, Options &options)
 void serve(const Options &options)
 {
     board::Board description = board::load(options.board);
+    // Not refused: trying what a daemon makes of such a board is what a simulation is for.
+    for (const std::string &line : board::inconsistencies(description))
+        std::fprintf(stderr, "boardsim: %s: %s\n", options.board.c_str(), line.c_str());
     const bool drifting = description.drift && !options.pinned;
     sim::BoardFolder folder(options.folder.empty() ? board::sim_folder(description) : options.folder);
     sim::EventLoop loop;

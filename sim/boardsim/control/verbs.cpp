@@ -69,7 +69,7 @@ void add_verbs(VerbTable &table, const BoardParts &parts)
     table.add({
         {"show", 0, 0, "", [parts](const Words &) { return show(parts); }},
         {"help", 0, 0, "",
-         [&table](const Words &) { return table.help() + "module make FILE.json [OPTIONS]\n"; }},
+         [&table](const Words &) { return table.help() + "module make FILE.json [OPTIONS]\ncheck FILE\n"; }},
     });
     table.add(register_verbs(parts.board));
     table.add(temperature_verbs(parts.board, parts.heater));
