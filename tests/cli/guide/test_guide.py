@@ -1,0 +1,66 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Every command line of the guide's pages is run on an OLT, and shows what its page says (documents.py has the form).
+
+The OLT has the modules of a new one, and values that stand still.
+"""
+import contextlib
+import os
+import re
+import subprocess
+
+import pytest
+from documents import matches, steps
+from olt import BUILD, PROJECT, wait_until
+
+PAGES = {path.name: path for path in sorted((PROJECT / "docs" / "guide").glob("*.md"))}
+# Need a second terminal, receivers or an example of their own, and are held by tests of theirs.
+OTHERS = {"alarms.md", "connecting.md", "simulator.md"}
+
+
+def replaced(text, places):
+    return re.sub("|".join(map(re.escape, places)), lambda match: places[match[0]], text)
+
+
+class Reader:
+    """Who reads a page and types its lines in the project's folder."""
+
+    def __init__(self, olt, folder):
+        self.olt = olt
+        self.places = {"build/olt": str(olt.state), "build/release": str(BUILD), "/tmp/": f"{folder}/"}
+        self.environment = {**os.environ, "BOARDSIM_DIR": str(olt.state / "board"), "OLT_STATE": str(olt.state),
+                            "PATH": f"{BUILD / 'bin'}:{os.environ['PATH']}", "COLUMNS": "80"}
+
+    def type(self, command):
+        """What the command shows, as lines, with the names of the page."""
+        if command.startswith("./run"):  # in the first terminal, after Control-C
+            self.olt.restart()
+            return []
+        command = replaced(command, self.places)
+        done = subprocess.run(["bash", "-c", command], cwd=PROJECT, env=self.environment, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", check=False)
+        return replaced(done.stdout, {place: name for name, place in self.places.items()}).splitlines()
+
+    def follow(self, step):
+        shown = []
+
+        def as_written():
+            shown[:] = self.type(step.command)
+            return matches(shown, step.expected)
+
+        if step.waits:
+            with contextlib.suppress(AssertionError):
+                wait_until(as_written, step)
+        else:
+            as_written()
+        if not matches(shown, step.expected):
+            assert shown == step.expected, step
+
+
+@pytest.mark.parametrize("page", [name for name in PAGES if name not in OTHERS])
+def test_each_line_of_a_page_shows_what_the_page_says(cold_olt, tmp_path, page):
+    found = steps(PAGES[page].read_text())
+    assert found, "a page of the guide has lines to be typed"
+    cold_olt.populate()
+    reader = Reader(cold_olt.start(), tmp_path)
+    for step in found:
+        reader.follow(step)
