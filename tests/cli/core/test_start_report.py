@@ -61,6 +61,7 @@ def test_a_configuration_that_is_not_there_is_told(cold_olt):
     (cold_olt.state / "conf" / "diagd.conf").unlink()
     cold_olt.start(wait=False)
     wait_until(lambda: "started without configuration (/etc/frr/diagd.conf); see" in cold_olt.stderr(), "the start is told")
+    assert "can't open configuration file [/etc/frr/diagd.conf]" in cold_olt.stderr()
 
 
 @pytest.fixture(scope="module")
