@@ -2,7 +2,7 @@
 """What a user of the box outside its group tries.
 
 Each attack is a function on an OLT whose daemon runs; it fails with what the attacker achieved."""
-from stranger import tries
+from intruder import tries
 from uevents import port_of
 
 
