@@ -72,9 +72,9 @@ def daemons(tmp_path):
         daemon.close()
 
 
-def run(tmp_path, name, *words):
-    return subprocess.run([name, "-s", str(tmp_path), *words], executable=DIAGSH, stdin=subprocess.DEVNULL,
-                          capture_output=True, text=True, timeout=DEADLINE_S)
+def run(tmp_path, name, *words, lines=""):
+    return subprocess.run([name, "-s", str(tmp_path), *words], executable=DIAGSH, input=lines, capture_output=True,
+                          text=True, timeout=DEADLINE_S)
 
 
 def saves(name):
@@ -89,6 +89,14 @@ def test_write_saves_the_configuration_of_every_daemon(tmp_path, daemons):
     done = run(tmp_path, "vtysh", "-c", "write")
     assert (done.returncode, done.stderr) == (0, "")
     assert done.stdout == SAVED.format("diagd") + SAVED.format("zebra")
+    assert [daemon.asked for daemon in made] == [["enable", "write file"]] * 2
+
+
+@pytest.mark.parametrize("lines", ["write\n", "write\r\n", " \n\r\nwrite file\r\n"], ids=["unix", "dos", "with empty lines"])
+def test_write_as_the_only_line_of_a_file_saves_every_daemon_too(tmp_path, daemons, lines):
+    made = [daemons(name, write_file=saves(name)) for name in ("zebra", "diagd")]
+    done = run(tmp_path, "vtysh", lines=lines)
+    assert (done.returncode, done.stdout, done.stderr) == (0, SAVED.format("diagd") + SAVED.format("zebra"), "")
     assert [daemon.asked for daemon in made] == [["enable", "write file"]] * 2
 
 
