@@ -3,13 +3,14 @@
 
 import itertools
 import os
+import random
 import shutil
 import signal
 from pathlib import Path
 
 import pytest
 
-from olt import PROJECT, Olt, prepared_database
+from olt import DISTURB, PROJECT, Olt, prepared_database
 
 _numbers = itertools.count()
 
@@ -83,6 +84,21 @@ def cold_olt(states, database):
 def fresh_olt(cold_olt):
     """An OLT of the test's own."""
     return cold_olt.start()
+
+
+def pytest_collection_modifyitems(items):
+    """Disturbed, files come in any order, and the tests within one, all workers agreeing."""
+    if not DISTURB:
+        return
+    chance = random.Random(DISTURB)
+    files = {}
+    for item in items:
+        files.setdefault(item.path, []).append(item)
+    groups = list(files.values())
+    chance.shuffle(groups)
+    for group in groups:
+        chance.shuffle(group)
+    items[:] = itertools.chain(*groups)
 
 
 @pytest.hookimpl(hookwrapper=True)

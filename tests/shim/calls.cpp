@@ -2,6 +2,8 @@
 // Preloaded into the daemon by tests: its calls of libfrr and libc appear in the call trace (TQ_TRACE) among
 // those of the platform, and obey the fault table (TQ_FAULTS), by the function's name.
 // A call that the trace itself makes, or that a recorded one makes in turn inside libc, is not recorded.
+// With CALL_SHIM_DISTURB=SEED some of these calls, and those that take and give semaphores, sleep a little
+// before and after, so that threads and processes meet in orders that a quiet machine never shows.
 #include "diagd/core/frr.hpp"
 #include "platform/trace/tq_trace.hpp"
 
@@ -12,6 +14,7 @@
 #include <spawn.h>
 #include <sys/auxv.h>
 #include <sys/mman.h>
+#include <sys/sem.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 
@@ -33,6 +36,72 @@ Function *next(const char *name)
     return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
 }
 
+// Sleeps now and then.  Each thread has choices of its own, which the seed and its name decide.
+class Disturbance {
+public:
+    void sleep_now_and_then()
+    {
+        if (chance_ == 0) [[unlikely]]
+            chance_ = seed_of_thread();
+        const std::uint32_t choice = next_choice();
+        constexpr std::uint32_t one_in = 16;
+        constexpr std::uint32_t long_one_in = 512;
+        if (choice % one_in != 0)
+            return;
+        constexpr long short_us = 1'000;
+        constexpr long long_us = 20'000;
+        const long most_us = choice % long_one_in == 0 ? long_us : short_us;
+        const timespec pause{0,
+                             static_cast<long>(next_choice() % static_cast<std::uint32_t>(most_us)) * 1'000};
+        const int saved = errno;
+        clock_nanosleep(CLOCK_MONOTONIC, 0, &pause, nullptr);
+        errno = saved;
+    }
+
+    static bool is_wanted()
+    {
+        static const bool wanted = std::getenv("CALL_SHIM_DISTURB") != nullptr;
+        return wanted;
+    }
+
+private:
+    static std::uint32_t seed_of_thread()
+    {
+        std::uint32_t hash = 2'166'136'261U; // FNV-1a
+        const auto mix = [&hash](const char *text) {
+            for (; *text != '\0'; ++text)
+                hash = (hash ^ static_cast<unsigned char>(*text)) * 16'777'619U;
+        };
+        mix(std::getenv("CALL_SHIM_DISTURB"));
+        mix(tq::current_thread_name().text);
+        return hash != 0 ? hash : 1;
+    }
+
+    std::uint32_t next_choice()
+    {
+        chance_ ^= chance_ << 13; // xorshift
+        chance_ ^= chance_ >> 17;
+        chance_ ^= chance_ << 5;
+        return chance_;
+    }
+
+    std::uint32_t chance_ = 0;
+};
+thread_local Disturbance disturbance;
+
+// Runs `call` with a little sleep before and after it, if that is wanted.
+template <class F>
+auto disturbed(F &&call)
+{
+    if (!Disturbance::is_wanted())
+        return call();
+    disturbance.sleep_now_and_then();
+    struct After {
+        ~After() { disturbance.sleep_now_and_then(); }
+    } after;
+    return call();
+}
+
 // Runs `call`, recorded unless this thread is recording already.  libfrr's own functions call one another,
 // and those calls are part of the order: `nested` lets them through.
 template <bool nested, class F, class... Args>
@@ -51,7 +120,7 @@ auto recorded(const char *op, F &&call, const Args &...args)
     struct Leave {
         ~Leave() { inside = false; }
     } leave;
-    return tq::traced(op, once, args...);
+    return disturbed([&] { return tq::traced(op, once, args...); });
 }
 
 // Whether a call comes from the daemon's own code.  What libraries do for themselves with threads and sockets
@@ -416,6 +485,20 @@ FILE *setmntent(const char *path, const char *mode) noexcept
     return recorded<leaf>(
         "setmntent", [&] { return real(table ? table : path, mode); }, tq::arg("path", path),
         tq::arg("mode", mode));
+}
+
+// --- semaphores, of whoever takes them: not recorded, for the platform's calls are
+
+int semop(int id, struct sembuf *operations, size_t count) noexcept
+{
+    NEXT(semop);
+    return disturbed([&] { return real(id, operations, count); });
+}
+
+int semtimedop(int id, struct sembuf *operations, size_t count, const struct timespec *timeout) noexcept
+{
+    NEXT(semtimedop);
+    return disturbed([&] { return real(id, operations, count, timeout); });
 }
 
 // --- threads and sockets of the daemon's own

@@ -30,6 +30,10 @@ ASAN_OPTIONS = "detect_leaks=1:verify_asan_link_order=0"
 # Environment of a daemon whose memory is measured: what it frees goes back at once, sanitized or not.
 NO_QUARANTINE = {"ASAN_OPTIONS": f"{ASAN_OPTIONS}:quarantine_size_mb=0:thread_local_quarantine_size_kb=0"}
 
+# The seed of ./test --disturb: daemons then sleep around their calls and share one processor with a program that never
+# rests.
+DISTURB = os.environ.get("DIAGD_DISTURB")
+
 _numbers = itertools.count()
 _libc = ctypes.CDLL(None, use_errno=True)
 
@@ -107,7 +111,7 @@ class Olt:
         trace: record its calls of the platform, of libfrr and of libc."""
         assert not self.daemon, "the daemon runs already"
         leak_check = [LEAK_CHECK] if BUILD.name == "asan" else []
-        libraries = [*([CALL_SHIM] if trace else []), *sanitizer_runtime(), *leak_check, *map(str, preload)]
+        libraries = [*([CALL_SHIM] if trace or DISTURB else []), *sanitizer_runtime(), *leak_check, *map(str, preload)]
         variables = {"OLT_PRELOAD": ":".join(libraries)}
         variables["ASAN_OPTIONS"] = ASAN_OPTIONS
         variables["UBSAN_OPTIONS"] = "print_stacktrace=1"
@@ -118,10 +122,14 @@ class Olt:
             variables["TQ_TRACE"] = "/var/log/trace"
         if self.faults_path.exists():
             variables["TQ_FAULTS"] = "/var/log/faults"
+        command = self.inside(OLT, "daemon", *arguments)
+        if DISTURB:
+            variables["CALL_SHIM_DISTURB"] = DISTURB
+            command = ["taskset", "--cpu-list", str(max(os.sched_getaffinity(0))), *command]
         variables.update(env or {})
         with open(self.stdout_path, "ab") as out, open(self.stderr_path, "ab") as err:
             self.daemon = subprocess.Popen(
-                self.inside(OLT, "daemon", *arguments),
+                command,
                 stdin=subprocess.DEVNULL,
                 stdout=out,
                 stderr=err,
