@@ -31,7 +31,7 @@ EXPLAINED = [
 
 
 def options(parser):
-    parser.add_argument("--commands", type=int, help="how many commands all sessions run (500000, short form 20000)")
+    parser.add_argument("--commands", type=int, help="how many commands all sessions run (500000, short form 12000)")
 
 
 class Hands:
@@ -108,7 +108,7 @@ def judge(trend, what, unit, floor, report):
 
 
 def run(how, report):
-    count = how.commands or (20_000 if how.short else 500_000)
+    count = how.commands or (12_000 if how.short else 500_000)
     olt = how.boxes.make()
     olt.faults(*HURRIED)
     olt.start(preload=["/run/olt/build/lib/libcall_shim.so"], env={**TIMER, **NO_QUARANTINE})

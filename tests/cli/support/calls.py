@@ -64,7 +64,7 @@ def read_trace(path, start=0, end=None, only=""):
 
 
 @functools.cache
-def _traced_operations():
+def traced_operations():
     """Names of all calls that can be in a trace: what the platform's libraries export, and what the shim records."""
     libraries = sorted((BUILD / "lib").glob("lib*.so"))
     exports = subprocess.run(["nm", "-D", "--defined-only", *libraries], capture_output=True, text=True, check=True)
@@ -77,7 +77,7 @@ def require_traced(pattern):
     """Fails when an alternative of the pattern names no operation that can be in a trace: one that was renamed would
     never be found, and never fail."""
     for alternative in re.split(r"\|(?![^(]*\))", pattern):  # not those inside a group
-        known = any(re.fullmatch(alternative, name) for name in _traced_operations())
+        known = any(re.fullmatch(alternative, name) for name in traced_operations())
         assert known, f"no call is named {alternative!r}"
 
 
