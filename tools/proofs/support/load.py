@@ -8,6 +8,7 @@ import traceback
 
 from command_table import COMMANDS, CONFIG, DIAGNOSE, GPON, XGPON
 from every_command import REFUSED, lines_of
+from silent_servers import reachable
 from syntax import typed
 from vty import SUCCESS
 
@@ -26,7 +27,7 @@ def own_lines(olt):
     for command in COMMANDS:
         if command.node not in NODES or LEFT_OUT.match(command.syntax):
             continue
-        lines = [typed(words) for words in lines_of(command.syntax)]
+        lines = [reachable(typed(words)) for words in lines_of(command.syntax)]
         for node in NODES[command.node]:
             with olt.vty(node) as session:
                 begin = time.monotonic()

@@ -20,8 +20,8 @@ def machine():
     system = re.search(r'^PRETTY_NAME="(.*)"', Path("/etc/os-release").read_text(), re.M)[1]
     cpus = len(os.sched_getaffinity(0))
     kernel = re.match(r"\d+\.\d+", os.uname().release)[0]
-    return (f"{cpus} processor{'s' if cpus != 1 else ''} ({os.uname().machine}), {memory:.0f} GB of memory, Linux {kernel}, "
-            f"{system}")
+    return (f"{cpus} processor{'s' if cpus != 1 else ''} ({os.uname().machine}) at a load\nof {os.getloadavg()[0]:.0f}, "
+            f"{memory:.0f} GB of memory, Linux {kernel}, {system}")
 
 
 class Report:
