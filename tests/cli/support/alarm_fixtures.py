@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Fixtures around the shared alarm store, imported by the tests that need them."""
 import contextlib
+import fcntl
 import json
 import os
 import select
@@ -84,6 +85,10 @@ class Peer:
             lines += self.lines()
         assert self._process.returncode == 0
         return lines + self.lines()
+
+    def pace(self):
+        """From now on it waits when nobody has read the last page of what it says."""
+        fcntl.fcntl(self._process.stdout.fileno(), fcntl.F_SETPIPE_SZ, os.sysconf("SC_PAGESIZE"))
 
     def close_input(self):
         self._process.stdin.close()
