@@ -50,7 +50,7 @@ diagd_install(optics ${CMAKE_INSTALL_BINDIR} optics_program)
 diagd_manual(optics optics.1)
 
 if(NOT DIAGD_PLATFORM_DIR)
-  diagd_install(platform ${libraries_dir} tqapi tqdatabase tqtrap util_cpld util_i2c util_phy)
+  diagd_install(platform ${libraries_dir} tqapi tqdatabase tqdatabase_guard tqtrap util_cpld util_i2c util_phy)
   diagd_install(simulator ${CMAKE_INSTALL_SBINDIR} boardsim)
   diagd_install(simulator ${CMAKE_INSTALL_BINDIR} boardctl)
   diagd_install(simulator ${libraries_dir} gpio_sim)

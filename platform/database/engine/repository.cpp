@@ -2,7 +2,9 @@
 // Connection, transactions and locks.
 #include "platform/database/engine/repository.hpp"
 
+#include "base/box_identity.hpp"
 #include "platform/database/engine/call_deadline.hpp"
+#include "platform/database/engine/file_access.hpp"
 #include "platform/database/engine/file_lock.hpp"
 #include "tq_errno.h"
 
@@ -61,6 +63,7 @@ int Repository::attempt(Cache &cache, Recovery &recovery, std::unique_ptr<Reposi
     if (code != TQ_OK)
         return code;
     repository->baseline_ = recovery.complete();
+    shut_files();
     for (const char *module : our_modules)
         if (code == TQ_OK)
             code = repository->subscriptions_.watch(module);
@@ -96,6 +99,7 @@ int Repository::agree(bool is_running_lost)
 
 int Repository::connect()
 {
+    guard_files();
     const int result = make(connection_, [](auto raw) { return sr_connect(SR_CONN_DEFAULT, raw); });
     if (result != SR_ERR_OK)
         return code_of(result, nullptr);
@@ -177,7 +181,7 @@ int Repository::open_lock_files()
 {
     const auto open_file = [](base::Fd &file, const char *name) {
         const std::string path = std::string(sr_get_repo_path()) + name;
-        file.reset(::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644));
+        file.reset(::open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, base::shared_mode));
         return static_cast<bool>(file);
     };
     return open_file(lock_, "/apply_lock") && open_file(turn_, "/turn_lock") ? TQ_OK : TQ_ERR_ACCESS;

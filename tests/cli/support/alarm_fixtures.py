@@ -13,7 +13,7 @@ import pytest
 from alarm_store import AlarmStore
 from alarm_words import ALARM_COUNT
 from calls import of, read_trace
-from olt import DEADLINE_S, sanitizer_runtime
+from olt import DEADLINE_S, OLT, sanitizer_runtime
 
 LIBRARIES = "/run/olt/build/lib"
 DATABASE = [
@@ -151,8 +151,7 @@ def id_of(catalogue):
 def try_edit_database(olt, xml):
     """Has sysrepo's own tool merge this into the running configuration, as an operator would."""
     (olt.state / "log" / "edit.xml").write_text(xml)
-    return olt.exec("env", *DATABASE, "/run/olt/deps/sysrepo/bin/sysrepocfg", "--edit=/var/log/edit.xml",
-                    "--datastore=running", "--format=xml")
+    return olt.exec(OLT, "sysrepocfg", "--edit=/var/log/edit.xml", "--datastore=running", "--format=xml")
 
 
 def edit_database(olt, xml):

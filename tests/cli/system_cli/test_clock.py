@@ -11,7 +11,7 @@ import time
 
 import pytest
 from calls import in_order, of
-from olt import DEADLINE_S, wait_until
+from olt import DEADLINE_S, OLT, wait_until
 from proc_files import bound
 
 ZONE_AHEAD_S = 3 * 3600
@@ -64,10 +64,7 @@ def calls_during(olt, command):
 
 def stored(olt):
     """The difference as the database has it."""
-    done = olt.exec("env", "SYSREPO_REPOSITORY_PATH=/var/lib/olt/sysrepo", *(
-        f"LIBYANG_{kind}_PLUGINS_DIR=/run/olt/deps/sysrepo/lib/libyang1/{kind.lower()}"
-        for kind in ("EXTENSIONS", "USER_TYPES")),
-        "/run/olt/deps/sysrepo/bin/sysrepocfg", "--export", "--module=olt-ntp", "--format=xml", check=True)
+    done = olt.exec(OLT, "sysrepocfg", "--export", "--module=olt-ntp", "--format=xml", check=True)
     return int(re.search(r"<ntp-diff-time>(-?\d+)</ntp-diff-time>", done.stdout)[1])
 
 

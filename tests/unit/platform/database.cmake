@@ -15,7 +15,7 @@ add_executable(database_peer platform/database/peer.cpp)
 target_link_libraries(database_peer PRIVATE diagd_warnings tqdatabase deps::sysrepo)
 set_target_properties(database_peer PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/unit)
 
-foreach(area settings transactions notices failures away identity defaults late)
+foreach(area settings transactions notices failures away identity file_access defaults late)
   diagd_unit_test(
     database_${area}_test database/${area}_test.cpp database/sandbox.cpp LIBS tqdatabase deps::sysrepo)
   target_compile_definitions(

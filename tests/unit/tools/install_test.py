@@ -20,6 +20,7 @@ EXPECTED = {
     "platform": [
         "lib/diagd/libtqapi.so",
         "lib/diagd/libtqdatabase.so",
+        "lib/diagd/libtqdatabase_guard.so",
         "lib/diagd/libtqtrap.so",
         "lib/diagd/libutil_cpld.so",
         "lib/diagd/libutil_i2c.so",
