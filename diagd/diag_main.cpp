@@ -3,6 +3,7 @@
 // from it and everything else runs with the library's defaults.
 #include "diagd/core/frr.hpp"
 #include "diagd/core/state.hpp"
+#include "diagd/leftovers.hpp"
 #include "diagd/start_steps.hpp"
 #include "diagd/units.hpp"
 
@@ -19,6 +20,7 @@ int main(int argc, char **argv)
     diagd_get_base_cfg();
     cpld_bus_init();
 
+    clear_leftovers();
     frr_preinit(&diagd_di, argc, argv);
     diagm.master = frr_init();
     pon_mode_init();
