@@ -7,6 +7,7 @@
 
 #include "diagd/core/alarm_record.hpp"
 #include "diagd/core/configuration_reading.hpp"
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/units.hpp"
 
@@ -23,6 +24,7 @@ namespace {
 // Applies the configuration file on top of the running state; nothing is reset first.
 void sighup() noexcept
 {
+    const diagd::EventLoopKept kept; // the signal is delivered between events, not as one
     zlog_info("SIGHUP received");
     const diagd::ConfigurationReading reading;
     vty_read_config(nullptr, diagd_di.config_file, config_default);
@@ -63,7 +65,8 @@ void sigint() noexcept
     diag_zebra_reset_send_waiting();
     const bool all_filed = diagd::stop_filing_alarms(longest_filing);
     alarm_log_database_free();
-    if (all_filed) {
+    // A handler that waits on a stack of its own waits among objects that exit() destroys.
+    if (all_filed && !diagd::is_handler_waiting()) {
 #ifdef __SANITIZE_ADDRESS__
         std::signal(SIGALRM, SIG_IGN); // the look for leaks takes its time
 #endif

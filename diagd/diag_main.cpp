@@ -2,6 +2,7 @@
 // The start order of the diagnostics daemon.  The command line is not parsed: libfrr takes the program's name
 // from it and everything else runs with the library's defaults.
 #include "diagd/core/frr.hpp"
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/leftovers.hpp"
 #include "diagd/start_steps.hpp"
@@ -44,6 +45,7 @@ int main(int argc, char **argv)
     system_cmd_init();
     transceiver_cmd_init();
 
+    lock_wait_init();
     start_report_init();
     frr_config_fork();
     frr_run(diagm.master);

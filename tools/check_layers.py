@@ -50,11 +50,11 @@ EXPORTS = {
 }
 
 # Headers of the operating system; a name without a dot is the C++ library's.
-SYSTEM_FOLDERS = ("sys/", "linux/", "net/", "netinet/", "arpa/", "asm/")
+SYSTEM_FOLDERS = ("sys/", "linux/", "net/", "netinet/", "arpa/", "asm/", "sanitizer/")
 SYSTEM = {
     "assert.h", "dirent.h", "dlfcn.h", "errno.h", "fcntl.h", "grp.h", "limits.h", "malloc.h", "math.h", "mntent.h",
     "netdb.h", "poll.h", "pthread.h", "pwd.h", "sched.h", "signal.h", "spawn.h", "stdarg.h", "stdbool.h", "stddef.h", "stdint.h",
-    "stdio.h", "stdio_ext.h", "stdlib.h", "string.h", "termios.h", "time.h", "unistd.h",
+    "stdio.h", "stdio_ext.h", "stdlib.h", "string.h", "termios.h", "time.h", "ucontext.h", "unistd.h",
 }
 
 

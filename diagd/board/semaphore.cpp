@@ -3,11 +3,22 @@
 #include "diagd/board/semaphore.hpp"
 
 #include "diagd/core/frr.hpp"
+#include "diagd/core/lock_wait.hpp"
 
 #include <atomic>
 #include <cerrno>
 
-diagd::Semaphore::Semaphore(int id) noexcept : id_(id), held_(semaphore_p(id) >= 0)
+namespace {
+
+bool take(int id) noexcept
+{
+    diagd::await_free(id);
+    return semaphore_p(id) >= 0;
+}
+
+} // namespace
+
+diagd::Semaphore::Semaphore(int id) noexcept : id_(id), held_(take(id))
 {
     static std::atomic<int> reported = -1;
     if (!held_ && reported.exchange(id_, std::memory_order_relaxed) != id_)

@@ -2,6 +2,7 @@
 // Filing alarm records; the failure policy stands in alarm_record.hpp.
 #include "diagd/core/alarm_record.hpp"
 
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/state.hpp"
 
 #include "tq_api.h"
@@ -44,6 +45,7 @@ void file_alarm(tq_alarm_id alarm, AlarmState state, const char *message) noexce
     tq_alarm_req_t request{};
     request.alarm_id = alarm;
     request.state = static_cast<std::uint32_t>(state);
+    await_free(alarm_log_sem_id);
     if (!begin())
         return;
     cli_log(&g_diagd_db, &request, "%s", message);

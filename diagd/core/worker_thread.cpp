@@ -8,6 +8,7 @@
 #include <pthread.h>
 #include <sys/prctl.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -54,13 +55,12 @@ private:
     sigset_t before_;
 };
 
-} // namespace
-
-bool diagd::start_worker(const char *name, void (*body)() noexcept, ThreadEnd end) noexcept
+// 0, or what pthread_create reports.
+int create(const char *name, void (*body)() noexcept, diagd::ThreadEnd end) noexcept
 {
     std::unique_ptr<Start> start{new (std::nothrow) Start{name, body, nullptr}};
     if (!start)
-        return false;
+        return -ENOMEM;
     start->rcu = rcu_thread_prepare();
 
     pthread_t thread;
@@ -71,11 +71,25 @@ bool diagd::start_worker(const char *name, void (*body)() noexcept, ThreadEnd en
     }
     if (result != 0) {
         rcu_thread_unprepare(start->rcu);
-        goes_without(name, std::strerror(std::abs(result)));
-        return result > 0;
+        return result;
     }
     static_cast<void>(start.release()); // the thread's now
-    if (end == ThreadEnd::detached)
+    if (end == diagd::ThreadEnd::detached)
         pthread_detach(thread);
-    return true;
+    return 0;
+}
+
+} // namespace
+
+bool diagd::start_worker(const char *name, void (*body)() noexcept, ThreadEnd end) noexcept
+{
+    const int result = create(name, body, end);
+    if (result != 0)
+        goes_without(name, std::strerror(std::abs(result)));
+    return result >= 0;
+}
+
+bool diagd::start_helper(const char *name, void (*body)() noexcept) noexcept
+{
+    return create(name, body, ThreadEnd::detached) == 0;
 }

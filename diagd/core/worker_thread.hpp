@@ -15,4 +15,7 @@ enum class ThreadEnd {
 // report that with a negative value.  Its positive error codes count as started, but there is then no thread.
 [[nodiscard]] bool start_worker(const char *name, void (*body)() noexcept, ThreadEnd end) noexcept;
 
+// Starts one that does something and ends, as above.  False: there is none, whatever the reason.
+[[nodiscard]] bool start_helper(const char *name, void (*body)() noexcept) noexcept;
+
 } // namespace diagd

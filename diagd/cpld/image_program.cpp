@@ -4,6 +4,7 @@
 
 #include "diagd/board/registers.hpp"
 #include "diagd/board/session.hpp"
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/cpld/image_file.hpp"
 #include "diagd/cpld/shell_runner.hpp"
@@ -18,6 +19,7 @@ using namespace std::chrono_literals;
 void diagd::program_image(const std::string &path) noexcept
 {
     constexpr const char *reason = "update_cpld";
+    const EventLoopKept kept; // the image stays the one that was fetched
     const BoardSession board{reason, SessionPolicy::release_then_lower};
     if (!board || holder_of(path) == PathHolder::others)
         return;

@@ -2,6 +2,7 @@
 // Hidden command that files a test record.  It takes no semaphore itself: cli_log does.
 #include "diagd/alarm_log/command_tables.hpp"
 #include "diagd/alarm_log/records/debug_message.hpp"
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 
@@ -56,6 +57,7 @@ DEFUN_HIDDEN(alarm_log_debug, alarm_log_debug_cmd,
 
     const char *const typed = cmd_parase_parameters(argc, argv, "message");
     const std::string message = decode_debug_message(typed != nullptr ? typed : "");
+    await_free(alarm_log_sem_id);
     return cli_log(&g_diagd_db, &request, "%s", message.c_str());
 }
 

@@ -9,6 +9,7 @@
 #include "diagd/alarm_log/records/record_chain.hpp"
 #include "diagd/alarm_log/syntax.hpp"
 #include "diagd/board/semaphore.hpp"
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/core/text.hpp"
 
@@ -179,6 +180,8 @@ DEFUN(save_alarm_log_flash, save_alarm_log_flash_cmd, "save alarm-log flash",
       "Alarm log.\n"
       "Specify log flash.\n")
 {
+    await_free(alarm_log_sem_id);
+    const EventLoopKept kept; // or other sessions would be root's
     EffectiveRoot root;
     const Semaphore lock{alarm_log_sem_id};
     save_records(vty);

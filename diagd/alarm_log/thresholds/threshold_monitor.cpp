@@ -9,6 +9,7 @@
 #include "diagd/board/interface.hpp"
 #include "diagd/board/lm75.hpp"
 #include "diagd/core/frr.hpp"
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/system_cli/usage_samplers.hpp"
 #include "diagd/transceiver/memory/pon_optics.hpp"
@@ -40,6 +41,8 @@ void report_board_alarm(const ThresholdAlarm &alarm, Report report, float value,
 {
     tq_alarm_req_t request{};
     request.alarm_id = alarm.id;
+    if (report != Report::nothing)
+        diagd::await_free(alarm_log_sem_id);
     switch (report) {
     case Report::nothing:
         break;
@@ -70,6 +73,8 @@ void report_pon_alarm(const ThresholdAlarm &alarm, const PonPort &port, Report r
 {
     tq_alarm_req_t request{};
     request.alarm_id = alarm.id;
+    if (report != Report::nothing)
+        diagd::await_free(alarm_log_sem_id);
     switch (report) {
     case Report::nothing:
         break;

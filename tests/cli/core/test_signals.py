@@ -218,15 +218,25 @@ def test_a_database_that_does_not_let_go_does_not_keep_the_daemon_from_ending(co
     assert cold_olt.kill(signal.SIGTERM) == 0
 
 
+@END
+def test_a_command_that_waits_for_the_alarm_store_does_not_keep_the_daemon_from_ending(fresh_olt, number):
+    with alarms_held(fresh_olt), fresh_olt.vty() as session:
+        session.send("show alarm-log tail 1")
+        wait_until(lambda: fresh_olt.sem_waiters("alarm") >= 1, "the command waits")
+        assert fresh_olt.kill(number) == 0
+    fresh_olt.wait_free("alarm")
+
+
 def test_what_the_event_loop_does_is_finished_before_the_end(cold_olt):
     olt = cold_olt
+    olt.faults("misc_cpld_i2c_open thread=main delay_ms=1000")
     olt.start(trace=True)
-    with alarms_held(olt) as release, olt.vty() as session:
-        session.send("show alarm-log tail 1")
-        wait_until(lambda: olt.sem_waiters("alarm") >= 1, "the command waits")
-        before = len(olt.trace())
+    before = len(olt.trace())
+    with olt.vty("diagnose") as session:
+        session.send("show logic version")
+        wait_until(lambda: [call for call in of(olt.trace()[before:], "semaphore_p") if call.thread == "main"],
+                   "the command has the board")
         olt.send_signal(signal.SIGTERM)
-        release()
         assert olt.wait_end() == 0
     ops = [call.op for call in olt.trace()[before:] if call.thread == "main"]
     assert ops.index("semaphore_v") < ops.index("database_disconnect")

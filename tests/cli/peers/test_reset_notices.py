@@ -9,7 +9,6 @@ from calls import in_order, of
 from monitors import calls_of
 from olt import OLT, wait_until
 from proc_files import bound
-from semaphore_holder import alarms_held
 from vty import Vty, takes_commands
 from zebra_recorder import ZebraRecorder
 
@@ -72,29 +71,20 @@ PRESS_ONLY = ["nanosleep thread=reset_monitor ret=0 delay_ms=50", "system thread
 
 
 @contextlib.contextmanager
-def waits_for_the_alarm_store(olt):
-    with alarms_held(olt) as release:
-        yield "show alarm-log", release
-
-
-@contextlib.contextmanager
 def waits_for_a_program(olt):
     go = olt.state / "log" / "go"
     with bound(olt, "/usr/bin/mpstat", "#!/bin/sh\nuntil [ -e /var/log/go ]; do sleep 0.01; done\n", mode=0o755):
         yield "show sys cpu-usage", go.touch
 
 
-BUSY = pytest.mark.parametrize("busy", [waits_for_the_alarm_store, waits_for_a_program])
-
-
 @contextlib.contextmanager
-def pressed_while_busy(olt, zebra, busy):
+def pressed_while_busy(olt, zebra):
     """Until it is left, the event loop does one command; the press is past its notice to zebra.  Gives the messages
     that zebra had before."""
     olt.faults(*PRESS_ONLY)
     olt.start(trace=True)
     hello = wait_until(zebra.messages, "the daemon's hello")
-    with busy(olt) as (command, release), olt.vty() as session:
+    with waits_for_a_program(olt) as (command, release), olt.vty() as session:
         session.send(command)
         olt.boardctl("button", "press")
         wait_until(lambda: of(calls_of(olt, "reset_monitor"), "system"), "the press goes on")
@@ -103,9 +93,8 @@ def pressed_while_busy(olt, zebra, busy):
         release()
 
 
-@BUSY
-def test_a_notice_to_zebra_outlives_a_busy_event_loop(cold_olt, zebra, busy):
-    with pressed_while_busy(cold_olt, zebra, busy) as hello:
+def test_a_notice_to_zebra_outlives_a_busy_event_loop(cold_olt, zebra):
+    with pressed_while_busy(cold_olt, zebra) as hello:
         pass
     wait_until(lambda: len(zebra.messages()) > len(hello), "zebra's notice")
     assert cold_olt.run("show version")[1] == 0
@@ -113,17 +102,16 @@ def test_a_notice_to_zebra_outlives_a_busy_event_loop(cold_olt, zebra, busy):
     in_order(of(cold_olt.trace(), "zclient_send_message|system"), r"system ", r"zclient_send_message command=136 ")
 
 
-@BUSY
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["terminate", "interrupt"])
-def test_a_notice_to_zebra_that_waits_is_sent_before_the_end(cold_olt, zebra, busy, number):
-    with pressed_while_busy(cold_olt, zebra, busy) as hello:
+def test_a_notice_to_zebra_that_waits_is_sent_before_the_end(cold_olt, zebra, number):
+    with pressed_while_busy(cold_olt, zebra) as hello:
         cold_olt.send_signal(number)
     assert cold_olt.wait_end() == 0
     assert zebra.messages()[len(hello) :] == [RESET]
 
 
 def test_a_notice_to_a_zebra_that_is_away_is_tried_once(cold_olt, zebra):
-    with pressed_while_busy(cold_olt, zebra, waits_for_the_alarm_store):
+    with pressed_while_busy(cold_olt, zebra):
         zebra.go_away()
 
     def tries():

@@ -19,6 +19,8 @@ diagd_unit_test(start_report_test start_report_test.cpp ${diagd_dir}/core/start_
 
 diagd_unit_test(child_programs_test child_programs_test.cpp ${diagd_dir}/core/child_programs.cpp)
 
+diagd_unit_test(loop_stack_test loop_stack_test.cpp ${diagd_dir}/core/loop_stack.cpp)
+
 diagd_unit_test(leftovers_test leftovers_test.cpp ${diagd_dir}/leftovers.cpp LIBS platform_headers deps::frr
                 deps::jsonc)
 

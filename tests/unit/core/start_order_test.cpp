@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's start order: its real main, with everything it calls recorded.
 #undef main
+#include "diagd/core/lock_wait.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
 #include "diagd/leftovers.hpp"
@@ -153,6 +154,7 @@ bool vty_read_config(struct nb_config *config, const char *file, char *directory
 
 // The machine's own files are not the test's.
 void clear_leftovers() {}
+void lock_wait_init() {}
 
 void alarm_log_database_init(void)
 {
