@@ -18,7 +18,7 @@ namespace base {
 
 // The user that the daemon lives as.
 inline constexpr char daemon_user[] = "daemon";
-// The box's group.  A program that files alarms or reads the configuration is its member.
+// The box's group.  A program that files alarms is its member.
 inline constexpr char box_group[] = "daemon";
 inline constexpr mode_t shared_mode = 0660;
 
