@@ -28,7 +28,7 @@ public:
     PrintingVty &operator=(const PrintingVty &) = delete;
 
     // What was printed since the last call, which forgets it.
-    std::string text() // NOLINT(readability-make-member-function-const): it empties the buffer
+    std::string text()
     {
         char *bytes = buffer_getstr(session.obuf);
         std::string printed = bytes;

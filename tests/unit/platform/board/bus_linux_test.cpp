@@ -124,14 +124,15 @@ int answer(int result)
 extern "C" {
 int open(const char *path, int flags, ...)
 {
-    int bus = 0;
-    if (std::sscanf(path, "/dev/i2c-%d", &bus) != 1)
+    constexpr std::string_view adapter = "/dev/i2c-";
+    if (!std::string_view{path}.starts_with(adapter))
         return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, 0600));
+    const long bus = std::strtol(path + adapter.size(), nullptr, 10);
     if (bus > 3)
         return answer(-ENOENT);
     EXPECT_EQ(flags & O_ACCMODE, O_RDWR);
     const int fd = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", flags, 0));
-    kernel.adapters[fd] = bus;
+    kernel.adapters[fd] = static_cast<int>(bus);
     return fd;
 }
 int ioctl(int fd, unsigned long request, ...) noexcept
