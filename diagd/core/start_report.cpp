@@ -3,10 +3,12 @@
 #include "diagd/core/start_report.hpp"
 
 #include "diagd/core/frr.hpp"
+#include "diagd/core/text.hpp"
 
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <span>
 #include <string_view>
 
 namespace diagd {
@@ -33,10 +35,8 @@ void append(const char *what, const char *reason) noexcept
     const std::size_t room = sizeof report.missing - mark.size() - used;
     const int size =
         std::snprintf(report.missing + used, room, "%s%s (%s)", used > 0 ? ", " : "", what, reason);
-    if (size >= 0 && static_cast<std::size_t>(size) < room)
-        return;
-    report.missing[used] = '\0';
-    std::strcat(report.missing, mark.data());
+    if (size < 0 || static_cast<std::size_t>(size) >= room)
+        copy_text(std::span{report.missing}.subspan(used), mark);
 }
 
 } // namespace
