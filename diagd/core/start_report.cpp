@@ -26,31 +26,30 @@ struct Report {
 Report report;
 
 // Appends a part as a whole, or the mark that something was left out.
-void append(const char *what, const char *reason) noexcept
+void append(const char *what, const char *why) noexcept
 {
     constexpr std::string_view mark = " ...";
     if (std::string_view{report.missing}.ends_with(mark))
         return;
     const std::size_t used = std::strlen(report.missing);
     const std::size_t room = sizeof report.missing - mark.size() - used;
-    const int size =
-        std::snprintf(report.missing + used, room, "%s%s (%s)", used > 0 ? ", " : "", what, reason);
+    const int size = std::snprintf(report.missing + used, room, "%s%s (%s)", used > 0 ? ", " : "", what, why);
     if (size < 0 || static_cast<std::size_t>(size) >= room)
         copy_text(std::span{report.missing}.subspan(used), mark);
 }
 
 } // namespace
 
-void goes_without(const char *what, const char *reason) noexcept
+void goes_without(const char *what, const char *why) noexcept
 {
     {
         const std::lock_guard lock{report.mutex};
         if (!report.told) {
-            append(what, reason);
+            append(what, why);
             return;
         }
     }
-    zlog_warn("goes on without %s (%s); see %s", what, reason, explained);
+    zlog_warn("goes on without %s (%s); see %s", what, why, explained);
 }
 
 void report_start() noexcept

@@ -8,9 +8,9 @@
 
 namespace diagd {
 
-// The daemon goes on without `what`, a few words; `reason` says what was tried or the system's error text.
+// The daemon goes on without `what`, a few words; `why` says what was tried or the system's error text.
 // From any thread.  What comes after the line was written gets a line of its own at once.
-void goes_without(const char *what, const char *reason) noexcept;
+void goes_without(const char *what, const char *why) noexcept;
 
 // The same for a call of the platform that gave `code`, when that is negative.
 inline void goes_without_if_failed(const char *what, int code) noexcept
