@@ -58,6 +58,10 @@ std::string switches()
 } // namespace
 
 extern "C" {
+const char *tq_strerror(int)
+{
+    return "no reason";
+}
 struct sclient *sclient_new(struct thread_master *master, std::uint32_t instance, struct zebra_privs_t *privs)
 {
     EXPECT_EQ(master, loop);
