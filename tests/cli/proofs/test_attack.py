@@ -20,6 +20,11 @@ def test_a_running_daemon_stands(olt, attack):
     attack(olt)
 
 
+@pytest.mark.parametrize("attack", attacks_local.BEFORE_START, ids=_name)
+def test_a_daemon_starts_in_spite_of_what_is_planted(cold_olt, attack):
+    attack(cold_olt)
+
+
 def shown_by():
     """What the table of docs/security.md names as shown by something."""
     table = (PROJECT / "docs" / "security.md").read_text().split("## What required lines")[0].split("## Who reaches what")[1]
