@@ -165,6 +165,17 @@ TEST(ExternalCalibration, constants_count_only_when_the_module_asks_for_them)
     EXPECT_DOUBLE_EQ(sfp.decode().temperature.value, 25.5);
 }
 
+TEST(ExternalCalibration, constants_that_were_not_read_leave_no_thresholds)
+{
+    Sfp sfp;
+    sfp.a0.set(92, {0x58});
+    sfp.finish();
+    const auto module = optics::decode({.a0 = sfp.a0.bytes, .a2 = optics::Bytes(sfp.a2.bytes).first(56)});
+    for (const auto &thresholds : module.thresholds)
+        EXPECT_EQ(thresholds.state, State::unsupported);
+    EXPECT_FALSE(module.doubts.calibration_bad);
+}
+
 TEST(ExternalCalibration, unclear_calibration_is_taken_for_internal_with_doubt)
 {
     for (const unsigned type : {0x48U, 0x78U}) {

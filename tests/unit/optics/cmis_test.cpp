@@ -157,6 +157,12 @@ TEST(Cmis, copper_has_a_length_and_attenuations)
     EXPECT_EQ(module.lanes[0].tx_power.reason, Reason::copper);
     cmis.page00.set(202, {0x05}); // tenths of a metre
     EXPECT_EQ(cmis.decode().identity.lengths.cable.metres, 0.5);
+    cmis.page00.set(202, {0x3f}); // the longest in this unit, and no more
+    EXPECT_DOUBLE_EQ(cmis.decode().identity.lengths.cable.metres, 6.3);
+    EXPECT_FALSE(cmis.decode().identity.lengths.cable.more);
+    cmis.page00.set(202, {0xff});
+    EXPECT_EQ(cmis.decode().identity.lengths.cable.metres, 6300);
+    EXPECT_TRUE(cmis.decode().identity.lengths.cable.more);
 }
 
 TEST(Cmis, wrong_check_code_is_told)

@@ -129,6 +129,7 @@ class Program(unittest.TestCase):
             {"value": None, "unit": "dBm", "state": "no-light", "reason": "no-light", "judgement": "low-alarm", "flags": ["low-alarm"]},
         )
         self.assertAlmostEqual(shown["lanes"][0]["tx_power"]["value"], -1.96474604, delta=1e-8)
+        self.assertAlmostEqual(shown["lanes"][0]["tx_power"]["mw"], 0.6361, delta=1e-8)
         self.assertEqual(shown["lanes"][0]["rx_los"], True)
         self.assertEqual(shown["thresholds"]["bias"]["high_warning"], 80)
 

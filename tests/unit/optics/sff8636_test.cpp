@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "optics/render.hpp"
 #include "optics/sff8024.hpp"
 #include "tests/unit/optics/memories.hpp"
 
@@ -111,6 +113,8 @@ TEST(Sff8636, unlike_identifiers_are_doubtful)
     Qsfp qsfp;
     qsfp.page00.set(128, {0x0d});
     EXPECT_TRUE(qsfp.decode().doubts.identifier_differs);
+    EXPECT_THAT(optics::render_text(qsfp.decode()),
+                testing::HasSubstr("lower memory and page 00h have different identifiers"));
 }
 
 } // namespace
