@@ -230,6 +230,17 @@ TEST(Assembly, qsfp_pages_come_in_one_dump_or_several)
     EXPECT_EQ(parts.image.devices.at(0x50).read(148), 'O');
 }
 
+TEST(Assembly, a_page_without_a_number_follows_the_one_before)
+{
+    const auto module = module_files::assemble_module({{"q.lower.bin", qsfp_lower()},
+                                                       {"q.page00.bin", qsfp_page00()},
+                                                       {"q.page02.bin", Bytes(128, 0x22)},
+                                                       {"q.bin", Bytes(128, 0x33)}},
+                                                      false);
+    EXPECT_EQ(module.image.devices.at(0x50).pages.size(), 3U);
+    EXPECT_EQ(module.image.devices.at(0x50).pages.at(3)[0], 0x33);
+}
+
 TEST(Assembly, whichever_page_was_read_last_a_module_begins_with_page_00)
 {
     Bytes lower = qsfp_lower();
