@@ -252,6 +252,19 @@ TEST(Generator, unknown_units_are_refused)
     EXPECT_THROW(two_paths(path(1490, R"("units": "half", )"), path(1490, "")), std::exception);
 }
 
+TEST(Generator, rates_and_lengths_are_counted_in_the_units_of_their_bytes)
+{
+    const std::string fast = R"("bit_rate_mbd": 25900, "length_om3_m": 100})";
+    const auto sfp = sim::generate_module(R"({"name": "x", "class": "sfp", )" + fast, "x.json");
+    EXPECT_EQ(at(sfp, 0x50).byte(12), 255U) << "more than hundreds can say";
+    EXPECT_EQ(at(sfp, 0x50).byte(66), 104U) << "in 250 MBd, rounded";
+    EXPECT_EQ(at(sfp, 0x50).byte(19), 10U) << "in 10 m";
+    const auto qsfp = sim::generate_module(R"({"name": "x", "class": "qsfp", )" + fast, "x.json");
+    EXPECT_EQ(at(qsfp, 0x50).byte(140), 255U);
+    EXPECT_EQ(at(qsfp, 0x50).byte(222), 104U);
+    EXPECT_EQ(at(qsfp, 0x50).byte(143), 50U) << "in 2 m";
+}
+
 TEST(Generator, module_without_diagnostics_has_no_second_memory)
 {
     const sim::ModuleImage image = described("sfp-1310-no-diagnostics");
@@ -317,6 +330,8 @@ TEST(Generator, mistakes_name_file_and_field)
               "m.json: diagnostics.temperature_c: not in -128..127.9");
     EXPECT_EQ(complaint(R"({"name": "x", "class": "sfp", "vendor": "A NAME OF TOO MANY LETTERS"})"),
               "m.json: vendor: longer than 16 characters");
+    EXPECT_EQ(complaint(R"({"name": "x", "class": "qsfp", "revision": "ABC"})"),
+              "m.json: revision: longer than 2 characters");
     EXPECT_THAT(complaint(R"({"name": "x", "class": "sfp", "diagnostics":
         {"temperature_c": 30, "vcc_v": 3.3, "bias_ma": 200, "tx_dbm": 3}})"),
                 HasSubstr("m.json: bias_ma does not fit its field"));
