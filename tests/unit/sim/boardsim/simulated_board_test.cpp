@@ -291,6 +291,18 @@ TEST_F(Board, state_survives_in_its_folder)
     EXPECT_TRUE(later.module_on(3)->stored.devices.contains(0x59));
 }
 
+TEST_F(Board, plain_registers_survive_in_the_state_folder)
+{
+    const TemporaryFolder folder;
+    board.cpld.set_plain(true);
+    board.cpld.write(11, 0xa0);
+    save_state(board, folder.path());
+    sim::SimulatedBoard later{board::load(OLT8_JSON)};
+    load_state(later, folder.path());
+    EXPECT_TRUE(later.cpld.plain());
+    EXPECT_EQ(later.cpld.read(11), 0xa0);
+}
+
 TEST_F(Board, damaged_state_is_refused_with_its_line)
 {
     const TemporaryFolder folder;
