@@ -116,6 +116,16 @@ TEST_F(Devices, further_sensors_have_their_temperature)
     EXPECT_THAT(read(2, 0x48, 0, 2), ElementsAre(0x19, 0x00));
 }
 
+TEST_F(Devices, a_sensor_keeps_its_limits_and_its_configuration_but_not_a_temperature)
+{
+    EXPECT_EQ(write(2, 0x48, 3, {0x50, 0x80}), 0);
+    EXPECT_THAT(read(2, 0x48, 3, 2), ElementsAre(0x50, 0x80));
+    EXPECT_EQ(write(2, 0x48, 1, {0x02}), 0);
+    EXPECT_THAT(read(2, 0x48, 1, 1), ElementsAre(0x02));
+    EXPECT_EQ(write(2, 0x48, 0, {0x7f, 0x00}), 0);
+    EXPECT_THAT(read(2, 0x48, 0, 2), ElementsAre(0x19, 0x00));
+}
+
 TEST_F(Devices, an_address_belongs_to_one_bus)
 {
     EXPECT_EQ(probe(0, 0x51), -ENXIO);
