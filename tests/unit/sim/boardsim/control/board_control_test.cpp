@@ -3,12 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 
 #include <cstring>
 #include <future>
 
+#include "base/fd.hpp"
+#include "platform/board/sim_protocol.hpp"
 #include "tests/unit/running_board.hpp"
 
 namespace {
@@ -283,6 +288,38 @@ TEST_F(Verbs, watched_register_is_reported)
     EXPECT_EQ(seen, "reg 5: 0x00\nreg 5: 0x00 -> 0x02\n") << "and nothing of the others";
 }
 
+TEST_F(Verbs, a_watcher_that_goes_is_told_no_more)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const pid_t watcher = ::fork();
+    if (watcher == 0) {
+        sim::ask_board(board.path(), {"reg", "watch", "5"}, [&](bool, std::string_view text) {
+            static_cast<void>(::write(ends[1], text.data(), text.size()));
+        });
+        ::_exit(0);
+    }
+    char first = 0;
+    EXPECT_EQ(::read(ends[0], &first, 1), 1) << "it watches";
+    ::kill(watcher, SIGKILL);
+    ::waitpid(watcher, nullptr, 0);
+    for (const int end : ends)
+        ::close(end);
+    for (int value = 1; value <= 5; ++value)
+        EXPECT_EQ(board.ask({"reg", "set", "5", std::to_string(value)}), "ok");
+}
+
+TEST_F(Verbs, a_sensors_fault_takes_the_place_of_the_one_before)
+{
+    board.ask({"temp", "fail", "always"});
+    board.ask({"temp", "fail", "3"});
+    const std::string faults = board.ask({"fault", "list"});
+    EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), 0) << faults;
+    EXPECT_THAT(faults, HasSubstr(" count=3 "));
+    board.ask({"temp", "fail", "off"});
+    EXPECT_EQ(board.ask({"fault", "list"}), "no faults");
+}
+
 TEST_F(Verbs, heater_takes_the_board_over_as_warm_as_it_is)
 {
     board.ask({"temp", "set", "600"});
@@ -347,6 +384,24 @@ TEST_F(Verbs, overview_shows_what_is_wrong)
 TEST_F(Verbs, clients_that_break_the_protocol_lose_their_connection_only)
 {
     EXPECT_THAT(board.refusal({"log", "mark", std::string(2U << 20, 'x')}), HasSubstr("error: "));
+    EXPECT_EQ(board.ask({"reg", "get", "0"}), "0x21");
+}
+
+TEST_F(Verbs, a_bus_packet_of_another_length_than_it_says_costs_its_handle_only)
+{
+    const base::Fd bus(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = board.path() + "/" + board::sim_bus_socket;
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    path.copy(address.sun_path, path.size());
+    ASSERT_EQ(::connect(bus.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    board::SimRequest request{};
+    request.op = board::SimOp::open;
+    request.length = 4; // and nothing follows
+    ASSERT_EQ(::send(bus.get(), &request, sizeof request, MSG_NOSIGNAL), ssize_t{sizeof request});
+    board::SimReply reply{};
+    EXPECT_EQ(::recv(bus.get(), &reply, sizeof reply, 0), 0) << "the connection has ended";
     EXPECT_EQ(board.ask({"reg", "get", "0"}), "0x21");
 }
 
