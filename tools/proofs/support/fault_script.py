@@ -24,7 +24,7 @@ class Step:
     @property
     def varies(self):
         """What it shows is of the moment."""
-        return re.match(r"show (sys (mem|cpu|running-time)|time|task)", self.line) is not None
+        return re.match(r"show (sys (mem|cpu|running-time)|time|task|alarm-log( (level|head|tail).*)?$)", self.line) is not None
 
     def __str__(self):
         return f"{self.node}: {self.line}"

@@ -59,6 +59,7 @@ class FaultSession:
     def settle(self):
         """What the daemon holds when nothing is wrong."""
         self.olt.wait_free("board")
+        wait_until(lambda: self.olt.threads().count("diagd") == 1, "all threads have their names")
         self.threads = self.olt.threads()
         self.files = len(self.olt.settled_fds())
 
@@ -110,12 +111,15 @@ class FaultSession:
             step.prepare(self.olt, session)
             mark = self.mark()
             self.olt.faults(*HURRIED, fault.line(), *step.with_faults)
-            for turn in range(most):
-                if turn:
-                    step.prepare(self.olt, session)
-                answer = self.run(step, session)
-                if self.made(mark, fault):
-                    return unharmed, answer
+            try:
+                for turn in range(most):
+                    if turn:
+                        step.prepare(self.olt, session)
+                    answer = self.run(step, session)
+                    if self.made(mark, fault):
+                        return unharmed, answer
+            finally:
+                self.olt.faults(*HURRIED)
         return None
 
     # --- afterwards
