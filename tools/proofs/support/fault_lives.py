@@ -7,7 +7,7 @@ from collections import Counter
 
 from fault_places import STIR_S, places_of, try_fault
 from fault_session import HURRIED, Broken, Fault, FaultSession
-from fault_start import ENDS, required_text, unharmed_start
+from fault_start import ENDS, calls_of_start, required_text, unharmed_start
 from monitors import stopped
 from olt import wait_until
 
@@ -69,7 +69,8 @@ def starts(how, chance, tally):
     olt.faults(*HURRIED)
     made = unharmed_start(olt)
     counts = Counter((call.thread, call.op) for call in made)
-    tries = [Fault(op, nth, thread) for thread, op in sorted(counts) if op in tally.wanted
+    # A start takes semaphores again that it then could not give back.
+    tries = [Fault(op, nth, thread) for thread, op in sorted(counts) if op in tally.wanted - {"semaphore_v"}
              for nth in places_of(counts[thread, op], chance)]
     if how.short:
         only_here = [fault for fault in tries if fault.op not in tally.failed and fault.nth == 1]
@@ -80,7 +81,7 @@ def starts(how, chance, tally):
         said = {"stdout": len(olt.stdout()), "stderr": len(olt.stderr())}
         try:
             outcome = harmed_start(olt, fault)
-            stream, text = required_text(made, fault) or (None, None)
+            stream, text = required_text(calls_of_start(olt), fault) or (None, None)
             if stream:
                 def here(stream=stream):
                     return getattr(olt, stream)()[said[stream]:]

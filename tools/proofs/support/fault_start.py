@@ -42,6 +42,11 @@ def unharmed_start(olt):
     return main[: [call.op for call in main].index("frr_run")] + [call for call in usb if call.op != "recvmsg"]
 
 
+def calls_of_start(olt):
+    """All calls so far of a daemon that has just been started."""
+    return read_trace(olt.trace_path)
+
+
 def required_text(calls, fault):
     """Stream and text of what must be said once when that call fails in a start of these calls; None where nothing is
     laid down."""
