@@ -4,7 +4,6 @@
 // each.
 #include "diagd/board/semaphore.hpp"
 #include "diagd/core/command.hpp"
-#include "diagd/core/start_report.hpp"
 #include "diagd/transceiver/memory/access.hpp"
 #include "diagd/transceiver/memory/idprom.hpp"
 #include "diagd/transceiver/memory/module_listing.hpp"
@@ -93,8 +92,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 
 // The platform, libfrr and the rest of the daemon around the unit.
 diagd::Semaphore::Semaphore(int id) noexcept : id_(id), held_(semaphore_p(id) >= 0) {}
-
-void diagd::goes_without(const char *, const char *) noexcept {}
 
 extern "C" {
 
