@@ -24,4 +24,14 @@ class NoDaemon : public Failure {
     using Failure::Failure;
 };
 
+// Only others may use the socket.
+class Refused : public Failure {
+    using Failure::Failure;
+};
+
+// The daemon ended the session, by itself or with the session's last command.
+class Closed : public Failure {
+    using Failure::Failure;
+};
+
 } // namespace diagsh

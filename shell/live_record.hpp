@@ -3,6 +3,7 @@
 // packet, in the byte order of the machine.  No input or output of its own.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <optional>
@@ -10,6 +11,8 @@
 #include <string_view>
 
 namespace diagsh {
+
+constexpr std::size_t longest_live_packet = 256 * 1024; // more than a socket's usual send buffer holds
 
 struct LiveRecord {
     std::time_t time = 0;   // when it was logged, in seconds since 1970

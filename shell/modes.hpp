@@ -2,6 +2,7 @@
 // The ways in which diagsh works: commands without a person, saving, the log, a session; and what they say.
 #pragma once
 
+#include "shell/output.hpp"
 #include "shell/paths.hpp"
 #include "shell/vty_session.hpp"
 
@@ -12,13 +13,18 @@ namespace diagsh {
 
 // --- commands: `diagsh -c`, and lines piped into diagsh
 
-// The commands that lead a new session, which starts in the view node, to `node`: "view", "enable", "config",
-// or any command of the configuration node that enters another one ("diagnose", "interface gpon 0/3").
-std::vector<std::string> way_to_node(const std::string &node);
-
 // Runs `commands` in `node`.  What a command prints goes to standard output when it succeeds and to standard
-// error when it fails; the first failure ends the run.  Returns the exit status: the last command's.
-int run_commands(const OltPaths &olt, const std::string &node, const std::vector<std::string> &commands);
+// error when it fails; the first failure ends the run.  A command that ends in "?" is a question for help,
+// unless a command takes the "?" at the end of its last word.  `wide` is for a terminal; elsewhere output
+// stays as it is. Returns the exit status: the last command's.
+int run_commands(const OltPaths &olt, const std::string &node, const std::vector<std::string> &commands,
+                 Wide wide);
+
+// --- looking commands up: `diagsh --find`, `diagsh --help-for`
+
+// Each writes what it finds to standard output; returns the exit status, 1 when there is nothing.
+int print_found(const OltPaths &olt, const std::string &pattern);
+int print_help_for(const OltPaths &olt, const std::string &words);
 
 // --- saving the configuration of all daemons of an OLT: "write" of the box's shell
 
@@ -37,13 +43,16 @@ int save_configurations(const OltPaths &olt);
 // slow are counted on standard error.  Returns only when the daemon refuses, with the command's status.
 int monitor_log(const OltPaths &olt);
 
-// --- a session: the terminal and the daemon's telnet vty, passed through to each other
+// --- a session for a person
 
-// Connects to the vty on this machine's port 2709 and passes it through until either side ends.  Line
-// editing, completion and `?` are the vty's own.  When the vty asks for the password before the person has
-// typed anything, and `password` is not empty, it is given once; after that the person is asked.  Control-]
-// leaves at once.  Throws Failure when no daemon answers.
-void run_interactive(const std::string &password);
+// On the daemon's vty socket, which belongs to the OLT named and asks no password: lines are edited here,
+// help and completion are the daemon's.  Begins in `node`, which is view when empty.  Returns the exit
+// status: 0 when the person ends it, EX_UNAVAILABLE (thrown) when the daemon does.
+int run_session(const OltPaths &olt, const std::string &node, Wide wide);
+
+// On this machine's port 2709, for who may not use the socket: the daemon's own terminal, which asks for the
+// password and edits lines.  Control-] leaves at once.  Throws Failure when no daemon answers.
+void run_telnet_session();
 
 // --- what the daemon says, on the streams of diagsh
 

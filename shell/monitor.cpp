@@ -22,8 +22,6 @@ namespace diagsh {
 
 namespace {
 
-constexpr std::size_t longest_packet = 256 * 1024; // more than a socket's usual send buffer holds
-
 // Waits for a packet.  A quiet daemon may leave diagsh nothing to write for hours, so that it looks itself
 // whether somebody still reads.
 void wait_readable(int log)
@@ -41,7 +39,7 @@ void wait_readable(int log)
 
 void follow(int log)
 {
-    std::vector<char> buffer(longest_packet);
+    std::vector<char> buffer(longest_live_packet);
     std::uint32_t lost = 0;
     for (;;) {
         wait_readable(log);

@@ -10,16 +10,12 @@ namespace diagsh {
 constexpr std::uint16_t vty_port = 2709;
 
 struct OltPaths {
-    std::string vty_socket;    // the daemon's unix vty socket
-    std::string password_file; // first line: the password of the telnet vty; readable by root only
+    std::string vty_socket; // the daemon's unix vty socket
+    std::string state;      // the state folder that was asked for, empty when none was
 };
 
-// The OLT whose state folder is `state`; with an empty `state` the one of this machine (/run/frr and
-// /etc/frr, as on a board and inside a box), else the one that `run` starts from the build folder diagsh lies
-// in.
+// The OLT whose state folder is `state`; with an empty `state` the one of this machine (/run/frr, as on a
+// board and inside a box), else the one that `run` starts from the build folder diagsh lies in.
 OltPaths find_olt(const std::string &state);
-
-// First line of the password file, empty when it cannot be read.
-std::string read_password(const OltPaths &olt);
 
 } // namespace diagsh

@@ -3,16 +3,13 @@
 // options offered.  No input or output of its own.
 #pragma once
 
+#include "shell/terminal.hpp"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace diagsh {
-
-struct WindowSize {
-    std::uint16_t columns = 80;
-    std::uint16_t rows = 24;
-};
 
 class TelnetDecoder {
 public:

@@ -26,7 +26,7 @@ constexpr std::size_t longest_command = 4094; // libfrr takes the rest of a long
 [[noreturn]] void connect_failed(const std::string &path, int error)
 {
     if (error == EACCES || error == EPERM)
-        throw Failure(EX_NOPERM, "only root and the vty group may use " + path);
+        throw Refused(EX_NOPERM, "only root and the vty group may use " + path);
     if (error == ENOENT || error == ENOTDIR || error == ECONNREFUSED)
         throw NoDaemon(EX_UNAVAILABLE, "no daemon answers on " + path + "; is the OLT running?");
     throw Failure(EX_UNAVAILABLE, path + ": " + std::strerror(error));
@@ -63,7 +63,7 @@ base::Fd connect_to(const std::string &path, std::chrono::seconds longest_answer
 }
 
 // As recv(); a descriptor that comes along replaces `passed`.
-ssize_t receive(int socket, std::span<char> bytes, base::Fd &passed)
+ssize_t receive_bytes(int socket, std::span<char> bytes, base::Fd &passed)
 {
     iovec area{bytes.data(), bytes.size()};
     alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control;
@@ -90,47 +90,55 @@ VtySession::VtySession(const std::string &socket_path, std::chrono::seconds long
 {
 }
 
-VtyAnswer VtySession::run(const std::string &command)
+void VtySession::send(const std::string &command)
 {
     if (command.size() > longest_command || command.find('\0') != std::string::npos)
         throw Failure(EX_DATAERR, "not a command: longer than " + std::to_string(longest_command) +
                                       " characters, or with a NUL in it");
-    const auto closed = [&] {
-        return Failure(EX_UNAVAILABLE, "the daemon closed the session during: " + command);
-    };
-    const auto late = [&] {
-        return Failure(EX_UNAVAILABLE, "the daemon did not answer in time: " + command);
-    };
-
+    m_command = command;
+    m_passed.reset();
+    m_mark = 0;
     std::string_view rest(command.c_str(), command.size() + 1); // with its NUL
     while (!rest.empty()) {
         const ssize_t sent = ::send(m_socket.get(), rest.data(), rest.size(), MSG_NOSIGNAL);
         if (sent < 0 && errno == EINTR)
             continue;
         if (sent <= 0)
-            throw closed();
+            throw Closed(EX_UNAVAILABLE, "the daemon closed the session during: " + m_command);
         rest.remove_prefix(static_cast<std::size_t>(sent));
     }
+}
 
-    // The vty prints no NUL, so the answer ends with the first one, three bytes later.
-    std::string answer;
-    base::Fd passed;
-    std::size_t mark = std::string::npos;
+std::optional<int> VtySession::receive(std::string &text)
+{
     std::array<char, 65536> chunk;
-    while (mark == std::string::npos || answer.size() < mark + end_mark_size) {
-        const ssize_t got = receive(m_socket.get(), chunk, passed);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got <= 0)
-            throw got < 0 && errno == EAGAIN ? late() : closed();
-        const std::size_t scanned = answer.size();
-        answer.append(chunk.data(), static_cast<std::size_t>(got));
-        if (mark == std::string::npos)
-            mark = answer.find('\0', scanned);
+    ssize_t got = 0;
+    while ((got = receive_bytes(m_socket.get(), chunk, m_passed)) < 0 && errno == EINTR) {
     }
-    const auto status = static_cast<unsigned char>(answer[mark + end_mark_size - 1]);
-    answer.resize(mark);
-    return {status, std::move(answer), std::move(passed)};
+    if (got < 0 && errno == EAGAIN)
+        throw Failure(EX_UNAVAILABLE, "the daemon did not answer in time: " + m_command);
+    if (got <= 0)
+        throw Closed(EX_UNAVAILABLE, "the daemon closed the session during: " + m_command);
+    // The vty prints no NUL, so the answer ends with the first one, three bytes later.
+    for (const char c : std::string_view(chunk.data(), static_cast<std::size_t>(got))) {
+        if (m_mark == 0 && c != '\0')
+            text += c;
+        else if (++m_mark == end_mark_size)
+            return static_cast<unsigned char>(c);
+    }
+    return std::nullopt;
+}
+
+VtyAnswer VtySession::run(const std::string &command)
+{
+    send(command);
+    VtyAnswer answer;
+    std::optional<int> status;
+    while (!(status = receive(answer.text))) {
+    }
+    answer.status = *status;
+    answer.passed = take_passed();
+    return answer;
 }
 
 } // namespace diagsh

@@ -7,7 +7,10 @@
 #include "base/fd.hpp"
 
 #include <chrono>
+#include <cstddef>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace diagsh {
 
@@ -16,6 +19,8 @@ struct VtyAnswer {
     std::string text;     // what it printed, byte for byte
     base::Fd passed = {}; // descriptor the daemon gave along with the status, of few commands only
 };
+
+constexpr int status_unknown = 2; // libfrr's CMD_ERR_NO_MATCH: no such command in this node
 
 class VtySession {
 public:
@@ -28,8 +33,18 @@ public:
     // the session before the answer is complete, or it is not complete in time.
     VtyAnswer run(const std::string &command);
 
+    // The same in steps, for who shows the text as it comes: send(), then receive() whenever socket() is
+    // readable, until it gives the status.
+    void send(const std::string &command);
+    std::optional<int> receive(std::string &text); // adds what has come to `text`
+    base::Fd take_passed() { return std::move(m_passed); }
+    int socket() const { return m_socket.get(); }
+
 private:
     base::Fd m_socket;
+    std::string m_command; // that is being answered
+    base::Fd m_passed;
+    std::size_t m_mark = 0; // bytes of the end mark that have come
 };
 
 } // namespace diagsh

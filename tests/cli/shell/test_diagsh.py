@@ -1,20 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""diagsh, for scripts and for a person."""
+"""diagsh for scripts."""
 
-import fcntl
-import os
-import pty
 import re
-import select
-import struct
 import subprocess
-import termios
-import time
 
-import pytest
-
-from olt import BUILD, PASSWORD
-from vty import DEADLINE_S
+from olt import BUILD
 
 DIAGSH = str(BUILD / "bin" / "diagsh")
 UNAVAILABLE, USAGE, NO_PERMISSION, BAD_DATA = 69, 64, 77, 65
@@ -144,151 +134,71 @@ def test_wrong_usage_is_refused(olt):
     assert done.returncode == 0 and done.stdout.startswith(b"usage: diagsh")
 
 
-class Terminal:
-    """A program on a terminal of its own."""
-
-    def __init__(self, command):
-        self.master, slave = pty.openpty()
-        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 40, 100, 0, 0))
-        self.before = termios.tcgetattr(slave)
-        self.slave = slave
-        self.shown = b""
-        self.process = subprocess.Popen(
-            command, stdin=slave, stdout=slave, stderr=slave, start_new_session=True,
-            preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0),
-        )
-
-    def resize(self, rows, columns):
-        fcntl.ioctl(self.slave, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
-
-    def type(self, keys):
-        os.write(self.master, keys)
-
-    def expect(self, pattern):
-        deadline = time.monotonic() + DEADLINE_S
-        while not (match := re.search(pattern, self.shown)):
-            ready, _, _ = select.select([self.master], [], [], max(deadline - time.monotonic(), 0))
-            assert ready, f"{pattern!r} did not come; got {self.shown!r}"
-            self.shown += os.read(self.master, 65536)
-        text, self.shown = self.shown[: match.end()], self.shown[match.end() :]
-        return text
-
-    def end(self):
-        status = self.process.wait(DEADLINE_S)
-        after = termios.tcgetattr(self.slave)
-        return status, after == self.before
-
-    def close(self):
-        if self.process.poll() is None:
-            self.process.kill()
-            self.process.wait()
-        os.close(self.master)
-        os.close(self.slave)
+def test_question_shows_what_can_follow(olt):
+    done = diagsh(olt, "-c", "show alarm-log tail ?")
+    assert (done.returncode, done.stdout, done.stderr) == (0, b"  (1-1000)  Specify latest log count.\n", b"")
+    done = diagsh(olt, "-n", "diagnose", "-c", "show diag mo?")
+    assert (done.returncode, done.stdout) == (0, b"  monitor  monitor information\n")
+    done = diagsh(olt, "-c", "nonsense ?")
+    assert (done.returncode, done.stdout) == (2, b"") and done.stderr == b"% There is no matched command.\n"
 
 
-@pytest.fixture
-def terminal(olt):
-    opened = Terminal(olt.inside("/run/olt/build/bin/diagsh"))
-    yield opened
-    opened.close()
+def test_question_mark_that_a_command_takes_is_its_own(olt):
+    assert diagsh(olt, "-c", "alarm-log debug send id 0 message what?").returncode == 0
+    assert olt.run("show alarm-log tail 1")[0].splitlines()[0].endswith("what?")
 
 
-def test_interactive_session_signs_in_and_edits_lines(terminal):
-    terminal.expect(rb"olt> $")
-    terminal.type(b"ena\t")
-    terminal.expect(rb"enable $")
-    terminal.type(b"\r")
-    terminal.expect(rb"olt# $")
-    terminal.type(b"configure terminal\r")
-    terminal.expect(rb"olt\(config\)# $")
-    terminal.type(b"interface gpon ?")
-    terminal.expect(rb"S/P[^\r\n]*\r\n")
-    terminal.expect(rb"interface gpon $")
-    terminal.type(b"0/9\x7f3\r")  # backspace
-    terminal.expect(rb"olt\(config-gpon-0/3\)# $")
-    terminal.type(b"end\r")
-    terminal.expect(rb"olt# $")
-    terminal.type(b"exit\r")
-    assert terminal.end() == (0, True)
+def test_unknown_command_is_told_with_the_node_that_knows_it(olt):
+    known = "diagsh: it is known with -n {}\n"
+    unknown = "% [DIAGD] Unknown command: {}\n"
+    for node, command, option in (
+        ("view", "show transceiver", "config"),
+        ("config", "show diag monitor", "diagnose"),
+        ("config", "alarm-log threshold pon-temp-high enable 70 65",
+         '"interface gpon 0/1" or -n "interface xgpon 0/1"'),
+        ("view", "show transceiver | include GPON", "config"),
+    ):
+        done = diagsh(olt, "-n", node, "-c", command)
+        assert (done.returncode, done.stdout) == (2, b"")
+        assert done.stderr.decode() == unknown.format(command) + known.format(option)
+    assert diagsh(olt, "-c", "nobody knows").stderr.decode() == unknown.format("nobody knows")
 
 
-def test_vty_password_is_not_given_for_another(fresh_olt):
-    """Without a sign-in the first prompt for a password is that of `enable`, which is the person's to know."""
-    with fresh_olt.vty() as session:
-        for command in ("enable password other", "line vty", "no login"):
-            assert session.run(command)[1] == 0
-    terminal = Terminal(fresh_olt.inside("/run/olt/build/bin/diagsh"))
-    try:
-        terminal.expect(rb"olt> $")
-        terminal.type(b"enable\r")
-        terminal.expect(rb"Password: $")
-        terminal.type(b"other\r")
-        assert b"Password" not in terminal.expect(rb"olt# $")
-    finally:
-        terminal.close()
+def test_find_tells_node_syntax_and_help_on_a_line(olt):
+    done = diagsh(olt, "--find", "Diag Monitor")
+    assert (done.returncode, done.stdout) == (0, b"diagnose  show diag monitor  -- monitor information\n")
+    lines = diagsh(olt, "--find", "pon-los").stdout.decode().splitlines()
+    assert "config  alarm-log alarm <ALARM> level <LEVEL>  -- Specify log level." in lines
+    assert max(map(len, lines)) < 160
+    done = diagsh(olt, "--find", "no such thing")
+    assert (done.returncode, done.stdout) == (1, b"")
 
 
-def test_a_password_that_is_wrong_is_given_once_and_then_the_person_is_asked(fresh_olt):
-    (fresh_olt.state / "conf" / "vty-password").write_text("wrong\n")
-    terminal = Terminal(fresh_olt.inside("/run/olt/build/bin/diagsh"))
-    try:
-        terminal.expect(rb"Password: [^P]*Password: $")
-        terminal.type(PASSWORD.encode() + b"\r")
-        assert b"Password" not in terminal.expect(rb"olt> $")
-    finally:
-        terminal.close()
+def test_find_knows_every_command_that_list_shows(olt):
+    found = diagsh(olt, "--find", ".").stdout.decode().splitlines()
+    syntaxes = {line.split("  ", 1)[1].strip().split("  -- ")[0] for line in found}
+    assert len(found) > 150
+    for node in ("view", "enable", "config", "diagnose", "gpon 0/1"):
+        for command in olt.run("list", node)[0].split("\n"):
+            if command.strip() and "<" not in command and "{" not in command:
+                assert command.strip() in syntaxes, (node, command)
 
 
-def test_interactive_session_pages_by_the_height_of_the_window(terminal):
-    terminal.expect(rb"olt> $")
-    terminal.type(b"find .\r")
-    terminal.expect(rb"--More--")
-    terminal.type(b"q")
-    terminal.expect(rb"olt> $")
+def test_help_for_tells_every_word(olt):
+    done = diagsh(olt, "--help-for", "show alarm-log tail")
+    assert (done.returncode, done.stderr) == (0, b"")
+    assert done.stdout.decode() == (
+        "config: show alarm-log tail (1-1000)\n"
+        "  show                  Show information.\n"
+        "  alarm-log             Alarm log.\n"
+        "  tail                  Latest log.\n"
+        "  (1-1000)              Specify latest log count.\n"
+    )
+    assert diagsh(olt, "--help-for", "no such").returncode == 1
 
 
-def test_a_window_that_changes_its_size_changes_the_pages(terminal):
-    terminal.expect(rb"olt> $")
-    for rows in (40, 12, 25):
-        terminal.resize(rows, 100)
-        terminal.type(b"find .\r")
-        page = terminal.expect(rb"--More--")
-        assert page.count(b"\n") == rows, "what was typed, and a page without the line that asks"
-        terminal.type(b"q")
-        terminal.expect(rb"olt> $")
-
-
-def test_control_bracket_leaves_and_gives_the_terminal_back(terminal):
-    terminal.expect(rb"olt> $")
-    terminal.type(b"\x1d")
-    assert terminal.end() == (0, True)
-
-
-def test_terminal_is_given_back_when_the_daemon_dies(fresh_olt):
-    terminal = Terminal(fresh_olt.inside("/run/olt/build/bin/diagsh"))
-    try:
-        terminal.expect(rb"olt> $")
-        fresh_olt.kill()
-        assert terminal.end() == (0, True)
-    finally:
-        terminal.close()
-
-
-def test_interactive_session_without_a_daemon_says_so(cold_olt):
-    terminal = Terminal(cold_olt.inside("/run/olt/build/bin/diagsh"))
-    try:
-        terminal.expect(rb"diagsh: no daemon answers on port 2709")
-        assert terminal.end() == (UNAVAILABLE, True)
-    finally:
-        terminal.close()
-
-
-def test_person_without_the_password_is_asked(olt):
-    own = ["setpriv", "--reuid", "nobody", "--regid", "nogroup", "--clear-groups"]
-    terminal = Terminal(olt.inside(*own, "/run/olt/build/bin/diagsh"))
-    try:
-        terminal.expect(rb"Password: $")
-        terminal.type(PASSWORD.encode() + b"\r")
-        terminal.expect(rb"olt> $")
-    finally:
-        terminal.close()
+def test_output_that_no_terminal_shows_is_never_laid_out(olt):
+    plain = diagsh(olt, "-c", "show transceiver")
+    assert diagsh(olt, "--wide", "-c", "show transceiver").stdout == plain.stdout != b""
+    assert diagsh(olt, "--wide=scroll", "-c", "show transceiver").stdout == plain.stdout
+    assert diagsh(olt, "--wide=sideways", "-c", "show transceiver").returncode == USAGE
