@@ -4,6 +4,7 @@
 #include "shell/modes.hpp"
 #include "shell/options.hpp"
 #include "shell/paths.hpp"
+#include "shell/verbs.hpp"
 
 #include <unistd.h>
 
@@ -45,6 +46,8 @@ int run(int argc, char **argv)
     diagsh::Options options = diagsh::parse_options(argc, argv);
     const diagsh::OltPaths olt = diagsh::find_olt(options.state);
 
+    if (!options.verb.empty())
+        return diagsh::run_verb(olt, options.verb);
     if (options.monitor)
         return diagsh::monitor_log(olt);
     if (!options.find.empty())

@@ -21,6 +21,7 @@ constexpr const char *help_text =
        diagsh [-s FOLDER] [-n NODE] < FILE               run the lines of a file
        diagsh [-s FOLDER] -m                             show the log as it is written
        diagsh [-s FOLDER] --find WORD | --help-for WORDS look commands up
+       diagsh [-s FOLDER] VERB ...                       jobs of several commands
 
   -c, --command COMMAND  run COMMAND and print its output; may be repeated; one that ends
                          in "?" shows what can follow
@@ -38,6 +39,13 @@ constexpr const char *help_text =
                          this machine, else the one that ./run started)
   -V, --version          the version of diagsh
   -h, --help             this text
+
+  threshold NAME RAISE CLEAR [PORT...], threshold NAME off [PORT...]
+                         a threshold of PON modules on all ports, or these, in the node
+                         that fits each module
+  traps                  where alarms are sent
+  fans                   what the fans do, and why
+  logic cpld upgrade ... replace the logic and say whether that worked
 
 Under the name vtysh it is the box's shell: -c commands run in enable, and "write" saves
 the configuration of every daemon that has a vty socket beside diagd's.
@@ -79,7 +87,7 @@ Options parse_options(int argc, char **argv)
     if (const char *state = std::getenv("OLT_STATE"))
         options.state = state;
     int letter = 0;
-    while ((letter = ::getopt_long(argc, argv, "c:n:ms:Vh", long_options, nullptr)) != -1) {
+    while ((letter = ::getopt_long(argc, argv, "+c:n:ms:Vh", long_options, nullptr)) != -1) {
         switch (letter) {
         case 'c':
             options.commands.emplace_back(optarg);
@@ -112,9 +120,7 @@ Options parse_options(int argc, char **argv)
             throw Failure(EX_USAGE, "try diagsh --help");
         }
     }
-    if (optind < argc)
-        throw Failure(EX_USAGE, "unexpected argument \"" + std::string(argv[optind]) +
-                                    "\"; commands are given with -c, try diagsh --help");
+    options.verb.assign(argv + optind, argv + argc);
     if (options.monitor && (!options.node.empty() || !options.commands.empty()))
         throw Failure(EX_USAGE, "-m runs no commands; it goes without -c and -n");
     return options;

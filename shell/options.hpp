@@ -18,6 +18,7 @@ struct Options {
     std::string find;     // pattern of --find
     std::string help_for; // words of --help-for
     std::vector<std::string> commands;
+    std::vector<std::string> verb; // what stands behind the options, its own words included
 };
 
 // Prints what --help and --version ask for and exits; throws Failure EX_USAGE for what it does not know.

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+// A threshold on many ports.  The node must fit the module: in another one the daemon compares 0 and files
+// records of nothing.  What is refused for one port is refused for all, so the first refusal ends it.
+#include "shell/verbs.hpp"
+
+#include "shell/failure.hpp"
+#include "shell/modes.hpp"
+#include "shell/nodes.hpp"
+#include "shell/port_modules.hpp"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace diagsh {
+
+namespace {
+
+constexpr std::size_t name_width = 12;
+
+class PortThresholds {
+public:
+    PortThresholds(VtySession &session, std::string command)
+        : m_session(session), m_command(std::move(command))
+    {
+    }
+
+    // False when the daemon refuses.
+    bool set(const PortModule &module)
+    {
+        if (!module.plugged || (!module.gpon && !module.xgpon)) {
+            tell(module.port, module.plugged ? "skipped, its module measures nothing" : "skipped, no module");
+            ++m_skipped;
+            return true;
+        }
+        return (!module.gpon || set_in("gpon", module.port)) &&
+               (!module.xgpon || set_in("xgpon", module.port));
+    }
+
+    void sum_up() const
+    {
+        std::printf("%u set, %u ports skipped; to keep it: diagsh -c write\n", m_set, m_skipped);
+    }
+
+private:
+    bool set_in(const std::string &kind, const std::string &port)
+    {
+        const std::string node = "interface " + kind + " " + port;
+        for (const std::string &command : {node, m_command}) {
+            const VtyAnswer answer = m_session.run(command);
+            if (answer.status != 0 ||
+                !answer.text.empty()) { // a threshold that is refused is success with a word
+                report_failed(command, answer);
+                return false;
+            }
+        }
+        tell(kind + " " + port, m_command);
+        ++m_set;
+        return true;
+    }
+
+    static void tell(const std::string &where, const std::string &what)
+    {
+        std::printf("%-*s%s\n", static_cast<int>(name_width), where.c_str(), what.c_str());
+    }
+
+    VtySession &m_session;
+    std::string m_command;
+    unsigned m_set = 0;
+    unsigned m_skipped = 0;
+};
+
+bool is_asked_for(const PortModule &module, const Words &ports)
+{
+    return ports.empty() || std::ranges::any_of(ports, [&](const std::string &port) {
+               return port == module.port || "0/" + port == module.port;
+           });
+}
+
+} // namespace
+
+int set_port_thresholds(const OltPaths &olt, const Words &words)
+{
+    const bool off = words.size() >= 2 && words[1] == "off";
+    const std::size_t taken = off ? 2 : 3;
+    if (words.size() < taken || !words[0].starts_with("pon-"))
+        throw Failure(EX_USAGE,
+                      "threshold takes the name of a PON alarm, the values that raise and clear it, or off, "
+                      "and ports");
+    const Words ports(words.begin() + static_cast<std::ptrdiff_t>(taken), words.end());
+    VtySession session(olt.vty_socket);
+    if (const auto failed = enter_node(session, "config"))
+        return report_failed(failed->command, failed->answer);
+    const std::vector<PortModule> modules = parse_port_modules(session.run("show transceiver json").text);
+    if (modules.empty())
+        throw Failure(EX_UNAVAILABLE, "the daemon tells no PON ports");
+    for (const std::string &port : ports)
+        if (std::ranges::none_of(modules,
+                                 [&](const PortModule &module) { return is_asked_for(module, {port}); }))
+            throw Failure(EX_USAGE, "there is no PON port " + port);
+
+    PortThresholds thresholds(session, "alarm-log threshold " + words[0] +
+                                           (off ? " disable" : " enable " + words[1] + " " + words[2]));
+    for (const PortModule &module : modules)
+        if (is_asked_for(module, ports) && !thresholds.set(module))
+            return EXIT_FAILURE;
+    thresholds.sum_up();
+    return EXIT_SUCCESS;
+}
+
+} // namespace diagsh

@@ -1,0 +1,157 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""diagsh's verbs: jobs of several commands with one answer."""
+
+import re
+import subprocess
+
+import pytest
+from olt import BUILD, wait_until
+
+DIAGSH = str(BUILD / "bin" / "diagsh")
+USAGE = 64
+
+
+def diagsh(olt, *words):
+    return subprocess.run([DIAGSH, "-s", str(olt.state), *words], stdin=subprocess.DEVNULL, capture_output=True,
+                          text=True, timeout=60)
+
+
+@pytest.fixture(scope="module")
+def populated(make_olt):
+    """Modules as README has them: GPON in 1 and 2, XG-PON in 3, both in 4, none in 5, 7, 8, no diagnostics in 6."""
+    olt = make_olt()
+    olt.populate()
+    return olt.start()
+
+
+def enabled(olt, node, name):
+    text = olt.run("show alarm-log threshold configuration", node)[0]
+    return [line for line in text.splitlines() if line.startswith(name) and ": enable" in line]
+
+
+# --- thresholds of modules
+
+
+def test_threshold_goes_to_every_port_in_the_node_that_fits_its_module(populated):
+    done = diagsh(populated, "threshold", "pon-temp-high", "70", "65")
+    command = "alarm-log threshold pon-temp-high enable 70 65"
+    assert (done.returncode, done.stderr) == (0, "")
+    assert done.stdout.splitlines() == [
+        f"gpon 0/1    {command}",
+        f"gpon 0/2    {command}",
+        f"xgpon 0/3   {command}",
+        f"gpon 0/4    {command}",
+        f"xgpon 0/4   {command}",
+        "0/5         skipped, no module",
+        "0/6         skipped, its module measures nothing",
+        "0/7         skipped, no module",
+        "0/8         skipped, no module",
+        "5 set, 4 ports skipped; to keep it: diagsh -c write",
+    ]
+    nodes = [f"{kind} 0/{port}" for port in range(1, 9) for kind in ("gpon", "xgpon")]
+    assert [node for node in nodes if enabled(populated, node, "pon-temp-high")] == [
+        "gpon 0/1", "gpon 0/2", "xgpon 0/3", "gpon 0/4", "xgpon 0/4"]
+    assert enabled(populated, "xgpon 0/3", "pon-temp-high")[0].split(":")[1].split() == ["enable", "70.00", "65.00"]
+
+
+def test_threshold_goes_to_ports_that_are_named_and_off_again(populated):
+    done = diagsh(populated, "threshold", "pon-txpower-low", "-5", "-4", "1", "0/3")
+    assert (done.returncode, done.stderr) == (0, "")
+    assert done.stdout.splitlines()[-1].startswith("2 set, 0 ports skipped")
+    assert enabled(populated, "gpon 0/1", "pon-txpower-low") and enabled(populated, "xgpon 0/3", "pon-txpower-low")
+    assert not enabled(populated, "gpon 0/2", "pon-txpower-low")
+    assert diagsh(populated, "threshold", "pon-txpower-low", "off", "1").returncode == 0
+    assert not enabled(populated, "gpon 0/1", "pon-txpower-low") and enabled(populated, "xgpon 0/3", "pon-txpower-low")
+
+
+def test_threshold_that_is_refused_is_a_failure(populated):
+    done = diagsh(populated, "threshold", "pon-vcc-high", "3", "4")
+    assert (done.returncode, done.stdout) == (1, "")
+    assert done.stderr == "Msg:argc set threshold can not be smaller than clean threshold error!\n"
+    assert diagsh(populated, "threshold", "pon-vcc-high", "x", "4").stderr == "wrong threshold value.\n"
+    done = diagsh(populated, "threshold", "pon-nonsense", "3", "4")
+    assert done.returncode == 1 and "Unknown command" in done.stderr
+
+
+@pytest.mark.parametrize("words", [
+    ("threshold",), ("threshold", "temp-high", "70", "65"), ("threshold", "pon-temp-high", "70"),
+    ("threshold", "pon-temp-high", "70", "65", "0/9"), ("fans", "now"), ("traps", "all"), ("logic",),
+    ("logic", "cpld erase"), ("nonsense",),
+])
+def test_words_that_a_verb_does_not_take_are_refused(populated, words):
+    done = diagsh(populated, *words)
+    assert (done.returncode, done.stdout) == (USAGE, "") and done.stderr.startswith("diagsh: ")
+
+
+# --- where alarms go
+
+
+def test_traps_tells_sinks_servers_and_how_many_alarms(make_olt):
+    olt = make_olt()
+    olt.start()
+    done = diagsh(olt, "traps")
+    assert (done.returncode, done.stderr) == (0, "")
+    lines = done.stdout.splitlines()
+    assert lines[0] == "traps go nowhere: /etc/olt/trap-sinks.conf is not there"
+    assert lines[1].startswith("alarm-log remote server ipv4 :")
+    assert re.fullmatch(r"\d+ alarms and events are sent as traps, \d+ to log servers: show alarm-log all configuration",
+                        lines[-1])
+    traps = int(lines[-1].split()[0])
+    assert olt.run("alarm-log alarm fan disable trap") == ("", 0)
+    assert olt.exec("tee", "/etc/olt/trap-sinks.conf",
+                    input="# nobody\n192.0.2.9 hidden\n[2001:db8::9]:162 hidden # both\n").returncode == 0
+    lines = diagsh(olt, "traps").stdout.splitlines()
+    assert lines[:2] == ["traps go to 192.0.2.9", "traps go to [2001:db8::9]:162"]
+    assert int(lines[-1].split()[0]) == traps - 1 and "hidden" not in "".join(lines)
+
+
+# --- why the fans run
+
+
+def test_fans_tell_what_they_do_and_why(make_olt):
+    olt = make_olt().start()
+    still = ["They stand still: the board has 25.0 degrees, they open at 35.0 degrees (fan temperature).",
+             "Their speed is low by the temperature: medium above 50.0 degrees, high above 65.0 degrees."]
+    wait_until(lambda: '"currentFanMode":"close"' in olt.run("show fan json")[0], "the monitor's first look")
+    done = diagsh(olt, "fans")
+    assert (done.returncode, done.stderr, done.stdout.splitlines()) == (0, "", still)
+    assert olt.run("fan speed high") == ("", 0)
+    assert diagsh(olt, "fans").stdout.splitlines()[1] == (
+        "Their speed is high because that was asked for (fan speed high); fan speed auto ends that.")
+
+
+# --- the logic
+
+IMAGE = "/tmp/f.jed"
+PROGRAMMER = "/usr/sbin/jtag"
+
+
+def put_image(olt):
+    assert olt.exec("tee", IMAGE, input="an image\n").returncode == 0
+
+
+def test_logic_that_cannot_be_restored_is_a_failure(populated):
+    done = diagsh(populated, "logic", "cpld", "restore")
+    assert done.returncode == 1
+    assert done.stdout.splitlines()[-1] == "failed: the logic is as it was"
+
+
+def test_logic_that_was_not_fetched_is_a_failure(populated):
+    done = diagsh(populated, "logic", "cpld", "upgrade", "usb", "none.jed")
+    assert done.returncode == 1
+    assert done.stdout.splitlines()[-1] == "failed: no image was fetched, the logic is as it was"
+
+
+@pytest.mark.slow
+def test_logic_of_another_version_has_worked_and_that_of_the_same_is_not_known(fresh_olt):
+    fresh_olt.boardctl("logic", 0x21)
+    put_image(fresh_olt)
+    done = diagsh(fresh_olt, "logic", "cpld", "upgrade", "usb", "f.jed")
+    assert done.returncode == 1
+    assert "not known: the version is 0x21 as before" in done.stdout
+
+    assert fresh_olt.exec("tee", PROGRAMMER, input="#!/bin/bash\nboardctl logic 34\n").returncode == 0
+    put_image(fresh_olt)
+    done = diagsh(fresh_olt, "logic", "cpld", "upgrade", "usb", "f.jed")
+    assert done.returncode == 0
+    assert done.stdout.splitlines()[-1] == "worked: logic 0x22 runs, before it was 0x21"
