@@ -64,7 +64,7 @@ EXPECTED = {
         "share/man/man1/boardctl.1",
         "share/man/man8/boardsim.8",
     ],
-    "shell": ["bin/diagsh", "share/man/man1/diagsh.1"],
+    "shell": ["bin/board-thresholds", "bin/diagsh", "share/man/man1/diagsh.1"],
     "optics": ["bin/optics", "share/man/man1/optics.1"],
     "development": [
         "include/diagd/tq_alarms.def",
