@@ -97,12 +97,12 @@ def test_traps_tells_sinks_servers_and_how_many_alarms(make_olt):
     assert re.fullmatch(r"\d+ alarms and events are sent as traps, \d+ to log servers: show alarm-log all configuration",
                         lines[-1])
     traps = int(lines[-1].split()[0])
-    assert olt.run("alarm-log alarm fan disable trap") == ("", 0)
+    assert olt.run("alarm-log alarm fan enable trap") == ("", 0)
     assert olt.exec("tee", "/etc/olt/trap-sinks.conf",
                     input="# nobody\n192.0.2.9 hidden\n[2001:db8::9]:162 hidden # both\n").returncode == 0
     lines = diagsh(olt, "traps").stdout.splitlines()
     assert lines[:2] == ["traps go to 192.0.2.9", "traps go to [2001:db8::9]:162"]
-    assert int(lines[-1].split()[0]) == traps - 1 and "hidden" not in "".join(lines)
+    assert int(lines[-1].split()[0]) == traps + 1 and "hidden" not in "".join(lines)
 
 
 # --- why the fans run
