@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 #include "sim/boardctl/module_make.hpp"
 
-#include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
+#include "base/whole_file.hpp"
 #include "platform/description/json_fields.hpp"
 #include "sim/modules/generator.hpp"
 #include "sim/modules/text.hpp"
@@ -159,11 +158,8 @@ void make_module(const std::vector<std::string> &words)
                                                        JSON_C_TO_STRING_NOSLASHESCAPE) +
         std::string("\n");
     generate_module(text, file);
-    std::ofstream out(file, std::ios::trunc);
-    out << text;
-    out.close();
-    if (!out)
-        throw std::runtime_error(file + ": " + std::strerror(errno));
+    if (const int error = base::write_whole_file(file, text, base::Sync::yes); error != 0)
+        throw std::runtime_error(file + ": " + std::strerror(error));
 }
 
 } // namespace sim

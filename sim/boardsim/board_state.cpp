@@ -12,6 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "base/whole_file.hpp"
 #include "platform/description/json_fields.hpp"
 #include "sim/modules/module_file.hpp"
 #include "sim/modules/text.hpp"
@@ -150,12 +151,9 @@ private:
 void save_state(SimulatedBoard &board, const std::string &folder)
 {
     const std::string file = file_in(folder);
-    const std::string fresh = file + ".new";
-    std::ofstream out(fresh, std::ios::trunc);
-    out << state_text(board);
-    out.close();
-    if (!out || std::rename(fresh.c_str(), file.c_str()) != 0)
-        throw std::runtime_error(file + ": " + std::strerror(errno));
+    // Not synced: it is written several times a second, and the buses wait.
+    if (const int error = base::write_whole_file(file, state_text(board), base::Sync::no); error != 0)
+        throw std::runtime_error(file + ": " + std::strerror(error));
 }
 
 bool load_state(SimulatedBoard &board, const std::string &folder)
@@ -164,6 +162,12 @@ bool load_state(SimulatedBoard &board, const std::string &folder)
     std::filesystem::create_directories(folder, error);
     if (error)
         throw std::runtime_error(folder + ": " + error.message());
+    // what a board that was killed while it wrote has left
+    const std::string unfinished = std::filesystem::path(file_in(folder)).filename().string() + ".";
+    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
+        if (entry.path().filename().string().starts_with(unfinished))
+            std::filesystem::remove(entry.path(), error);
+    }
     return StateReader(board, file_in(folder)).read();
 }
 
