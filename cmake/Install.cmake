@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 #
 # What `cmake --install BUILD --component NAME` puts where.  The components:
-#   daemon       diagd
+#   daemon       diagd, and what keeps its log small, for /etc/logrotate.d
 #   platform     the platform libraries, the models of their database, the MIB of their traps
 #   runtime      the libraries of others that both run on, as tools/deps/setup made them: libfrr with our additions,
 #                sysrepo and libyang 1 with their tools
@@ -44,6 +44,7 @@ endfunction()
 
 diagd_install(daemon ${CMAKE_INSTALL_SBINDIR} diagd)
 diagd_manual(daemon diagd.8)
+install(FILES packaging/logrotate/diagd DESTINATION ${data_dir}/logrotate.d COMPONENT daemon)
 diagd_install(shell ${CMAKE_INSTALL_BINDIR} diagsh)
 install(PROGRAMS ${CMAKE_SOURCE_DIR}/shell/board-thresholds DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT shell)
 diagd_manual(shell diagsh.1)

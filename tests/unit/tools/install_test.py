@@ -16,7 +16,7 @@ PROJECT = Path(__file__).resolve().parents[3]
 BUILD = Path(sys.argv.pop(1)).resolve()
 VERSION = (PROJECT / "VERSION").read_text().strip()
 EXPECTED = {
-    "daemon": ["sbin/diagd", "share/man/man8/diagd.8"],
+    "daemon": ["sbin/diagd", "share/diagd/logrotate.d/diagd", "share/man/man8/diagd.8"],
     "platform": [
         "lib/diagd/libtqapi.so",
         "lib/diagd/libtqdatabase.so",
