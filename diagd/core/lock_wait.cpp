@@ -39,7 +39,9 @@ constexpr std::size_t most_waiting = 128;
 
 // A handler's place in the queue for a semaphore, which a thread of its own keeps.
 struct Place {
-    int semaphore;
+    explicit Place(int id) noexcept : semaphore(id) {}
+
+    const int semaphore;
     std::atomic<bool> is_reached = false;
 };
 

@@ -25,13 +25,6 @@ LoopStack *entered = nullptr; // the one that runs
 
 } // namespace
 
-LoopStack::LoopStack() noexcept
-{
-#ifdef __SANITIZE_THREAD__
-    sanitizer_state_ = __tsan_get_current_fiber();
-#endif
-}
-
 LoopStack::~LoopStack()
 {
     if (memory_ == nullptr)
@@ -82,6 +75,7 @@ void LoopStack::switch_to(LoopStack &next) noexcept
     __sanitizer_start_switch_fiber(&sanitizer_state_, next.bottom_, next.size_);
 #endif
 #ifdef __SANITIZE_THREAD__
+    sanitizer_state_ = __tsan_get_current_fiber();
     __tsan_switch_to_fiber(next.sanitizer_state_, 0);
 #endif
     swapcontext(&context_, &next.context_);

@@ -11,7 +11,7 @@ namespace diagd {
 class LoopStack {
 public:
     // That of the main thread, as it is.
-    LoopStack() noexcept;
+    LoopStack() noexcept = default;
     ~LoopStack();
     LoopStack(const LoopStack &) = delete;
     LoopStack &operator=(const LoopStack &) = delete;
@@ -29,7 +29,7 @@ private:
     void *memory_ = nullptr; // with a page at its lower end that nobody may touch
     void (*body_)() noexcept = nullptr;
     // What sanitizers want to know.
-    void *sanitizer_state_ = nullptr;
+    void *sanitizer_state_ = nullptr; // of a stack that is left
     const void *bottom_ = nullptr;
     std::size_t size_ = 0;
 };

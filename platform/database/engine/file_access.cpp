@@ -123,6 +123,15 @@ struct Replacement {
     std::uintptr_t function;
 };
 
+// An address as the loader keeps it: a number.
+template <class Object>
+Object *at(ElfW(Addr) address)
+{
+    Object *object;
+    std::memcpy(&object, &address, sizeof address);
+    return object;
+}
+
 // The tables of a loaded library.  Its addresses are absolute once it is loaded.
 struct Tables {
     const ElfW(Sym) *symbols = nullptr;
@@ -138,13 +147,13 @@ Tables tables_of(const link_map &library)
         const auto address = entry->d_un.d_ptr;
         switch (entry->d_tag) {
         case DT_SYMTAB:
-            tables.symbols = reinterpret_cast<const ElfW(Sym) *>(address);
+            tables.symbols = at<const ElfW(Sym)>(address);
             break;
         case DT_STRTAB:
-            tables.names = reinterpret_cast<const char *>(address);
+            tables.names = at<const char>(address);
             break;
         case DT_JMPREL:
-            tables.calls = reinterpret_cast<const ElfW(Rela) *>(address);
+            tables.calls = at<const ElfW(Rela)>(address);
             break;
         case DT_PLTRELSZ:
             tables.call_count = entry->d_un.d_val / sizeof(ElfW(Rela));
@@ -157,13 +166,12 @@ Tables tables_of(const link_map &library)
 }
 
 // A library that was bound when it was loaded has its table write-protected.
-bool write_entry(std::uintptr_t *entry, std::uintptr_t function)
+bool write_entry(ElfW(Addr) entry, std::uintptr_t function)
 {
-    const auto page_size = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-    auto *const page = reinterpret_cast<void *>(reinterpret_cast<std::uintptr_t>(entry) & ~(page_size - 1));
-    if (::mprotect(page, page_size, PROT_READ | PROT_WRITE) != 0)
+    const auto page_size = static_cast<ElfW(Addr)>(::sysconf(_SC_PAGESIZE));
+    if (::mprotect(at<void>(entry & ~(page_size - 1)), page_size, PROT_READ | PROT_WRITE) != 0)
         return false;
-    *entry = function;
+    *at<std::uintptr_t>(entry) = function;
     return true;
 }
 
@@ -177,8 +185,7 @@ bool replace_calls(const link_map &library, std::initializer_list<Replacement> r
         const ElfW(Rela) &call = tables.calls[i];
         const std::string_view name = tables.names + tables.symbols[ELF64_R_SYM(call.r_info)].st_name;
         for (const Replacement &one : replacements)
-            if (name == one.name &&
-                write_entry(reinterpret_cast<std::uintptr_t *>(library.l_addr + call.r_offset), one.function))
+            if (name == one.name && write_entry(library.l_addr + call.r_offset, one.function))
                 ++replaced;
     }
     return replaced == replacements.size();

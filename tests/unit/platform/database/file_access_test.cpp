@@ -11,6 +11,7 @@
 
 #include <sysrepo.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -115,12 +116,11 @@ TEST_F(FileAccess, a_stranger_neither_reads_writes_cuts_nor_locks_any_of_them)
     const std::vector<fs::path> files = database_files();
     ASSERT_FALSE(files.empty());
     EXPECT_TRUE(as_stranger([&] {
-        for (const fs::path &file : files)
-            if (open(file.c_str(), O_RDONLY | O_NONBLOCK) >= 0 ||
-                open(file.c_str(), O_WRONLY | O_NONBLOCK) >= 0 || truncate(file.c_str(), 0) == 0 ||
-                unlink(file.c_str()) == 0)
-                return false;
-        return true;
+        return std::ranges::none_of(files, [](const fs::path &file) {
+            return open(file.c_str(), O_RDONLY | O_NONBLOCK) >= 0 ||
+                   open(file.c_str(), O_WRONLY | O_NONBLOCK) >= 0 || truncate(file.c_str(), 0) == 0 ||
+                   unlink(file.c_str()) == 0;
+        });
     }));
     EXPECT_EQ(db_olt_alarm_log_set_alarm_level(3, &db, "alert", 16, 0), 0);
     EXPECT_EQ(db_apply_changes(db.conn), 0);
