@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 // The daemon's start order: its real main, with everything it calls recorded.
 #undef main
+#include "diagd/core/alarm_record.hpp"
 #include "diagd/core/lock_wait.hpp"
 #include "diagd/core/privileges.hpp"
 #include "diagd/core/state.hpp"
@@ -14,9 +15,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
+#include <sys/sem.h>
+#include <unistd.h>
 
 #include <cstdlib>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 int diagd_main(int argc, char **argv);
@@ -42,6 +47,7 @@ Recorder recorder;
 
 int debug_flag;
 int debug_function;
+std::promise<void> *waits_for_the_store; // told when a record begins to wait, which then goes on for ever
 struct thread_master *const loop = reinterpret_cast<struct thread_master *>(&recorder);
 
 } // namespace
@@ -126,9 +132,20 @@ int tq_alarm_log_init(void)
 }
 int cli_log(tq_database_t *, tq_alarm_req_t *, const char *, ...)
 {
+    if (waits_for_the_store != nullptr) {
+        waits_for_the_store->set_value();
+        for (;;)
+            pause();
+    }
     return recorder.note("cli_log");
 }
-int alarm_log_sem_id = -1;
+int alarm_log_sem_id = 77;
+int semtimedop(int id, struct sembuf *operations, size_t, const struct timespec *) noexcept
+{
+    if (id == alarm_log_sem_id && operations->sem_op == -1)
+        std::fputs("store kept\n", stderr);
+    return 0;
+}
 const char *tq_strerror(int)
 {
     return "no reason";
@@ -377,4 +394,17 @@ TEST(Signals, hangup_reads_the_configuration_file_again)
 TEST(SignalsDeathTest, termination_closes_the_database_and_ends_with_status_0)
 {
     EXPECT_EXIT(diagd_di.signals[3].handler(), testing::ExitedWithCode(0), "database closed");
+}
+
+TEST(SignalsDeathTest, a_record_that_still_waits_for_the_store_is_not_begun_any_more)
+{
+    EXPECT_EXIT(
+        {
+            std::promise<void> waiting;
+            waits_for_the_store = &waiting;
+            std::thread{[] { diagd::file_alarm(TQ_ALARM_FAN, diagd::AlarmState::on, "Open!"); }}.detach();
+            waiting.get_future().wait();
+            diagd_di.signals[3].handler();
+        },
+        testing::ExitedWithCode(0), "database closed\nstore kept");
 }
