@@ -191,6 +191,20 @@ TEST_F(Description, more_cages_than_channels_are_refused)
                 EndsWith("ge_cages.count: the multiplexer has only 10 channels"));
 }
 
+TEST_F(Description, as_many_cages_as_channels_are_fine)
+{
+    const auto board = board::load(
+        folder.write("board.json", replaced(default_text(), "\"channels\": 14", "\"channels\": 12")));
+    EXPECT_EQ(board.ge.first_channel + board.ge.count, board.multiplexer.channels);
+}
+
+TEST_F(Description, the_buttons_word_lies_within_its_registers)
+{
+    EXPECT_THAT(complaint(replaced(default_text(), "\"offset\": 8", "\"offset\": 4096")),
+                EndsWith("button.offset: 4096 is not in 0..4092"));
+    EXPECT_EQ(complaint(replaced(default_text(), "\"offset\": 8", "\"offset\": 4092")), "accepted");
+}
+
 TEST_F(Description, syntax_error_names_the_line)
 {
     EXPECT_THAT(complaint("{\n\"name\": \"x\",\n!\n}"), HasSubstr(": line 3: "));
