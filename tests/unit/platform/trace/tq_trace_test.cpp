@@ -202,6 +202,16 @@ TEST_F(Faults, a_line_that_stays_keeps_its_count_and_a_new_line_begins_anew)
     EXPECT_EQ(call("f"), -1);
 }
 
+TEST_F(Faults, a_line_that_comes_to_stand_twice_begins_anew_the_second_time)
+{
+    write_faults("f nth=2 ret=-1\n");
+    EXPECT_EQ(call("f"), 0);
+    write_faults("f nth=2 ret=-1\nf nth=2 ret=-1\n");
+    EXPECT_EQ(call("f"), -1) << "the first line's second call";
+    EXPECT_EQ(call("f"), -1) << "the second line's";
+    EXPECT_EQ(call("f"), 0);
+}
+
 TEST_F(Faults, a_pointer_function_returns_null)
 {
     write_faults("get ret=0 errno=71\n");
