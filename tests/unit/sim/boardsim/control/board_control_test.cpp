@@ -216,6 +216,18 @@ TEST_F(Verbs, made_module_can_be_plugged)
     EXPECT_THROW(sim::prepare_file_verb({"module", "make", file, "--color", "red"}), std::invalid_argument);
 }
 
+TEST_F(Verbs, a_module_made_without_calibration_has_no_diagnostics)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder.file("plain.json");
+    EXPECT_TRUE(
+        sim::prepare_file_verb({"module", "make", file, "--wavelength", "1310", "--cal", "none"}).empty());
+    board.ask({"plug", "ge", "1", file});
+    EXPECT_EQ(board.ask({"module", "get", "ge", "1", "0x50", "92", "1"}), "00");
+    EXPECT_THAT(board.refusal({"module", "get", "ge", "1", "0x51", "96", "2"}),
+                HasSubstr("does not answer there"));
+}
+
 TEST_F(Verbs, devices_of_the_buses_are_listed_read_and_written)
 {
     const std::string list = board.ask({"fru"});
