@@ -129,17 +129,6 @@ class Lint(unittest.TestCase):
         self.compile("base/broken.cpp")
         self.assertIn("error", self.lint("tidy", str(self.tree / "build"))["base/broken.cpp"])
 
-    def test_texts_that_clang_cannot_fold_are_skipped_and_other_faults_found(self):
-        text = '#include <string>\nconstexpr std::string text() { return std::string(40, \'x\'); }\n'
-        text += "static_assert(text().size() == 40);\nint main() {}\n"
-        self.write("base/folded.cpp", text)
-        self.write("base/faulty.hpp", FAULTY_HEADER)
-        self.write("base/both.cpp", '#include "base/faulty.hpp"\n' + text.replace("main() {}", "main() { return half_of(1) > 0; }"))
-        self.compile("base/folded.cpp", "base/both.cpp")
-        found = self.lint("tidy", str(self.tree / "build"))
-        self.assertEqual(found["base/folded.cpp"], "skipped")
-        self.assertIn(FAULT, found["base/both.cpp"])
-
     def test_what_the_time_does_not_suffice_for_is_skipped(self):
         self.compile("base/clean.cpp")
         found = self.lint("--seconds", "0", "tidy", str(self.tree / "build"))
