@@ -149,7 +149,7 @@ struct LineEditor::State {
     }
 
     // Text in the place of the line, which is drawn again below it.
-    void show_beside(const std::string &text)
+    void show_beside(const std::string &text) const
     {
         std::fputs("\r\x1b[K", stdout);
         std::fwrite(text.data(), 1, text.size(), stdout);
@@ -172,7 +172,7 @@ struct LineEditor::State {
     }
 
     // Below the line, however many rows it takes; it is drawn again after that.
-    unsigned char show_below(const std::string &text)
+    unsigned char show_below(const std::string &text) const
     {
         const LineInfo *line = el_line(edit.get());
         const std::size_t width = terminal_size().columns;
