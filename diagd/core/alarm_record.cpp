@@ -16,26 +16,35 @@ namespace diagd {
 
 namespace {
 
-std::mutex mutex;
-std::condition_variable changed;
-int in_the_making = 0;
-bool stopped = false;
+struct Records {
+    std::mutex mutex;
+    std::condition_variable changed;
+    int in_the_making = 0;
+    bool stopped = false;
+};
+
+// Never destroyed: a monitor may be at the end of a record while the process ends around it.
+Records &records()
+{
+    static Records &all = *new Records;
+    return all;
+}
 
 bool begin() noexcept
 {
-    const std::lock_guard lock{mutex};
-    if (!stopped)
-        ++in_the_making;
-    return !stopped;
+    const std::lock_guard lock{records().mutex};
+    if (!records().stopped)
+        ++records().in_the_making;
+    return !records().stopped;
 }
 
 void end() noexcept
 {
     {
-        const std::lock_guard lock{mutex};
-        --in_the_making;
+        const std::lock_guard lock{records().mutex};
+        --records().in_the_making;
     }
-    changed.notify_all();
+    records().changed.notify_all();
 }
 
 } // namespace
@@ -54,9 +63,9 @@ void file_alarm(tq_alarm_id alarm, AlarmState state, const char *message) noexce
 
 bool stop_filing_alarms(std::chrono::milliseconds limit) noexcept
 {
-    std::unique_lock lock{mutex};
-    stopped = true;
-    return changed.wait_for(lock, limit, [] { return in_the_making == 0; });
+    std::unique_lock lock{records().mutex};
+    records().stopped = true;
+    return records().changed.wait_for(lock, limit, [] { return records().in_the_making == 0; });
 }
 
 void keep_alarm_store(std::chrono::milliseconds limit) noexcept
