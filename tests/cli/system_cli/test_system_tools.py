@@ -81,7 +81,7 @@ def test_sockets_are_listed(olt):
 
 
 def test_semaphores_are_listed(olt):
-    assert re.search(r"^0x00102410 +\d+ +root +666 +1", olt.run("show ipcs")[0], re.MULTILINE)
+    assert re.search(r"^0x00102410 +\d+ +daemon +660 +1", olt.run("show ipcs")[0], re.MULTILINE)
 
 
 @pytest.fixture(scope="module")

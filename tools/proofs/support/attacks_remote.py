@@ -99,5 +99,29 @@ def connections_that_come_and_go_leave_nothing(olt):
     _goes_on(olt)
 
 
+def idle_connections_leave_room_for_operators(olt):
+    """However many connections stand idle before the password, the daemon takes a bounded number, and the box's own
+    users come in."""
+    before, log = olt.settled_fds(), len(olt.log())
+    peers = []
+    try:
+        for _ in range(IDLE):
+            try:
+                peers.append(connected(olt))
+            except OSError:
+                break
+        text, status = olt.run("show version")
+        assert status == SUCCESS and text
+        more = len(olt.fds()) - len(before)
+        assert more <= 64 + 2, f"{more} descriptors for {len(peers)} connections"
+        assert len(olt.log()) - log < 100 * IDLE, olt.log()[log:][:2000]
+    finally:
+        for peer in peers:
+            peer.close()
+    wait_until(lambda: len(olt.fds()) <= len(before) + 1, "all connections are closed")
+    _goes_on(olt)
+
+
 RUNNING = [nothing_listens_but_the_terminal_port, no_command_runs_without_the_password, the_password_is_not_echoed,
-           bytes_before_the_password_do_no_harm, connections_that_come_and_go_leave_nothing]
+           bytes_before_the_password_do_no_harm, connections_that_come_and_go_leave_nothing,
+           idle_connections_leave_room_for_operators]
