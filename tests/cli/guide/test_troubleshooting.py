@@ -208,12 +208,12 @@ def test_a_board_that_cannot_begin_ends_the_start_with_the_reason(make_olt):
 
 
 @tries("box: ... is in use by another box",
-       "olt: up, board, files, daemon, zebra, answers, thresholds or sysrepocfg",
+       "olt: up, board, files, daemon, zebra, answers, logs, thresholds or sysrepocfg",
        "olt: the ...board has ended; see diagd.log and console.log in the log folder")
 def test_what_a_box_refuses_beside_one_that_runs_is_said(make_olt):
     olt = make_olt()
     assert output(BOX, "--state", olt.state, "--", "true").endswith(" is in use by another box\n")
-    assert olt.exec(OLT, "nonsense").stderr == "olt: up, board, files, daemon, zebra, answers, thresholds or sysrepocfg\n"
+    assert olt.exec(OLT, "nonsense").stderr == "olt: up, board, files, daemon, zebra, answers, logs, thresholds or sysrepocfg\n"
     # The second board of a folder ends at once.
     assert olt.exec(OLT, "board").stderr == "olt: the board has ended; see diagd.log and console.log in the log folder\n"
 
