@@ -305,7 +305,10 @@ class Olt:
 
     def wait_no_more_fds(self, before):
         """Until the daemon has no more descriptors than `before`; a monitor may have one for a moment."""
-        wait_until(lambda: len(self.fds()) <= len(before), "the daemon has no more descriptors than before")
+        try:
+            wait_until(lambda: len(self.fds()) <= len(before), "the daemon has no more descriptors than before")
+        except AssertionError as error:
+            raise AssertionError(f"{error}: before {before}, now {self.fds()}") from None
 
     def threads(self):
         """Names of the daemon's threads; the main thread's is "diagd"."""
