@@ -155,11 +155,13 @@ def test_signals_are_the_event_loops_alone(fresh_olt):
     blocked = {}
     for task in Path(f"/proc/{fresh_olt.pid}/task").iterdir():
         status = dict(line.split(":\t", 1) for line in (task / "status").read_text().splitlines())
-        blocked[status["Name"]] = int(status["SigBlk"], 16)
+        # A sanitizer has a thread of its own, which bears the program's name as the main thread does.
+        is_main = task.name == str(fresh_olt.pid)
+        blocked["main" if is_main else status["Name"]] = int(status["SigBlk"], 16)
     for number in (signal.SIGHUP, signal.SIGUSR1, signal.SIGINT, signal.SIGTERM):
         bit = 1 << (number - 1)
         assert [name for name in MONITORS if not blocked[name] & bit] == []
-        assert not blocked["diagd"] & bit
+        assert not blocked["main"] & bit
 
 
 END = pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT], ids=["terminate", "interrupt"])
