@@ -235,12 +235,13 @@ TEST_F(StoreAccess, a_fault_of_other_memory_ends_the_process_as_it_does_without_
 {
     Process careless([] {
         if (tq_alarm_log_init() != 0)
-            return false;
+            return true;
         const int fd = memfd_create("other", 0);
         static_cast<void>(ftruncate(fd, 4096) == 0);
         auto *const other = static_cast<volatile char *>(mmap(nullptr, 4096, PROT_READ, MAP_SHARED, fd, 0));
         static_cast<void>(ftruncate(fd, 0) == 0);
-        return other[0] == 0;
+        static_cast<void>(other[0]);
+        return true; // whoever comes so far has survived
     });
-    EXPECT_EQ(careless.wait(), -1) << "killed";
+    EXPECT_NE(careless.wait(), 0) << "killed, or ended by a sanitizer that tells of it";
 }
