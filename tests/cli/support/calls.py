@@ -68,7 +68,7 @@ def traced_operations():
     """Names of all calls that can be in a trace: what the platform's libraries export, and what the shim records."""
     libraries = sorted((BUILD / "lib").glob("lib*.so"))
     exports = subprocess.run(["nm", "-D", "--defined-only", *libraries], capture_output=True, text=True, check=True)
-    shim = (PROJECT / "tests" / "shim" / "calls.cpp").read_text()
+    shim = "".join(source.read_text() for source in (PROJECT / "tests" / "shim").glob("calls_*.cpp"))
     return {*re.findall(r"^[0-9a-f]+ T (\w+)$", exports.stdout, re.M), *re.findall(r'recorded<\w+>\(\s*"(\w+)"', shim)}
 
 
