@@ -3,16 +3,28 @@
 database."""
 import itertools
 import os
+import re
 import threading
 
 import pytest
 from alarm_fixtures import SANITIZED
 from olt import wait_until
+from project import PROJECT
 from semaphore_holder import alarms_held, board_held
 from stranger import stranger
 
 STORE = "/dev/shm/tq_alarm_log"
 MEMBER = ("setpriv", "--reuid", "nobody", "--regid", "daemon", "--clear-groups", "--")
+
+
+def test_the_box_and_the_programs_mean_the_same_group():
+    """Scripts cannot include a header: what they say must not drift away from it."""
+    header = (PROJECT / "base" / "box_identity.hpp").read_text()
+    user, group = (re.search(rf'{name}\[\] = "(\w+)"', header)[1] for name in ("daemon_user", "box_group"))
+    power_on, box = ((PROJECT / "sim" / name).read_text() for name in ("olt", "box"))
+    assert re.findall(r"^(user|group)=(.*)$", power_on, re.MULTILINE) == [("user", user), ("group", group)]
+    assert set(re.findall(r"install .*?-g (\w+)", box)) == {group}
+    assert f"which is the group of the vty socket: **{group}**" in (PROJECT / "docs" / "board.md").read_text()
 
 
 def send(olt, message):
