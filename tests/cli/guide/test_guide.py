@@ -53,7 +53,7 @@ class Reader:
         else:
             as_written()
         if not matches(shown, step.expected):
-            assert shown == step.expected, step
+            assert shown == step.expected, f"{step} showed\n" + "\n".join(shown)
 
 
 @pytest.mark.parametrize("page", [name for name in PAGES if name not in OTHERS])
