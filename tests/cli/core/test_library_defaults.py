@@ -21,3 +21,13 @@ def test_without_a_host_name_the_prompt_shows_that_of_the_system(olt):
         session.run("no hostname")
         assert session.prompt == f"{system}(config)# "
     assert olt.run("hostname olt") == ("", SUCCESS)
+
+
+def test_alarms_of_high_levels_leave_the_crash_log_alone(fresh_olt):
+    """Nobody empties it, and it is in the way of every later alarm that is logged."""
+    assert fresh_olt.run("alarm-log alarm power1-updown level emerg") == ("", SUCCESS)
+    before = fresh_olt.settled_fds()
+    assert fresh_olt.run("alarm-log debug send id 77 message heard") == ("", SUCCESS)
+    fresh_olt.wait_log("(emerg): heard")
+    fresh_olt.wait_no_more_fds(before)
+    assert fresh_olt.exec("find", "/var/tmp/frr", "-name", "crashlog").stdout == ""
