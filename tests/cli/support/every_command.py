@@ -80,7 +80,6 @@ NOT_SANITIZED = [
 # Lines after which a descriptor stays open on purpose: pattern, what it leads to, why.
 LEAVES_OPEN = [
     (r"pon reset|system gpio reset", "/dev/tq_gpio_cfg", "the reset line is held until the board goes down"),
-    (r"logmsg emergencies .*", "/var/tmp/frr/diagd/crashlog", "what is logged in an emergency goes to the crash log, too"),
 ]
 
 
