@@ -43,9 +43,10 @@ public:
     {
         if (m_is_expression)
             return ::regexec(&m_expression, text.c_str(), 0, nullptr, 0) == 0;
-        return !std::ranges::search(text, m_text, [](unsigned char a, unsigned char b) {
-                    return std::tolower(a) == std::tolower(b);
-                }).empty();
+        const auto is_same = [](unsigned char a, unsigned char b) {
+            return std::tolower(a) == std::tolower(b);
+        };
+        return std::search(text.begin(), text.end(), m_text.begin(), m_text.end(), is_same) != text.end();
     }
 
 private:

@@ -26,7 +26,7 @@ bool blank_at(std::string_view line, std::size_t column)
 
 bool is_blank(const std::string &line)
 {
-    return line.find_first_not_of(" ") == std::string::npos;
+    return line.find_first_not_of(' ') == std::string::npos;
 }
 
 std::string without_trailing_blanks(std::string_view line)

@@ -53,7 +53,8 @@ TEST(Fd, moves_without_closing_and_leaves_nothing_behind)
     const int number = opened();
     base::Fd first(number);
     const base::Fd second(std::move(first));
-    EXPECT_EQ(first.get(), -1); // NOLINT(bugprone-use-after-move): the state left is what is looked at
+    // The state left is what is looked at.
+    EXPECT_EQ(first.get(), -1); // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     EXPECT_EQ(second.get(), number);
     EXPECT_TRUE(is_open(number));
 }
