@@ -10,7 +10,7 @@ import statistics
 import time
 from pathlib import Path
 
-from olt import NO_QUARANTINE
+from olt import NO_QUARANTINE, wait_until
 from vty import SUCCESS
 
 TARGETS = ["diagd", "diagsh", "boardsim", "boardctl", "gpio_sim"]
@@ -62,28 +62,47 @@ def fill(session, bystander, piece):
     return sent
 
 
-def silent_sessions(olt, how, report):
-    rounds = 500 if how.short else 5000
-    with contextlib.ExitStack() as stack, olt.vty("diagnose") as other:
+def open_silent(stack, olt):
+    """Sessions that nothing is read from, half of them on the socket, half over TCP."""
+    sessions = [stack.enter_context(olt.vty("diagnose")) for _ in range(SILENT // 2)]
+    for _ in range(SILENT - SILENT // 2):
+        session = stack.enter_context(olt.telnet())
+        for line in ("enable", "diagnose"):
+            session.run(line)
+        sessions.append(session)
+    return sessions
+
+
+def stands_still(olt):
+    """Whether the daemon has nothing to do for any session."""
+    before = cpu_s(olt.pid)
+    time.sleep(0.3)
+    return cpu_s(olt.pid) - before < 0.001
+
+
+def silent_sessions(olt, idle_olt, how, report):
+    rounds = 5 if how.short else 50
+    with contextlib.ExitStack() as stack, olt.vty("diagnose") as other, idle_olt.vty("diagnose") as undisturbed:
         answer_bytes = len(other.run("list")[0])
-        sessions = [stack.enter_context(olt.vty("diagnose")) for _ in range(SILENT // 2)]
-        for _ in range(SILENT - SILENT // 2):
-            session = stack.enter_context(olt.telnet())
-            for line in ("enable", "diagnose"):
-                session.run(line)
-            sessions.append(session)
-        before, idle = memory_mb(olt.pid), answer_ms(other, rounds)
+        sessions = open_silent(stack, olt)
+        open_silent(stack, idle_olt)
+        before = memory_mb(olt.pid)
         taken = [fill(session, other, b"list\0" * 1000 if number < SILENT // 2 else b"list\r" * 1000)
                  for number, session in enumerate(sessions)]
-        growth, blocked = memory_mb(olt.pid) - before, answer_ms(other, rounds)
+        wait_until(lambda: stands_still(olt), "every silent session waits")
+        growth = memory_mb(olt.pid) - before
+        idle, blocked = [], []
+        for _ in range(rounds):  # in turn: whatever else the machine does, it does to both
+            idle += answer_ms(undisturbed, 100)
+            blocked += answer_ms(other, 100)
         bound = SILENT_MB + SILENT * answer_bytes / 1e6
         report.figure("sessions that send and do not read", f"{SILENT}, each until it had to wait", "all wait", max(taken) <= 1 << 24)
         report.figure("memory that these take beyond that of idle ones", f"{growth:.1f} MB",
                       f"at most {bound:.1f} MB, one command's output each included", growth <= bound)
         # A short run on a machine that does other things as well shows the time, and judges it not.
         within = how.short or p99(blocked) <= 2 * p99(idle)
-        report.figure("others' answers meanwhile, 99 of 100", f"{p99(blocked):.2f} ms, idle {p99(idle):.2f} ms",
-                      "at most twice those of an idle daemon", within)
+        report.figure("others' answers meanwhile, 99 of 100", f"{p99(blocked):.2f} ms; beside idle sessions {p99(idle):.2f} ms",
+                      "at most twice those beside idle sessions", within)
 
 
 def open_sessions(olt, how, report):
@@ -155,7 +174,7 @@ def start(how):
 def run(how, report):
     soft, hard = resource.getrlimit(resource.RLIMIT_NOFILE)
     resource.setrlimit(resource.RLIMIT_NOFILE, (min(hard, 16384), hard))
-    silent_sessions(start(how), how, report)
+    silent_sessions(start(how), start(how), how, report)
     open_sessions(start(how), how, report)
     idle_connections(start(how), how, report)
     expressions(start(how), report)
