@@ -23,11 +23,16 @@ namespace {
 // What a daemon that crashed had to say stays until somebody has read it.
 constexpr const char *crash_log = "crashlog";
 
-// What mkstemp puts in the place of XXXXXX.
-bool is_random(std::string_view suffix)
+// What libfrr puts behind the configuration's name: what mkstemps makes of XXXXXX.tmp, and the backup's.
+bool is_unfinished(std::string_view suffix)
 {
-    return suffix.size() == 6 &&
-           std::all_of(suffix.begin(), suffix.end(), [](unsigned char c) { return std::isalnum(c) != 0; });
+    constexpr std::string_view end = ".tmp";
+    if (!suffix.ends_with(end))
+        return false;
+    suffix.remove_suffix(end.size());
+    return suffix == "sav" ||
+           (suffix.size() == 6 &&
+            std::all_of(suffix.begin(), suffix.end(), [](unsigned char c) { return std::isalnum(c) != 0; }));
 }
 
 bool is_ours(const fs::path &path, mode_t type)
@@ -35,14 +40,6 @@ bool is_ours(const fs::path &path, mode_t type)
     struct stat status {};
     return ::lstat(path.c_str(), &status) == 0 && (status.st_mode & S_IFMT) == type &&
            base::is_box_owner(status.st_uid);
-}
-
-// The daemon's user makes these with a mode of their own; nobody else has a reason to.
-bool is_unfinished(const fs::path &path)
-{
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-           status.st_uid == base::daemon_uid() && (status.st_mode & ACCESSPERMS) == (S_IRUSR | S_IWUSR);
 }
 
 // A number that has gone to another program since is as good as none.
@@ -71,8 +68,7 @@ void diagd::clear_unfinished_configuration(const std::string &file)
     const fs::path path(file);
     for_each_entry(path.parent_path(), path.filename().string() + ".",
                    [](const fs::path &entry, const std::string &suffix) {
-                       if (suffix == "sav.tmp" ? is_ours(entry, S_IFREG)
-                                               : is_random(suffix) && is_unfinished(entry))
+                       if (is_unfinished(suffix) && is_ours(entry, S_IFREG))
                            ::unlink(entry.c_str());
                    });
 }

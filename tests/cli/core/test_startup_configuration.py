@@ -2,14 +2,16 @@
 """`write` replaces the startup configuration as a whole or not at all, and says which."""
 import os
 import re
+import signal
 
 import pytest
+from olt import wait_until
 from vty import SUCCESS, WARNING
 
 FOLDER = "/etc/frr"
 FILE = f"{FOLDER}/diagd.conf"
 SAVED = (f"Configuration saved to {FILE}\n", SUCCESS)
-TEMPORARY = rf"{FILE}\.\w{{6}}"
+TEMPORARY = rf"{FILE}\.\w{{6}}\.tmp"
 
 
 @pytest.fixture(scope="module")
@@ -117,3 +119,23 @@ def test_a_backup_that_does_not_fit_is_not_taken_for_a_configuration(cold_olt):
     assert {path.name for path in folder.iterdir()} == {"diagd.conf.sav", "vty-password"}
     cold_olt.restart()
     assert (folder / "diagd.conf").read_text() == (folder / "diagd.conf.sav").read_text()
+
+
+def test_what_a_write_left_that_was_killed_goes_with_the_next_start(cold_olt):
+    folder = cold_olt.state / "conf"
+
+    def sizes():
+        return {path.name: path.stat().st_size for path in folder.iterdir()}
+
+    cold_olt.faults()
+    cold_olt.start(trace=True)
+    before = sizes()
+    cold_olt.faults("fsync nth=1 delay_ms=60000")
+    with cold_olt.vty() as session:
+        session.send("write file")
+        new = wait_until(lambda: [name for name, size in sizes().items() if name not in before and size], "a file is written")
+        assert cold_olt.kill() == -signal.SIGKILL
+    assert set(sizes()) == {*before, *new}
+    cold_olt.faults()
+    cold_olt.start()
+    assert sizes() == before

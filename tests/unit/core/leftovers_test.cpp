@@ -57,8 +57,8 @@ std::string number_of_nobody()
 
 TEST_F(Leftovers, configurations_that_were_being_written_go)
 {
-    put("diagd.conf.a8Xk2Q");
-    put("diagd.conf.zzzzzz");
+    put("diagd.conf.a8Xk2Q.tmp");
+    put("diagd.conf.zzzzzz.tmp", daemon_user, 0640);
     put("diagd.conf.sav.tmp", 0, 0640);
     diagd::clear_unfinished_configuration(folder_.file("diagd.conf"));
     EXPECT_THAT(names(), IsEmpty());
@@ -68,10 +68,11 @@ TEST_F(Leftovers, the_configuration_its_backup_and_what_an_operator_keeps_stay)
 {
     put("diagd.conf", daemon_user, 0640);
     put("diagd.conf.sav", daemon_user, 0640);
-    put("diagd.conf.backup", 0);                 // as long as a random ending, but root's
-    put("diagd.conf.before", daemon_user, 0640); // and not of that mode
+    put("diagd.conf.before"); // as long as a random ending
+    put("diagd.conf.before.old");
+    put("diagd.conf.new.tmp");
     put("diagd.conf.2026-11");
-    put("zebra.conf.a8Xk2Q");
+    put("zebra.conf.a8Xk2Q.tmp");
     put_folder("diagd.conf.folder");
     const auto before = names();
     diagd::clear_unfinished_configuration(folder_.file("diagd.conf"));
