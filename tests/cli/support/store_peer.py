@@ -4,12 +4,15 @@
     store_peer.py LIBRARIES describe ID...        description of each alarm, a line each
     store_peer.py LIBRARIES catalogue             the catalogue, a line of JSON each: name, description, level, type,
                                                   class, group, actions
-    store_peer.py LIBRARIES add ID COUNT PREFIX   files COUNT alarms "PREFIX-n"; prints n when it is filed
+    store_peer.py LIBRARIES add ID COUNT PREFIX [WIDTH]
+                                                  files COUNT alarms "PREFIX-n"; prints n, in as many columns, when it is filed
+    store_peer.py LIBRARIES add-apart ID COUNT PREFIX [WIDTH]
+                                                  the same by the catalogue's switches, without the database
     store_peer.py LIBRARIES delete-oldest         deletes oldest records until its input closes
     store_peer.py LIBRARIES hold                  takes the semaphore, prints "held", keeps it until its input closes
 
-LIBRARIES is the folder of the platform libraries.  Prints "ready" on a line of its own before add and
-delete-oldest begin.
+LIBRARIES is the folder of the platform libraries.  Prints "ready" on a line of its own before add,
+add-apart and delete-oldest begin.
 """
 import ctypes
 import itertools
@@ -63,19 +66,22 @@ class Platform:
                             "level": levels[level], "type": types[type_], "class": classes[class_], "group": group,
                             "actions": actions}))
 
-    def add(self, alarm_id: int, count: int, prefix: str) -> None:
+    def add(self, *how) -> None:
         if self.database_library.database_init(self.database) < 0:
             raise SystemExit("database_init failed")
+        self.file(self.database, *how)
+
+    def file(self, database, alarm_id: str, count: str, prefix: str, width: str = "0") -> None:
         self.open_store()
         say("ready")
         request = bytearray(32)
-        request[0:2] = alarm_id.to_bytes(2, sys.byteorder)
-        for n in range(count) if count else itertools.count():
+        request[0:2] = int(alarm_id).to_bytes(2, sys.byteorder)
+        for n in range(int(count)) if int(count) else itertools.count():
             buffer = (ctypes.c_char * 32).from_buffer(request)
-            result = self.api.cli_log(self.database, buffer, b"%s", os.fsencode(f"{prefix}-{n}"))
+            result = self.api.cli_log(database, buffer, b"%s", os.fsencode(f"{prefix}-{n}"))
             if result != 0:
                 raise SystemExit(f"cli_log returned {result}")
-            say(str(n))
+            say(str(n).rjust(int(width)))
 
     def delete_oldest(self) -> None:
         semaphore = self.open_store()
@@ -116,7 +122,9 @@ def main() -> None:
     elif verb == "catalogue":
         platform.catalogue()
     elif verb == "add":
-        platform.add(int(words[0]), int(words[1]), words[2])
+        platform.add(*words)
+    elif verb == "add-apart":
+        platform.file(None, *words)
     elif verb == "delete-oldest":
         platform.delete_oldest()
     elif verb == "hold":

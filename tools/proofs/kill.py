@@ -1,0 +1,257 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The daemon is killed at random moments, whatever is under way.
+
+Other processes file alarms all the time; sessions change all alarms at once, file alarms, write the startup configuration,
+save the alarm log to flash, or program the CPLD. Some kills meet a daemon that is just starting. The others go on and the
+next start answers; no record that was acknowledged is missing that the store has room for; the startup configuration and
+its backup are whole, of before or of after a `write`, with all or none of what was changed at once, and the start after
+does what they say; of the flash log at most the last line is cut, and the next save makes it whole; semaphores are free,
+and no file, descriptor or shared memory is left over."""
+import contextlib
+import itertools
+import random
+import re
+import signal
+import statistics
+import time
+
+import kill_work as work
+from jtag import put_in_tmp
+from kill_ledger import Ledger
+from kill_remains import descriptors, more, remains
+from olt import wait_until
+
+TARGETS = ["diagd", "diagsh", "boardsim", "boardctl", "gpio_sim"]
+WRITERS = 4
+SHORT_KILLS, LONG_KILLS = 10, 500
+UPGRADE_EVERY, START_EVERY = 10, 4  # of so many kills one meets it
+LONGEST_WORK_S, LONGEST_START_S, LONGEST_UPGRADE_S = 0.3, 0.5, 2.3
+GO_ON_S = 2.0  # until the other processes have
+UNHARMED_STARTS = 5
+TEMPERATURE = re.compile(r"^fan temperature (\d+)$", re.M)
+DATE = re.compile(r"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d")
+SETTINGS = "show alarm-log all configuration"
+
+
+def options(parser):
+    parser.add_argument("--kills", type=int, help=f"how many ({LONG_KILLS}, short form {SHORT_KILLS})")
+    parser.add_argument("--attached", action="store_true",
+                        help="the other processes use the database, too, and stay attached to it; without, the store alone")
+
+
+class Battle:
+    def __init__(self, how, report):
+        self.chance = random.Random(how.seed)
+        self.report = report
+        self.attached = how.attached
+        self.olt = how.boxes.make()
+        self.ledger = Ledger()
+        self.names = (f"w{number}" for number in itertools.count())
+        self.writers = []
+        self.start_s = []
+        self.go_on_s = []
+        self.kills = {"at work": 0, "starting": 0, "programming the CPLD": 0}
+        self.answered = {"bulk changes": 0, "records of sessions": 0, "writes": 0, "flash saves": 0}
+        self.cut = 0
+        self.temperature = work.TEMPERATURES[0]
+
+    # --- before the first kill
+
+    def prepare(self):
+        """Everything that is to be found again, as an unharmed daemon leaves it."""
+        olt = self.olt
+        olt.start()
+        assert olt.run("alarm-log flash level debug") == ("", 0)
+        self.settings = {}  # what a start makes of the alarms, by the text of the startup configuration
+        for line in work.BULK_CHANGES:
+            for each, answer in ((line, ("", 0)), (f"fan temperature {self.temperature}", ("", 0)), ("write file", work.SAVED)):
+                assert olt.run(each) == answer, each
+            olt.restart()
+            _, text = self.configuration("diagd.conf")
+            self.settings[text] = olt.run(SETTINGS)[0]
+        assert len(self.settings) == len(set(self.settings.values())) == 2, self.settings
+        put_in_tmp(olt, "kill.jed", b"CPLD image " * 100)
+        assert olt.run("save alarm-log flash") == ("", 0)
+
+        self.unharmed_s = []
+        for _ in range(UNHARMED_STARTS):
+            assert olt.stop() == 0
+            self.unharmed_s.append(self.timed_start())
+        self.send_writers()
+        self.go_on()
+        self.first_remains, self.first_descriptors = remains(olt), descriptors(self.olt)
+
+    def configuration(self, name):
+        """A configuration file: its temperature, None without one, and the rest of its text."""
+        text = DATE.sub("DATE", (self.olt.state / "conf" / name).read_text("latin-1"))
+        temperature = TEMPERATURE.search(text)
+        return temperature and int(temperature[1]), TEMPERATURE.sub("fan temperature N", text)
+
+    def send_writers(self):
+        self.writers = [work.Writer(self.others, self.olt, next(self.names), self.attached, self.ledger) for _ in range(WRITERS)]
+
+    def timed_start(self):
+        begin = time.monotonic()
+        self.olt.start()
+        return time.monotonic() - begin
+
+    # --- a kill
+
+    def let_work(self, seconds):
+        """The others file alarms meanwhile, sometimes more than the store holds."""
+        pause = self.chance.choice((0.002, 0.02))
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            for writer in self.writers:
+                writer.read()
+            time.sleep(pause)
+
+    def kill(self):
+        for writer in self.writers:
+            writer.read()  # so that it files the next
+        self.olt.kill(signal.SIGKILL)
+        for writer in self.writers:
+            writer.read()  # what comes from now on was filed without the daemon
+
+    def kill_at_work(self, number):
+        own = f"own{number}"
+        operators = [work.Operator(self.olt, lines, ledger=self.ledger) for lines in (
+            itertools.cycle(work.BULK_CHANGES), work.own_records(own), work.written_configurations(self.temperature), itertools.repeat("save alarm-log flash"))]
+        at_work = self.chance.sample(operators, self.chance.randint(1, len(operators)))
+        for operator in at_work:
+            operator.start()
+        self.let_work(self.chance.uniform(0.01, LONGEST_WORK_S))
+        self.kill()
+        for operator in at_work:
+            operator.join()
+            for line, answer in operator.refused[:1]:
+                self.report.finding(f"{line} gave {answer}")
+        bulk, records, writes, saves = operators
+        self.ledger.acknowledge(own, len(records.done) - 1, records.since)
+        self.possible = work.possible_temperatures(writes, self.temperature)
+        done = {"bulk changes": bulk, "records of sessions": records, "flash saves": saves}
+        self.answered.update({what: self.answered[what] + len(operator.done) for what, operator in done.items()})
+        self.answered["writes"] += writes.done.count("write file")
+        self.kills["at work"] += 1
+
+    def kill_at_upgrade(self):
+        put_in_tmp(self.olt, "kill.jed", b"CPLD image " * 100)
+        operator = work.Operator(self.olt, ["cpld upgrade usb kill.jed"], "diagnose")
+        operator.start()
+        self.let_work(self.chance.uniform(0.1, LONGEST_UPGRADE_S))
+        self.kill()
+        operator.join()
+        self.kills["programming the CPLD"] += operator.under_way is not None
+        self.kills["at work"] += operator.under_way is None
+
+    def kill_at_start(self):
+        self.kill()
+        self.olt.start(wait=False)
+        with contextlib.suppress(AssertionError):  # no process yet
+            wait_until(self.olt.daemon_pid, "a daemon", 1)
+        self.let_work(self.chance.uniform(0, LONGEST_START_S))
+        if self.olt.daemon.poll() is None:
+            self.kill()
+        else:
+            self.report.finding(f"a start ended by itself with {self.olt.wait_end()}: {self.olt.stderr()[-200:]}")
+        self.kills["starting"] += 1
+
+    # --- and after it
+
+    def go_on(self):
+        """Until each of the others has filed another alarm."""
+        begin, waiting = time.monotonic(), self.writers
+        while waiting and time.monotonic() < begin + GO_ON_S:
+            waiting = [writer for writer in waiting if not writer.read()]
+            time.sleep(0.002)
+        self.go_on_s.append(time.monotonic() - begin)
+        for writer in waiting:
+            self.report.finding(f"{writer.name} does not go on within {GO_ON_S} s, running: {writer.running()}")
+
+    def start(self):
+        """The next start.  One that fails is tried again once nobody else is there, so that the rest is proved."""
+        try:
+            self.start_s.append(self.timed_start())
+        except AssertionError as error:
+            self.report.finding(f"no start after a kill: {str(error)[:300]}")
+            if self.olt.daemon and self.olt.daemon.poll() is None:
+                self.olt.kill(signal.SIGKILL)
+            self.olt.daemon = self.olt.pid = None
+            self.others.close()
+            self.olt.start()
+            self.send_writers()
+
+    def check(self):
+        report, olt = self.report, self.olt
+        listing, status = olt.run("show alarm-log")
+        report.check(status == 0, f"the listing gives {status}: {listing[-200:]}")
+        for text in self.ledger.judge(listing):
+            report.finding(text)
+        temperature, text = self.configuration("diagd.conf")
+        report.check(temperature in self.possible, f"the startup configuration has {temperature}, not one of {self.possible}")
+        if report.check(text in self.settings, f"the startup configuration is not whole: {text!r}"):
+            settings = olt.run(SETTINGS)[0]
+            report.check(settings == self.settings[text], f"a start made this of {text!r}: {settings}")
+        _, text = self.configuration("diagd.conf.sav")
+        report.check(text in self.settings, f"the backup is not whole: {text!r}")
+        self.temperature = temperature
+        self.possible = {temperature}
+        self.check_flash()
+        for name in ("board", "alarm"):
+            olt.wait_free(name)
+        for name, before, after in more(self.first_remains, remains(olt)):
+            report.finding(f"left behind: {name}, {after} instead of {before}")
+        for name, before, after in more(self.first_descriptors, descriptors(olt)):
+            report.finding(f"descriptors of {name}: {after} instead of {before}")
+
+    def check_flash(self):
+        path = self.olt.state / "flash" / "config" / "var" / "alarm_log.log"
+        cut, count = work.cut_lines(path.read_text("latin-1"))
+        self.cut += bool(cut)
+        self.report.check(cut in ([], [count - 1]), f"of {count} lines of the flash log these are cut: {cut[:5]}")
+        answer = self.olt.run("save alarm-log flash")
+        cut, count = work.cut_lines(path.read_text("latin-1"))
+        self.report.check(answer == ("", 0) and not cut and count, f"saving gives {answer}, {count} lines, cut: {cut[:5]}")
+
+    def fight(self, kills):
+        with contextlib.ExitStack() as self.others:
+            self.prepare()
+            self.possible = {self.temperature}
+            said_s = 0
+            for number in range(kills):
+                if self.report.spent_s() > said_s:
+                    self.report.say(f"{number} of {kills} kills, {len(self.report.findings)} findings")
+                    said_s = self.report.spent_s() + 30
+                if number % UPGRADE_EVERY == UPGRADE_EVERY - 1:
+                    self.kill_at_upgrade()
+                elif number % START_EVERY == START_EVERY - 1:
+                    self.kill_at_start()
+                else:
+                    self.kill_at_work(number)
+                self.go_on()
+                self.start()
+                self.check()
+
+
+def seconds(measured):
+    return f"{statistics.median(measured):.2f} s, {max(measured):.2f} s"
+
+
+def run(how, report):
+    kills = how.kills or (SHORT_KILLS if how.short else LONG_KILLS)
+    battle = Battle(how, report)
+    battle.fight(kills)
+    for what, count in battle.kills.items():
+        report.figure(f"kills of daemons {what}", count)
+    for what, count in battle.answered.items():
+        report.figure(f"answered before a kill: {what}", count)
+    begun = (battle.olt.state / "board" / "jtag.log").read_text().count(" begins, ")
+    report.figure("runs of the programmer", begun)
+    report.figure("records acknowledged", battle.ledger.count)
+    report.figure("last record of a session or process that had to be listed, and was", battle.ledger.found)
+    report.figure("start of an unharmed daemon: median, worst", seconds(battle.unharmed_s))
+    if battle.start_s:
+        report.figure("start after a kill: median, worst", seconds(battle.start_s))
+    report.figure("until the other processes go on: median, worst", seconds(battle.go_on_s), f"at most {GO_ON_S:.0f} s")
+    report.figure("flash logs whose last line was cut", battle.cut, "made whole by the next save")
+    report.figure("kills that left something wrong", len(report.findings), "0", report.holds)
