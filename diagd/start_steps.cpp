@@ -39,6 +39,10 @@ int configuration_is_read(struct thread_master *) noexcept
 {
     if (reading->file_is_missing())
         diagd::goes_without("configuration", config_default);
+    if (reading->backup_is_used())
+        diagd::goes_without(
+            "newest configuration",
+            (std::string(config_default) + " could not be opened: its .sav is in its place").c_str());
     if (const unsigned lines = reading->refused_lines(); lines > 0)
         diagd::goes_without("lines of the configuration", (std::to_string(lines) + " refused").c_str());
     diagd::report_start(); // also on standard error when something is missing

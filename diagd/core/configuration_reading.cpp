@@ -15,11 +15,13 @@ namespace {
 // libfrr's words for a line that it could not execute: a reason, these, the number and the line.
 constexpr std::string_view refused_line = " on config line ";
 constexpr std::string_view missing_file = "can't open configuration file";
+constexpr std::string_view backup_taken = "using backup configuration file";
 
 // Other threads log at any time, and may be at the target when a reading ends: it stays for good.
 std::atomic<bool> reading;
 std::atomic<unsigned> refused;
 std::atomic<bool> missing;
+std::atomic<bool> backup;
 
 void write(struct zlog_target *target, struct zlog_msg *messages[], std::size_t count) noexcept
 {
@@ -34,6 +36,8 @@ void write(struct zlog_target *target, struct zlog_msg *messages[], std::size_t 
             ++refused;
         if (text.find(missing_file) != std::string_view::npos)
             missing = true;
+        if (text.find(backup_taken) != std::string_view::npos)
+            backup = true;
     }
 }
 
@@ -54,6 +58,7 @@ ConfigurationReading::ConfigurationReading() noexcept
     install_target();
     refused = 0;
     missing = false;
+    backup = false;
     reading = true;
 }
 
@@ -70,6 +75,11 @@ unsigned ConfigurationReading::refused_lines() const noexcept
 bool ConfigurationReading::file_is_missing() const noexcept
 {
     return missing;
+}
+
+bool ConfigurationReading::backup_is_used() const noexcept
+{
+    return backup;
 }
 
 } // namespace diagd

@@ -15,8 +15,11 @@ public:
 
     // Lines that were refused so far.
     [[nodiscard]] unsigned refused_lines() const noexcept;
-    // The file was not there, or could not be opened.
+    // Neither the file nor the backup beside it could be opened.
     [[nodiscard]] bool file_is_missing() const noexcept;
+    // The file could not be opened, and libfrr has put the backup in its place: what was saved the time
+    // before.
+    [[nodiscard]] bool backup_is_used() const noexcept;
 };
 
 } // namespace diagd

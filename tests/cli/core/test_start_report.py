@@ -64,6 +64,25 @@ def test_a_configuration_that_is_not_there_is_told(cold_olt):
     assert "can't open configuration file [/etc/frr/diagd.conf]" in cold_olt.stderr()
 
 
+@pytest.mark.parametrize("how", ["not readable", "not there"])
+def test_a_configuration_that_comes_from_the_backup_is_told(cold_olt, how):
+    conf = cold_olt.state / "conf" / "diagd.conf"
+    lines = ["hostname olt", f"password {PASSWORD}", "log file /var/log/diagd.log"]
+    write_configuration(cold_olt, *lines, "fan temperature 41")
+    conf.rename(f"{conf}.sav")
+    write_configuration(cold_olt, *lines, "fan temperature 42")
+    if how == "not readable":
+        conf.chmod(0)
+    else:
+        conf.unlink()
+    cold_olt.start()
+    assert "fan temperature 41" in cold_olt.run("show running-config fan")[0]
+    assert report(cold_olt.log()) == (
+        "newest configuration (/etc/frr/diagd.conf could not be opened: its .sav is in its place); "
+        "see diagd(8), Starting without")
+    assert "using backup configuration file!" in cold_olt.stderr()
+
+
 @pytest.fixture(scope="module")
 def words():
     """Everything that the daemon's sources say it goes without."""
