@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """board-thresholds: what it keeps is in force after every start, and no start files a record of nothing."""
 
+import signal
+
 import pytest
 from olt import OLT, wait_until
 
@@ -55,6 +57,35 @@ def test_all_four_are_in_force_after_restarts_without_a_false_record(fresh_olt, 
         assert in_force(fresh_olt) == expected_in_force()
         wait_looked_at(fresh_olt)
         assert not [line for line in records(fresh_olt) if " is above " in line or " is below " in line]
+
+
+def test_they_are_in_force_when_the_start_takes_the_backup(fresh_olt):
+    for name, (raised, cleared) in KEPT.items():
+        assert thresholds(fresh_olt, "set", name, raised, cleared).returncode == 0
+    for _ in range(2):  # the second puts their lines into the backup
+        assert fresh_olt.run("write", "enable")[1] == 0
+    assert fresh_olt.run("clear alarm-log")[1] == 0
+    fresh_olt.kill()
+    (fresh_olt.state / "conf" / "diagd.conf").chmod(0)
+    fresh_olt.start()
+    fresh_olt.wait_log("started without newest configuration")
+    assert in_force(fresh_olt) == expected_in_force()
+    wait_looked_at(fresh_olt)
+    assert not [line for line in records(fresh_olt) if " is above " in line or " is below " in line]
+
+
+def test_a_hangup_behind_restore_leaves_them_in_force_without_a_false_record(fresh_olt):
+    assert thresholds(fresh_olt, "set", "temp-high", "90", "80").returncode == 0
+    assert fresh_olt.run("write", "enable")[1] == 0
+    assert thresholds(fresh_olt, "restore").returncode == 0
+    with open(fresh_olt.state / "conf" / "diagd.conf", "a") as configuration:
+        configuration.write("fan temperature 43\n")
+    fresh_olt.send_signal(signal.SIGHUP)
+    wait_until(lambda: "43" in fresh_olt.run("show running-config fan")[0], "the file is read again")
+    assert in_force(fresh_olt) == ["alarm-log threshold temp-high enable 90 80"]
+    fresh_olt.boardctl("temp", "set", 950)  # a look after that
+    wait_until(lambda: any(" is above " in line for line in records(fresh_olt)), "the record")
+    assert not [line for line in records(fresh_olt) if "threshold 0.00" in line]
 
 
 def test_actions_that_somebody_chose_are_kept_over_a_start(fresh_olt):
