@@ -113,12 +113,17 @@ int explain_fans(const OltPaths &olt, const Words &words)
                   text("fanMode"),
                   text("fanSpeed"),
                   text("currentFanMode"),
-                  text("currentFanSpeed")};
+                  text("currentFanSpeed"),
+                  true};
     const std::string temperature = answer_of(session, "show temperature");
     const std::size_t number = temperature.find_first_of("-0123456789");
     if (fans.mode.empty() || number == std::string::npos)
         throw Failure(EX_PROTOCOL, "the daemon tells nothing of its fans");
     fans.temperature_c = std::strtod(temperature.c_str() + number, nullptr);
+    if (session.run("diagnose").status == 0)
+        for (const std::string &line : split_lines(answer_of(session, "show diag monitor")))
+            if (line.starts_with("FAN Monitor"))
+                fans.watched = line.find("Enable") != std::string::npos;
     write_out(fan_reason(fans));
     return EXIT_SUCCESS;
 }

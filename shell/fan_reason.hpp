@@ -13,6 +13,7 @@ struct FanState {
     std::string speed;    // asked for: auto, low, medium, high
     std::string now_mode; // what the fans were told last
     std::string now_speed;
+    bool watched = true; // the fan monitor is on
 };
 
 // Lines for a person: what the fans do, why, and what would change it.

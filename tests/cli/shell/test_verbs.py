@@ -120,6 +120,16 @@ def test_fans_tell_what_they_do_and_why(make_olt):
         "Their speed is high because that was asked for (fan speed high); fan speed auto ends that.")
 
 
+def test_fans_of_a_monitor_that_is_off_stand_still_for_that_reason(make_olt):
+    olt = make_olt().start()
+    wait_until(lambda: '"currentFanMode":"close"' in olt.run("show fan json")[0], "the monitor's first look")
+    assert olt.run("no fan monitor", "diagnose") == ("", 0)
+    olt.boardctl("temp", "set", 600)
+    first = diagsh(olt, "fans").stdout.splitlines()[0]
+    assert first == ("They stand still although the board has 60.0 degrees, they open at 35.0 degrees (fan temperature): "
+                     "the fan monitor is off (fan monitor in diagnose switches it on).")
+
+
 # --- the logic
 
 IMAGE = "/tmp/f.jed"
