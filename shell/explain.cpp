@@ -3,6 +3,7 @@
 #include "shell/verbs.hpp"
 
 #include "base/json.hpp"
+#include "shell/alarm_actions.hpp"
 #include "shell/failure.hpp"
 #include "shell/fan_reason.hpp"
 #include "shell/modes.hpp"
@@ -61,20 +62,6 @@ unsigned tell_sinks(std::istream &file)
         ++sinks;
     }
     return sinks;
-}
-
-// Names of the alarms whose action in this column of "show alarm-log configuration" is on.
-unsigned count_enabled(const std::string &table, const std::string &action)
-{
-    unsigned enabled = 0;
-    std::size_t column = std::string::npos;
-    for (const std::string &line : split_lines(table)) {
-        if (column == std::string::npos)
-            column = line.starts_with("id ") ? line.find(" " + action + " ") : column;
-        else if (line.size() > column + 1 && line.compare(column + 1, 6, "enable") == 0)
-            ++enabled;
-    }
-    return enabled;
 }
 
 } // namespace

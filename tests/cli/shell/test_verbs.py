@@ -5,10 +5,15 @@ import re
 import subprocess
 
 import pytest
-from olt import BUILD, wait_until
+from olt import BUILD, PROJECT, wait_until
 
 DIAGSH = str(BUILD / "bin" / "diagsh")
 USAGE = 64
+# Name and type of every alarm, of which the table of alarms has columns as wide as they may be.
+CATALOGUE = (PROJECT / "platform" / "include" / "tq_alarms.def").read_text()
+ALARM_TYPES = re.findall(r'^TQ_(?:ALARM|PON_THRESHOLD|BOARD_THRESHOLD)\(\d+, \w+, "([^"]+)", "[^"]+", (\w+)',
+                         CATALOGUE, re.M)
+PON_THRESHOLDS = re.findall(r'^TQ_PON_THRESHOLD\(\d+, \w+, "([^"]+)", "[^"]+", (\w+)', CATALOGUE, re.M)
 
 
 def diagsh(olt, *words):
@@ -103,6 +108,24 @@ def test_traps_tells_sinks_servers_and_how_many_alarms(make_olt):
     lines = diagsh(olt, "traps").stdout.splitlines()
     assert lines[:2] == ["traps go to 192.0.2.9", "traps go to [2001:db8::9]:162"]
     assert int(lines[-1].split()[0]) == traps + 1 and "hidden" not in "".join(lines)
+
+
+def test_traps_counts_alarms_of_every_type(fresh_olt):
+    def sent():
+        return int(diagsh(fresh_olt, "traps").stdout.splitlines()[-1].split()[0])
+
+    assert fresh_olt.run("alarm-log event config-save disable trap") == ("", 0)  # the one that is on from the beginning
+    assert sent() == 0
+    names = {kind: name for name, kind in ALARM_TYPES}
+    assert set(names) == {"environment", "equipment", "communication", "processing"}
+    for number, name in enumerate(names.values(), 1):
+        assert fresh_olt.run(f"alarm-log alarm {name} enable trap") == ("", 0)
+        assert sent() == number, name
+    for word in ("alarm", "event"):
+        assert fresh_olt.run(f"alarm-log {word} all enable trap") == ("", 0)
+    # Four of the board are not taken along, and of the two entries of one name it is the alarm that is meant.
+    left_out = {"temp-high", "temp-low", "cpu-usage-high", "mem-usage-high"} - set(names.values())
+    assert sent() == 106 - len(left_out) - 1
 
 
 # --- why the fans run
