@@ -3,20 +3,53 @@
 // records of nothing.  What is refused for one port is refused for all, so the first refusal ends it.
 #include "shell/verbs.hpp"
 
+#include "shell/enquiries.hpp"
 #include "shell/failure.hpp"
 #include "shell/modes.hpp"
 #include "shell/nodes.hpp"
 #include "shell/port_modules.hpp"
+#include "shell/syntax_words.hpp"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <string_view>
 
 namespace diagsh {
 
 namespace {
 
 constexpr std::size_t name_width = 12;
+
+// The names that "alarm-log threshold" has in a node, one behind the other; empty where it has `name`.
+std::string other_names(const std::vector<Command> &commands, std::string_view node, std::string_view name)
+{
+    std::string text;
+    for (const Command &command : commands) {
+        if (command.node != node || !command.syntax.starts_with("alarm-log threshold <"))
+            continue;
+        for (const SyntaxWord &word : words_of(command.syntax, {})) {
+            if (word.element != 2)
+                continue;
+            if (word.text == name)
+                return {};
+            if (text.find(word.text) == std::string::npos)
+                text.append(text.empty() ? "" : ", ").append(word.text);
+        }
+    }
+    return text;
+}
+
+void check_name(VtySession &session, const std::string &name)
+{
+    const std::vector<Command> commands = ask_commands(session);
+    if (const std::string others = other_names(commands, "gpon", name); !others.empty())
+        throw Failure(EX_USAGE,
+                      "no threshold of modules is named " + name + "; there are " + others +
+                          ".\nThose of the board (" + other_names(commands, "config", "") +
+                          ") are kept by board-thresholds; received power and Ethernet modules have none");
+}
 
 class PortThresholds {
 public:
@@ -83,12 +116,13 @@ int set_port_thresholds(const OltPaths &olt, const Words &words)
 {
     const bool off = words.size() >= 2 && words[1] == "off";
     const std::size_t taken = off ? 2 : 3;
-    if (words.size() < taken || !words[0].starts_with("pon-"))
+    if (words.size() < taken)
         throw Failure(EX_USAGE,
                       "threshold takes the name of a PON alarm, the values that raise and clear it, or off, "
                       "and ports");
     const Words ports(words.begin() + static_cast<std::ptrdiff_t>(taken), words.end());
     VtySession session(olt.vty_socket);
+    check_name(session, words[0]);
     if (const auto failed = enter_node(session, "config"))
         return report_failed(failed->command, failed->answer);
     const std::vector<PortModule> modules = parse_port_modules(session.run("show transceiver json").text);

@@ -74,8 +74,18 @@ def test_threshold_that_is_refused_is_a_failure(populated):
     assert (done.returncode, done.stdout) == (1, "")
     assert done.stderr == "Msg:argc set threshold can not be smaller than clean threshold error!\n"
     assert diagsh(populated, "threshold", "pon-vcc-high", "x", "4").stderr == "wrong threshold value.\n"
-    done = diagsh(populated, "threshold", "pon-nonsense", "3", "4")
-    assert done.returncode == 1 and "Unknown command" in done.stderr
+
+
+def test_threshold_of_an_unknown_name_is_told_which_names_there_are(populated):
+    thresholds = {name for name, kind in PON_THRESHOLDS}
+    assert len(thresholds) == 8
+    for name in ("pon-rxpower-low", "temp-high", "pon-nonsense"):
+        done = diagsh(populated, "threshold", name, "3", "2")
+        assert (done.returncode, done.stdout) == (USAGE, "")
+        said, beside = done.stderr.splitlines()
+        begin = f"diagsh: no threshold of modules is named {name}; there are "
+        assert said.startswith(begin) and set(said.removeprefix(begin).rstrip(".").split(", ")) == thresholds
+        assert "board-thresholds" in beside
 
 
 @pytest.mark.parametrize("words", [
