@@ -10,6 +10,7 @@
 #include <regex.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <functional>
 #include <set>
@@ -24,6 +25,30 @@ constexpr std::ptrdiff_t longest_list = 5;    // names that are read in passing
 constexpr std::size_t longest_list_text = 45; // characters
 constexpr std::size_t most_nodes = 4;         // that are named one by one
 constexpr std::size_t help_column = 24;       // at most
+
+// What people call things that the commands have another name for.
+struct OtherName {
+    std::string_view people_say;
+    std::string_view commands_say;
+};
+constexpr std::array other_names{
+    OtherName{"optic", "transceiver"},   OtherName{"optical", "transceiver"},
+    OtherName{"optics", "transceiver"},  OtherName{"module", "transceiver"},
+    OtherName{"modules", "transceiver"}, OtherName{"sfp", "transceiver"},
+    OtherName{"qsfp", "transceiver"},    OtherName{"light", "transceiver"},
+    OtherName{"laser", "transceiver"},   OtherName{"supply", "sys power"},
+    OtherName{"psu", "sys power"},       OtherName{"serial", "idprom"},
+    OtherName{"firmware", "logic"},      OtherName{"syslog", "remote server"},
+};
+
+std::string_view name_of_commands(std::string_view said)
+{
+    const auto same = [](unsigned char a, unsigned char b) { return std::tolower(a) == b; };
+    for (const OtherName &name : other_names)
+        if (std::ranges::equal(said, name.people_say, same))
+            return name.commands_say;
+    return {};
+}
 
 class Pattern {
 public:
@@ -162,6 +187,24 @@ std::vector<HelpRow> help_rows(const Command &command)
     return rows;
 }
 
+// A line for each.
+std::string rows_of(const std::vector<Found> &found)
+{
+    std::size_t width = 0;
+    for (const Found &one : found)
+        width = std::max(width, one.node_text().size());
+    std::string text;
+    for (const Found &one : found) {
+        std::string node = one.node_text();
+        node.append(width - node.size(), ' ');
+        text.append(node).append("  ").append(short_syntax(one.command->syntax));
+        if (const std::string help = help_in_short(*one.command); !help.empty())
+            text.append("  -- ").append(help);
+        text += '\n';
+    }
+    return text;
+}
+
 } // namespace
 
 std::string short_syntax(std::string_view syntax)
@@ -183,23 +226,23 @@ std::string short_syntax(std::string_view syntax)
 std::string find_commands(const std::vector<Command> &commands, const std::string &pattern)
 {
     const Pattern wanted(pattern);
-    const auto found = matching(commands, [&](const Command &command) {
+    const auto has = [&](const Command &command) {
         return wanted.is_in(command.syntax) ||
                std::ranges::any_of(command.help, [&](const std::string &help) { return wanted.is_in(help); });
+    };
+    std::string text = rows_of(matching(commands, has));
+    const std::string other(name_of_commands(pattern));
+    if (other.empty())
+        return text;
+    std::vector<Found> more = matching(commands, [&](const Command &command) {
+        return !has(command) && command.syntax.find(other) != std::string::npos;
     });
-    std::size_t width = 0;
-    for (const Found &one : found)
-        width = std::max(width, one.node_text().size());
-    std::string text;
-    for (const Found &one : found) {
-        std::string node = one.node_text();
-        node.append(width - node.size(), ' ');
-        text.append(node).append("  ").append(short_syntax(one.command->syntax));
-        if (const std::string help = help_in_short(*one.command); !help.empty())
-            text.append("  -- ").append(help);
-        text += '\n';
-    }
-    return text;
+    if (more.empty())
+        return text;
+    // First the display of the thing itself.
+    std::ranges::stable_partition(
+        more, [&](const Found &one) { return one.command->syntax.starts_with("show " + other); });
+    return text.append("% also by another name, ").append(other).append(":\n").append(rows_of(more));
 }
 
 std::string help_for(const std::vector<Command> &commands, std::string_view words, std::size_t width)

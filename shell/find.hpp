@@ -13,7 +13,8 @@ namespace diagsh {
 
 // The commands in whose syntax or help `pattern` is found, one a line: nodes, syntax with long lists of names
 // as <ALARM> and the like, help.  `pattern` is an extended regular expression, or plain text where it is
-// none; capitals and small letters are the same.
+// none; capitals and small letters are the same.  Where people have another word for a thing than the
+// commands, those that have the commands' word follow, behind a line that says so.
 std::string find_commands(const std::vector<Command> &commands, const std::string &pattern);
 
 // The commands that begin with these words, which may be shortened: for each its nodes, its syntax and the

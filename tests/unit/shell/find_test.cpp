@@ -54,6 +54,25 @@ TEST(Find, looks_into_syntax_and_help_whatever_the_case)
     EXPECT_EQ(find_commands(commands, "Json"), "config  show fan [json]  -- Fans of the box\n");
 }
 
+TEST(Find, leads_from_the_word_of_people_to_that_of_the_commands)
+{
+    const auto with_transceiver =
+        parse_commands("config\tshow transceiver [json]\n\tShow.\n\tTransceiver information.\n\tAs JSON\n"
+                       "config\tshow optical transceiver\n\tShow.\n\tOptical.\n\tTransceiver.\n"
+                       "enable\tshow modules\n\tShow.\n\tLoaded modules.\n");
+    EXPECT_EQ(find_commands(with_transceiver, "Module"),
+              "enable  show modules  -- Loaded modules.\n"
+              "% also by another name, transceiver:\n"
+              "config  show transceiver [json]  -- Transceiver information.\n"
+              "config  show optical transceiver  -- Transceiver.\n");
+    EXPECT_EQ(find_commands(with_transceiver, "optical"),
+              "config  show optical transceiver  -- Transceiver.\n"
+              "% also by another name, transceiver:\n"
+              "config  show transceiver [json]  -- Transceiver information.\n");
+    EXPECT_EQ(find_commands(with_transceiver, "transceiver").find('%'), std::string::npos);
+    EXPECT_EQ(find_commands(commands, "sfp"), "") << "none of these commands has the other word";
+}
+
 TEST(Find, names_long_lists_and_still_looks_into_them)
 {
     EXPECT_EQ(find_commands(commands, "d4"),
