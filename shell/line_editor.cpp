@@ -254,6 +254,8 @@ LineEditor::LineEditor(Terminal &terminal, LineHelp help)
     el_set(edit, EL_HIST, ::history, m_state->history.get());
     el_set(edit, EL_EDITOR, "emacs");
     el_set(edit, EL_SETTY, "-d", "-isig", nullptr);
+    // The library shows its prompt before it takes the terminal: keys that come in between are not echoed.
+    el_set(edit, EL_SETTY, "-x", "-echo", "-icanon", "-isig", nullptr);
     el_wset(edit, EL_GETCFN, State::next_key);
     el_set(edit, EL_ADDFN, "dg-help", "What can follow", State::show_help);
     el_set(edit, EL_ADDFN, "dg-complete", "Complete the word", State::complete);
