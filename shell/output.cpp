@@ -77,6 +77,7 @@ void Output::show_line(std::string_view line)
     if (m_stopped)
         return;
     m_used += rows;
+    m_broken += m_wide == Wide::as_is && rows > 1 ? 1 : 0;
     m_stopped = !write_all(STDOUT_FILENO, std::string(line) + "\n");
 }
 

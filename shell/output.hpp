@@ -30,6 +30,8 @@ public:
     void end();
     // The person wants no more of it: what still comes is dropped.
     void stop() { m_stopped = true; }
+    // A table was wider than the terminal, which broke its lines.
+    bool broke_table() const { return m_broken > 1; }
     // The person leaves the session.
     bool left() const { return m_left; }
 
@@ -44,6 +46,7 @@ private:
     std::string m_rest;               // a line not yet ended
     std::vector<std::string> m_block; // lines that are laid out together
     std::size_t m_used = 0;           // rows of this page
+    std::size_t m_broken = 0;         // lines that the terminal had to break
     bool m_stopped = false;
     bool m_left = false;
 };

@@ -18,6 +18,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace diagsh {
@@ -108,14 +109,14 @@ private:
         const SessionLine line = parse_session_line(text, m_wide);
         Output output(terminal, m_state.lines, line.wide);
         if (!line.pattern.empty()) {
-            const std::string found = find_commands(ask_commands(m_session), line.pattern);
-            output.add(found.empty() ? "% No command has that.\n" : found);
-            output.end();
+            show_found(output, find_commands(ask_commands(m_session), line.pattern));
             return !output.left();
         }
         const std::optional<int> status = execute(terminal, output, line.command);
         if (!status || output.left())
             return false;
+        if (output.broke_table())
+            hint_at_width(line.command);
         try {
             if (*status == status_unknown)
                 for (const std::string &part :
@@ -129,6 +130,28 @@ private:
             throw Failure(EX_UNAVAILABLE, "the daemon has ended");
         }
         return true;
+    }
+
+    static void show_found(Output &output, const std::string &found)
+    {
+        constexpr std::size_t indent = 4;
+        for (const std::string &command : split_lines(found))
+            for (const std::string &part : fold_line(command, terminal_size().columns, indent))
+                output.add(part + "\n");
+        if (found.empty())
+            output.add("% No command has that.\n");
+        output.end();
+    }
+
+    // Once in a session.
+    void hint_at_width(const std::string &command)
+    {
+        if (std::exchange(m_hinted, true) || ::isatty(STDOUT_FILENO) == 0)
+            return;
+        const std::string hint = "% Wider than this terminal: " + command +
+                                 " | fold shows it in parts, | scroll in a view; diagsh --wide folds always.";
+        for (const std::string &part : fold_line(hint, terminal_size().columns, 2))
+            write_all(STDOUT_FILENO, part + "\n");
     }
 
     // Runs it and shows what it says as it comes.  None when the person leaves meanwhile.
@@ -170,6 +193,7 @@ private:
     std::string m_node;
     SessionState m_state;
     base::Fd m_log; // of "terminal monitor"
+    bool m_hinted = false;
 };
 
 } // namespace
