@@ -102,10 +102,17 @@ private:
     std::size_t m_width = 0;
 };
 
-bool append_in_parts(std::vector<std::string> &to, const Table &table, std::size_t width)
+// Of a table that is shown in parts: its first column, unless that leaves too little for the others.
+std::optional<std::size_t> label_of(const Table &table, std::size_t width)
 {
     const std::optional<std::size_t> label = table.first_start();
-    if (!label || *label > width / 3)
+    return label && *label <= width / 3 ? label : std::nullopt;
+}
+
+bool append_in_parts(std::vector<std::string> &to, const Table &table, std::size_t width)
+{
+    const std::optional<std::size_t> label = label_of(table, width);
+    if (!label)
         return false;
     std::vector<std::pair<std::size_t, std::size_t>> parts;
     for (std::size_t first = 0; first < table.width();) {
@@ -188,6 +195,22 @@ std::vector<std::string> fold(const std::vector<std::string> &lines, std::size_t
         begin = end;
     }
     return folded;
+}
+
+std::vector<std::size_t> label_columns(const std::vector<std::string> &lines, std::size_t width)
+{
+    std::vector<std::size_t> labels(lines.size(), 0);
+    for (auto begin = lines.begin(); begin != lines.end();) {
+        begin = std::find_if_not(begin, lines.end(), is_blank);
+        const auto end = std::find_if(begin, lines.end(), is_blank);
+        const std::vector<std::string> block(begin, end);
+        const Table table(block);
+        if (block.size() > 1 && table.width() > width)
+            std::fill_n(labels.begin() + (begin - lines.begin()), end - begin,
+                        label_of(table, width).value_or(0));
+        begin = end;
+    }
+    return labels;
 }
 
 } // namespace diagsh

@@ -21,6 +21,10 @@ std::string_view columns_in(std::string_view text, std::size_t first, std::size_
 // the table again.  Other lines are continued, indented, behind a blank.
 std::vector<std::string> fold(const std::vector<std::string> &lines, std::size_t width);
 
+// For each of `lines` the columns that say what its row is about, when it is of a table wider than `width`:
+// the first column of the table, with the blanks behind it.  0 for any other line.
+std::vector<std::size_t> label_columns(const std::vector<std::string> &lines, std::size_t width);
+
 // One line, broken at blanks; continuations begin with `indent` blanks.
 std::vector<std::string> fold_line(std::string_view line, std::size_t width, std::size_t indent);
 

@@ -73,10 +73,12 @@ std::size_t moved(std::size_t from, std::size_t by, bool forward, std::size_t la
 
 void draw(const std::vector<std::string> &lines, ViewPlace place, WindowSize window, std::size_t columns)
 {
+    const std::vector<std::size_t> labels = label_columns(lines, window.columns);
     const std::size_t shown = std::min<std::size_t>(window.rows - 1U, lines.size() - place.top);
     std::string screen(home_and_clear);
     for (std::size_t row = 0; row < shown; ++row)
-        screen.append(columns_in(lines[place.top + row], place.left, window.columns)).append("\n");
+        screen.append(in_view(lines[place.top + row], labels[place.top + row], place.left, window.columns))
+            .append("\n");
     screen.append(window.rows - 1U - shown, '\n');
     const std::string status = "lines " + std::to_string(place.top + 1) + "-" +
                                std::to_string(place.top + shown) + " of " + std::to_string(lines.size()) +
@@ -88,6 +90,12 @@ void draw(const std::vector<std::string> &lines, ViewPlace place, WindowSize win
 }
 
 } // namespace
+
+std::string in_view(const std::string &line, std::size_t label, std::size_t left, std::size_t width)
+{
+    std::string shown(columns_in(line, 0, label));
+    return shown.append(columns_in(line, left + label, width - label));
+}
 
 ViewPlace scrolled(ViewPlace place, ViewKey key, WindowSize window, std::size_t rows, std::size_t columns)
 {

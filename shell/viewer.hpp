@@ -15,6 +15,10 @@ enum class ViewEnd { closed, leave };
 // Shows `lines` on the terminal's other screen until a key ends it, and gives the screen back.
 ViewEnd view(Terminal &terminal, const std::vector<std::string> &lines);
 
+// What of `line` is in `width` columns of a view that begins at column `left`: the first `label` columns
+// stay.
+std::string in_view(const std::string &line, std::size_t label, std::size_t left, std::size_t width);
+
 // What the view shows: pure, for the keys and the rows.
 struct ViewPlace {
     std::size_t top = 0;  // first line

@@ -335,7 +335,9 @@ def test_wide_table_is_scrolled_by_keys_and_leaves_the_screen_as_it_was(session,
     assert terminal.rows[7] == heading[:columns].rstrip()
     terminal.type(b"\x1b[C")
     terminal.wait(lambda rows: f"columns {first}-{first + columns - 1} of 138" in rows[-1], "the right")
-    assert terminal.rows[7] == heading[first - 1 : first - 1 + columns].rstrip()
+    label = "Interface     "  # stays, so that each row says of which port it is
+    assert terminal.rows[7] == (label + heading[first - 1 + len(label) : first - 1 + columns]).rstrip()
+    assert terminal.rows[9].startswith("GPON 0/1      ")
     terminal.type(b"q")
     terminal.wait_line("olt(config)# ")
     assert terminal.rows[: len(before)] == [*before[:-1], "olt(config)# show transceiver | scroll"]
@@ -351,6 +353,47 @@ def test_view_ends_at_the_last_line_and_the_last_column(session):
     columns = terminal.rows[-1].split("columns ")[1].split(";")[0]
     first_last, of, widest = columns.split()
     assert of == "of" and first_last == f"{int(widest) - 79}-{widest}"
+
+
+HINT = "% Wider than this terminal: show transceiver | fold shows it in parts, | scroll in a view; diagsh --wide folds always."
+
+
+@pytest.mark.parametrize("columns", [80, 120, 200])
+def test_table_that_the_terminal_broke_is_told_once_with_what_helps(session, columns):
+    terminal = session("-n", "config", columns=columns, rows=200)
+    terminal.run("show transceiver", "olt(config)# ")
+    broken = columns < 200
+    hints = [number for number, row in enumerate(terminal.rows) if row.startswith("% Wider than this terminal")]
+    assert len(hints) == broken
+    if broken:
+        told = terminal.rows[hints[0] : -1]
+        assert " ".join(row.strip() for row in told) == HINT and all(len(row) <= columns for row in told)
+    terminal.run("show transceiver", "olt(config)# ")
+    assert sum(row.startswith("% Wider than") for row in terminal.rows) == broken
+
+
+def test_nothing_is_added_to_what_a_single_command_says(olt):
+    with Terminal(olt.inside(IN_BOX, "-c", "show transceiver"), rows=200) as terminal:
+        assert terminal.end() == (0, True)
+        assert "Wider than" not in "".join(terminal.rows)
+
+
+def test_find_breaks_its_lines_between_words(session):
+    terminal = session(prompt="olt> ", rows=200)
+    terminal.run("find transceiver", "olt> ")
+    text = " ".join(row.strip() for row in terminal.rows)
+    assert "show optical transceiver interface <gigabitEthernet|gpon> <S/P>" in text
+    assert "Show interface optical transceiver information." in text
+    assert all(not row or row[0] != " " or row.startswith("    ") for row in terminal.rows)
+
+
+@pytest.mark.parametrize("word", ["optical", "module", "sfp", "light", "Modules"])
+def test_find_leads_from_other_words_to_the_modules_readings(olt, word):
+    found = olt.exec(IN_BOX, "--find", word)
+    assert found.returncode == 0
+    lines = found.stdout.splitlines()
+    said = lines.index("% also by another name, transceiver:")
+    assert any(line.startswith("config") and "  show transceiver [json]" in line for line in lines[said:]), found.stdout
 
 
 def test_output_that_fits_is_not_scrolled(session):

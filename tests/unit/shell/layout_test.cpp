@@ -8,6 +8,7 @@ using diagsh::columns_in;
 using diagsh::columns_of;
 using diagsh::fold;
 using diagsh::fold_line;
+using diagsh::label_columns;
 using testing::ElementsAre;
 
 TEST(Columns, counts_characters_and_not_bytes)
@@ -58,4 +59,20 @@ TEST(Fold, blocks_between_blank_lines_are_laid_out_alone)
 {
     EXPECT_THAT(fold({"short", "", "one long line of text"}, 10),
                 ElementsAre("short", "", "one long", "    line", "    of", "    text"));
+}
+
+TEST(LabelColumns, are_those_of_the_first_column_of_each_table_that_is_too_wide)
+{
+    const std::vector<std::string> lines = {
+        "a legend that says what is in the table below it, in more than 33 columns",
+        "",
+        "Port      Temperature  Voltage    Current",
+        "GPON 0/1  38.02        3.31       14.59",
+        "",
+        "short  one",
+        "1      2"};
+    EXPECT_THAT(label_columns(lines, 33), ElementsAre(0, 0, 10, 10, 0, 0, 0));
+    EXPECT_THAT(label_columns(lines, 20),
+                ElementsAre(0, 0, 0, 0, 0, 0, 0)); // it would be half of what is shown
+    EXPECT_THAT(label_columns({}, 20), ElementsAre());
 }

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+using diagsh::in_view;
 using diagsh::scrolled;
 using diagsh::ViewKey;
 using diagsh::ViewPlace;
@@ -49,4 +50,14 @@ TEST(Scrolled, window_that_grew_shows_no_emptiness)
     const ViewPlace place = scrolled({76, 75}, ViewKey::other, {120, 50}, 100, 155);
     EXPECT_EQ(place.top, 51U);
     EXPECT_EQ(place.left, 35U);
+}
+
+TEST(InView, the_first_columns_stay_and_the_others_move_below_them)
+{
+    const std::string line = "GPON 0/1  38.02  3.31  14.59";
+    EXPECT_EQ(in_view(line, 10, 0, 15), "GPON 0/1  38.02");
+    EXPECT_EQ(in_view(line, 10, 7, 15), "GPON 0/1  3.31 ");
+    EXPECT_EQ(in_view(line, 10, 13, 15), "GPON 0/1  14.59");
+    EXPECT_EQ(in_view(line, 0, 23, 15), "14.59");
+    EXPECT_EQ(in_view("GPON", 10, 7, 15), "GPON");
 }
