@@ -5,6 +5,7 @@ The machine is played by a mount namespace of the test's own, where what could b
 something through costs the test, not the machine.
 """
 
+import os
 import shutil
 import subprocess
 
@@ -199,3 +200,10 @@ def test_devices_that_every_program_expects_work_and_no_disk_is_there(state):
         capture_output=True, text=True, timeout=DEADLINE_S)
     assert (done.stdout, done.returncode) == ("piped\n/dev/pts/0\n", 0), done.stderr
     assert subprocess.run(["hostname"], capture_output=True, text=True, check=True).stdout == name
+
+
+def test_programs_of_a_box_are_not_led_to_the_olt_or_the_board_of_the_callers_shell(state):
+    caller = {**os.environ, "OLT_STATE": "/elsewhere", "BOARDSIM_DIR": "/elsewhere/board", "OLT_BOARD": "/elsewhere/board.json"}
+    done = subprocess.run([BOX, "--state", state, "--build", BUILD, "--net", "--", "env"], env=caller, capture_output=True,
+                          text=True, timeout=DEADLINE_S, check=True)
+    assert "/elsewhere" not in done.stdout
