@@ -6,6 +6,7 @@ The OLT has the modules of a new one, and values that stand still.
 import contextlib
 import os
 import re
+import signal
 import subprocess
 
 import pytest
@@ -32,7 +33,7 @@ class Reader:
 
     def type(self, command):
         """What the command shows, as lines, with the names of the page."""
-        if command.startswith("./run"):  # in the first terminal, after Control-C
+        if command.startswith("./run") and "--net" not in command:  # in the first terminal, after Control-C
             self.olt.restart()
             return []
         command = replaced(command, self.places)
@@ -56,11 +57,21 @@ class Reader:
             assert shown == step.expected, f"{step} showed\n" + "\n".join(shown)
 
 
-@pytest.mark.parametrize("page", [name for name in PAGES if name not in OTHERS])
+def page_of(name):
+    starts_release = BUILD.name != "release" and "$ ./run --no-build --net" in PAGES[name].read_text()
+    return pytest.param(name, marks=pytest.mark.skip(reason="./run always starts the release build")) if starts_release else name
+
+
+@pytest.mark.parametrize("page", [page_of(name) for name in PAGES if name not in OTHERS])
 def test_each_line_of_a_page_shows_what_the_page_says(cold_olt, tmp_path, page):
     found = steps(PAGES[page].read_text())
     assert found, "a page of the guide has lines to be typed"
     cold_olt.populate()
     reader = Reader(cold_olt.start(), tmp_path)
-    for step in found:
-        reader.follow(step)
+    try:
+        for step in found:
+            reader.follow(step)
+    finally:
+        for left in tmp_path.glob("*.pid"):  # in the background still
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(int(left.read_text()), signal.SIGTERM)

@@ -45,7 +45,9 @@ def test_every_line_with_which_a_script_dies_is_on_the_page(name):
     said = re.findall(r'\bdie "(.*)"', SCRIPTS[name].read_text())
     assert len(said) > 4
     assert {f"{name}: {with_marks(line)}" for line in said} <= set(rows())
-    own = {row for row in rows() if row.startswith(f"{name}: ")} - {"run: ... does not fit together:"}
+    # What it says and goes on.
+    own = {row for row in rows() if row.startswith(f"{name}: ")} - {"run: ... does not fit together:",
+                                                                    "run: the daemon started without ..."}
     assert own == {f"{name}: {with_marks(line)}" for line in said}
 
 
@@ -120,12 +122,13 @@ OF_RELEASE = {
 # Message: the test that tries it, and what that looks for.
 ELSEWHERE = {
     "run: must be run by root": ("sim/test_run.py", "must be run by root"),
-    "run: TCP port ... is taken; another OLT or daemon is running on this machine": ("sim/test_run.py", "2709 is taken"),
+    "run: TCP port ... is taken; another OLT or daemon is running on this machine; --net starts one beside it": ("sim/test_run.py", "2709 is taken"),
     "run: this root may not make namespaces: ...": ("sim/test_run.py", "may not make namespaces"),
     "run: cannot read the board description ...": ("sim/test_run.py", "/nonexistent.json"),
     "run: ... was begun with another board; use --fresh": ("sim/test_run.py", '"--fresh" in one_line'),
     "run: ... is in use by another OLT": ("sim/test_run.py", '"in use" in one_line'),
     "run: the OLT did not start; see .../log": ("sim/test_run.py", "did not start"),
+    "run: the daemon started without ...": ("sim/test_run.py", "run: the daemon started without"),
     "run: the OLT has ended by itself (status ...); see .../log": ("sim/test_run.py", "ended by itself"),
     "boardsim: ...": ("sim/test_board_json.py", "the higher one is 0"),
     "diagd init semaphore failed": ("core/test_start_order.py", "diagd init semaphore failed"),
@@ -146,6 +149,7 @@ ELSEWHERE = {
     "DIAG Msg: vty connect to database failed!": ("core/test_start_order.py", "vty connect to database failed!"),
     "diagd: ... on config line ...: ...": ("core/test_start_report.py", "on config line"),
     "diagd: ...can't open configuration file ...": ("core/test_start_report.py", "can't open configuration file"),
+    "diagd: ...using backup configuration file!": ("core/test_start_report.py", "using backup configuration file!"),
     "started without ...; see diagd(8), Starting without": ("core/test_start_report.py", "see diagd(8), Starting without"),
     "goes on without ...; see diagd(8), Starting without": ("../unit/core/start_report_test.cpp", "goes on without"),
     "diagsh: no daemon answers on ...; is the OLT running?": ("shell/test_diagsh.py", "no daemon answers"),

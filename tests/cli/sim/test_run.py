@@ -206,6 +206,16 @@ def test_state_survives_a_restart_and_fresh_forgets_it(run):
     assert not marker.exists()
 
 
+def test_start_without_something_is_told(run):
+    up = run().wait_up()
+    assert "started" not in up.output
+    up.diagsh("-n", "enable", "-c", "write")
+    up.interrupt()
+    (up.state / "conf" / "diagd.conf").chmod(0)
+    up = run().wait_up()
+    assert "run: the daemon started without newest configuration (" in up.output
+
+
 def test_fresh_forgets_by_name_and_leaves_what_is_the_operators_or_mounted(run, host):
     up = run().wait_up()
     up.interrupt()
@@ -317,6 +327,44 @@ def test_board_description_that_makes_no_sense_ends_the_start_with_the_reason(ru
     board.write_text("{ nonsense")
     status, output = run("--board", str(board)).ends()
     assert status == 1 and "board.json" in output and "did not start" in output
+
+
+def test_board_description_that_never_started_is_not_what_the_olt_was_begun_with(run, tmp_path):
+    board = tmp_path / "board.json"
+    description = json.loads((PROJECT / "sim" / "boards" / "olt2.json").read_text())
+    board.write_text(json.dumps({**description, "pon_cages": {}}))
+    status, output = run("--board", str(board)).ends()
+    assert status == 1 and "pon_cages" in output and "did not start" in output
+    assert "Killed" not in output and "line " not in output
+    board.write_text(json.dumps(description))
+    run("--board", str(board)).wait_up()
+
+
+def test_second_olt_runs_beside_the_first_and_each_is_reached_and_ended_alone(run, host, states):
+    first = run().wait_up()
+    second = Run(host, states / "run-second", "--net").wait_up()
+    try:
+        assert "telnet    none" in second.output
+        for up, name in ((first, "first"), (second, "second")):
+            up.diagsh("-c", f"hostname {name}")
+        for up, name in ((first, "first"), (second, "second")):
+            assert f"hostname {name}\n" in up.diagsh("-n", "enable", "-c", "show running-config")
+        second.process.terminate()
+        assert second.process.wait(DEADLINE_S) == 0
+        wait_until(lambda: not processes_of(second.state), "all processes of the second end")
+        assert "hostname first\n" in first.diagsh("-n", "enable", "-c", "show running-config")
+    finally:
+        if second.process.poll() is None:
+            second.process.terminate()
+            second.process.wait(DEADLINE_S)
+
+
+def test_background_of_a_script_is_ended_by_sigterm(run):
+    # As a shell without job control starts what is put behind "&".
+    up = run(before=["sh", "-c", 'trap "" INT QUIT; exec "$@"', "sh"]).wait_up()
+    up.process.terminate()
+    assert up.process.wait(DEADLINE_S) == 0
+    wait_until(lambda: not processes_of(up.state), "all processes end")
 
 
 def test_board_of_ones_own_has_empty_cages_and_stays_until_fresh(run, tmp_path):
