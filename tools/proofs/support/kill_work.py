@@ -4,6 +4,7 @@ import itertools
 import re
 import threading
 from collections import deque
+from pathlib import Path
 
 from alarm_fixtures import peer_of
 from vty import SessionClosed, Vty
@@ -92,6 +93,12 @@ class Writer:
 
     def running(self):
         return self._peer.running()
+
+
+def has_begun(olt):
+    """Whether there is a process in the box, of the daemon or of what starts it."""
+    task = Path(f"/proc/{olt.daemon.pid}/task/{olt.daemon.pid}")
+    return (task / "comm").read_text() == "nsenter\n" and (task / "children").read_text()
 
 
 def cut_lines(text):
