@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 #
 # A private view of the package archive, for steps that fetch source packages and
-# packages of the older suite: lists and cache of its own, the machine's apt stays
+# packages that are not installed: lists and cache of its own, the machine's apt stays
 # as it is. Where the archive is comes from the machine's own sources; signatures
 # are checked with the distribution's keyring. Needs $deps; source it.
 
@@ -37,15 +37,9 @@ private_apt() {
 		-o APT::Sandbox::User=root "$@"
 }
 
-# Makes the private lists ready for use, fetching them unless they are fresh.
-private_apt_ready() {
-	local uri sources
-	uri=$(archive_uri | sed -n '1s,/*$,,p')
-	[[ -n $uri ]] || { echo "no source of bookworm main in /etc/apt"; return 1; }
-	sources="deb [signed-by=$apt_keyring] $uri bookworm main
-deb-src [signed-by=$apt_keyring] $uri bookworm main
-deb [signed-by=$apt_keyring] $uri bullseye main"
-
+# Makes the private lists of sources $1 ready for use, fetching them unless they are fresh.
+lists_ready() {
+	local sources=$1
 	if [[ -f $apt_dir/sources.list && $(<"$apt_dir/sources.list") == "$sources" ]] &&
 		[[ -n $(find "$apt_dir/updated" -mmin "-$apt_lists_max_age_minutes" 2>/dev/null) ]]; then
 		return
@@ -53,8 +47,16 @@ deb [signed-by=$apt_keyring] $uri bullseye main"
 	rm -rf "$apt_dir"
 	mkdir -p "$apt_dir/lists/partial" "$apt_dir/cache/archives/partial"
 	echo "$sources" >"$apt_dir/sources.list"
-	private_apt apt-get update --error-on=any
-	touch "$apt_dir/updated"
+	private_apt apt-get update --error-on=any && touch "$apt_dir/updated"
+}
+
+# Those of this suite.
+private_apt_ready() {
+	local uri
+	uri=$(archive_uri | sed -n '1s,/*$,,p')
+	[[ -n $uri ]] || { echo "no source of bookworm main in /etc/apt"; return 1; }
+	lists_ready "deb [signed-by=$apt_keyring] $uri bookworm main
+deb-src [signed-by=$apt_keyring] $uri bookworm main"
 }
 
 # The newest revision of source package $1 with upstream version $2.

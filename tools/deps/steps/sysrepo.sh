@@ -4,9 +4,9 @@
 # still need from the environment is in the file env, to be sourced.
 . "$here/versions"
 . "$here/apt.sh"
-private_apt_ready
+. "$here/older_suite.sh"
 
-private_apt apt-get download sysrepo="$SYSREPO_VERSION" libsysrepo5="$SYSREPO_VERSION" \
+fetch_older sysrepo="$SYSREPO_VERSION" libsysrepo5="$SYSREPO_VERSION" \
 	libsysrepo-dev="$SYSREPO_VERSION" libyang1="$LIBYANG1_VERSION" libyang-dev="$LIBYANG1_VERSION" \
 	libpcre3="$LIBPCRE3_VERSION"
 for package in *.deb; do dpkg -x "$package" unpacked; done
