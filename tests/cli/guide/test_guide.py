@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Every command line of the guide's pages is run on an OLT, and shows what its page says (documents.py has the form).
+"""Every command line of the guide's pages, and of board.json's, is run on an OLT, and shows what its page says (documents.py has the form).
 
 The OLT has the modules of a new one, and values that stand still.
 """
@@ -13,7 +13,7 @@ import pytest
 from documents import matches, steps
 from olt import BUILD, PROJECT, wait_until
 
-PAGES = {path.name: path for path in sorted((PROJECT / "docs" / "guide").glob("*.md"))}
+PAGES = {path.name: path for path in [*sorted((PROJECT / "docs" / "guide").glob("*.md")), PROJECT / "docs" / "board.json.md"]}
 # Need a second terminal, receivers or an example of their own, and are held by tests of theirs.
 OTHERS = {"alarms.md", "connecting.md", "simulator.md"}
 
