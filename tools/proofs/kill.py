@@ -30,6 +30,7 @@ GO_ON_S = 2.0  # until the other processes have
 START_S = 2.0  # until a daemon answers, or twice as long as an unharmed one takes; judged in the long form alone
 UNHARMED_EVERY = 10  # after so many kills there is a start to compare with
 TEMPERATURE = re.compile(r"^fan temperature (\d+)$", re.M)
+STARTED_WITHOUT = re.compile(r"started without .*")
 DATE = re.compile(r"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d")
 SETTINGS = "show alarm-log all configuration"
 
@@ -173,9 +174,14 @@ class Battle:
             self.report.finding(f"{writer.name} does not go on within {GO_ON_S} s, running: {writer.running()}")
 
     def start(self):
-        """The next start.  One that fails is tried again once nobody else is there, so that the rest is proved."""
+        """The next start.  One that fails is tried again once nobody else is there, so that the rest is proved; so is one
+        that could not do all."""
+        said = len(self.olt.log())
         try:
             self.start_s.append(self.timed_start())
+            without = STARTED_WITHOUT.findall(self.olt.log()[said:])
+            if not self.report.check(not without, f"a start was not whole: {without}"):
+                self.olt.restart()
         except AssertionError as error:
             self.report.finding(f"no start after a kill: {str(error)[:300]}")
             if self.olt.daemon and self.olt.daemon.poll() is None:
