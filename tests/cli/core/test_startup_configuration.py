@@ -15,10 +15,8 @@ TEMPORARY = rf"{FILE}\.\w{{6}}\.tmp"
 
 
 @pytest.fixture(scope="module")
-def olt(make_olt):
-    shared = make_olt()
-    shared.faults()
-    return shared.start(trace=True)
+def olt(traced_olt):
+    return traced_olt
 
 
 @pytest.fixture

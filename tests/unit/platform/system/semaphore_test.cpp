@@ -74,16 +74,6 @@ TEST_F(Semaphore, one_that_exists_and_is_held_is_opened_and_stays_held)
     EXPECT_EQ(semaphore_v(id), 0);
 }
 
-TEST_F(Semaphore, one_that_another_program_set_to_zero_is_not_touched)
-{
-    const int made = semget(board_key, 1, IPC_CREAT | 0666);
-    ASSERT_EQ(semctl(made, 0, SETVAL, 0), 0);
-    int id = -1;
-    ASSERT_EQ(semaphore_create(&id, board_key, 1), 0);
-    EXPECT_EQ(id, made);
-    EXPECT_EQ(value_of(id), 0);
-}
-
 TEST_F(Semaphore, one_whose_maker_died_before_giving_it_a_value_gets_it_from_the_next)
 {
     const int made = semget(board_key, 1, IPC_CREAT | 0666);
