@@ -110,7 +110,7 @@ PROVOKED = {
     "box: no command given": lambda tmp_path: [BOX],
     "box: no process ...": lambda tmp_path: [BOX, "--enter", "4194304", "--", "true"],
     "box: the box cannot use a state folder under /dev, /media or /var/log":
-        lambda tmp_path: ["sh", "-c", f"mount -t tmpfs box /dev/shm && exec {BOX} --state /dev/shm/x -- true"],
+        lambda tmp_path: ["sh", "-c", f"mount -t tmpfs box /dev/shm && exec {BOX} --state /dev/shm/x --build {BUILD} -- true"],
     "box: the box cannot be run from a project under /media or /var/log": project_in_log,
 }
 OF_RELEASE = {
@@ -216,7 +216,7 @@ def test_a_board_that_cannot_begin_ends_the_start_with_the_reason(make_olt):
        "olt: the ...board has ended; see diagd.log and console.log in the log folder")
 def test_what_a_box_refuses_beside_one_that_runs_is_said(make_olt):
     olt = make_olt()
-    assert output(BOX, "--state", olt.state, "--", "true").endswith(" is in use by another box\n")
+    assert output(BOX, "--state", olt.state, "--build", BUILD, "--", "true").endswith(" is in use by another box\n")
     assert olt.exec(OLT, "nonsense").stderr == "olt: up, board, files, daemon, zebra, answers, logs, thresholds or sysrepocfg\n"
     # The second board of a folder ends at once.
     assert olt.exec(OLT, "board").stderr == "olt: the board has ended; see diagd.log and console.log in the log folder\n"
