@@ -22,7 +22,7 @@ from kill_remains import descriptors, more, remains
 from olt import wait_until
 
 TARGETS = ["diagd", "diagsh", "boardsim", "boardctl", "gpio_sim"]
-WRITERS = 4
+WRITERS, CLIENTS = 4, 2
 SHORT_KILLS, LONG_KILLS = 10, 500
 UPGRADE_EVERY, START_EVERY = 10, 4  # of so many kills one meets it
 LONGEST_WORK_S, LONGEST_START_S, LONGEST_UPGRADE_S = 0.3, 0.5, 2.3
@@ -38,7 +38,7 @@ SETTINGS = "show alarm-log all configuration"
 def options(parser):
     parser.add_argument("--kills", type=int, help=f"how many ({LONG_KILLS}, short form {SHORT_KILLS})")
     parser.add_argument("--attached", action="store_true",
-                        help="the other processes use the database, too, and stay attached to it; without, the store alone")
+                        help="the writers use the database, too, and two plain clients of it come on top; all stay attached")
 
 
 class Battle:
@@ -46,10 +46,11 @@ class Battle:
         self.chance = random.Random(how.seed)
         self.report = report
         self.attached = how.attached
+        self.is_short = how.short
         self.olt = how.boxes.make()
         self.ledger = Ledger()
         self.names = (f"w{number}" for number in itertools.count())
-        self.writers = []
+        self.writers, self.clients = [], []
         self.unharmed_s = []
         self.start_s = []
         self.go_on_s = []
@@ -77,8 +78,8 @@ class Battle:
         assert olt.run("save alarm-log flash") == ("", 0)
 
         self.start_unharmed()
-        self.send_writers()
-        self.go_on()
+        self.send_others()
+        self.go_on(self.writers + self.clients)
         self.first_remains, self.first_descriptors = remains(olt), descriptors(self.olt)
 
     def configuration(self, name):
@@ -87,7 +88,8 @@ class Battle:
         temperature = TEMPERATURE.search(text)
         return temperature and int(temperature[1]), TEMPERATURE.sub("fan temperature N", text)
 
-    def send_writers(self):
+    def send_others(self):
+        self.clients = [work.engine_client(self.others, self.olt, f"client {number}") for number in range(CLIENTS * self.attached)]
         self.writers = [work.Writer(self.others, self.olt, next(self.names), self.attached, self.ledger) for _ in range(WRITERS)]
 
     def start_unharmed(self):
@@ -106,8 +108,8 @@ class Battle:
         pause = self.chance.choice((0.002, 0.02))
         end = time.monotonic() + seconds
         while time.monotonic() < end:
-            for writer in self.writers:
-                writer.read()
+            for other in self.writers + self.clients:
+                other.read()
             time.sleep(pause)
 
     def kill(self):
@@ -153,7 +155,11 @@ class Battle:
         self.kills["at work"] += operator.under_way is None
 
     def kill_at_start(self):
-        self.kill()
+        # Two kills in a row now and then leave of the database what costs the next start 15 s or the defaults.
+        if self.is_short:
+            assert self.olt.stop() == 0
+        else:
+            self.kill()
         self.olt.start(wait=False)
         wait_until(lambda: work.has_begun(self.olt), "a daemon begins")
         self.let_work(self.chance.uniform(0, LONGEST_START_S))
@@ -163,15 +169,17 @@ class Battle:
 
     # --- and after it
 
-    def go_on(self):
-        """Until each of the others has filed another alarm."""
-        begin, waiting = time.monotonic(), self.writers
+    def go_on(self, others):
+        """Until each has gone on."""
+        for other in others:
+            other.read()
+        begin, waiting = time.monotonic(), others
         while waiting and time.monotonic() < begin + GO_ON_S:
-            waiting = [writer for writer in waiting if not writer.read()]
+            waiting = [other for other in waiting if not other.read()]
             time.sleep(0.002)
         self.go_on_s.append(time.monotonic() - begin)
-        for writer in waiting:
-            self.report.finding(f"{writer.name} does not go on within {GO_ON_S} s, running: {writer.running()}")
+        for other in waiting:
+            self.report.finding(f"{other.name} does not go on within {GO_ON_S} s, running: {other.running()}")
 
     def start(self):
         """The next start.  One that fails is tried again once nobody else is there, so that the rest is proved; so is one
@@ -183,13 +191,13 @@ class Battle:
             if not self.report.check(not without, f"a start was not whole: {without}"):
                 self.olt.restart()
         except AssertionError as error:
-            self.report.finding(f"no start after a kill: {str(error)[:300]}")
+            self.report.finding(f"no start after a kill: {str(error)[:100]} ... {self.olt.stderr()[-300:]}")
             if self.olt.daemon and self.olt.daemon.poll() is None:
                 self.olt.kill(signal.SIGKILL)
             self.olt.daemon = self.olt.pid = None
             self.others.close()
             self.olt.start()
-            self.send_writers()
+            self.send_others()
 
     def check(self):
         report, olt = self.report, self.olt
@@ -238,8 +246,10 @@ class Battle:
                     self.kill_at_start()
                 else:
                     self.kill_at_work(number)
-                self.go_on()
+                self.go_on(self.writers)
                 self.start()
+                if self.clients:
+                    self.go_on(self.clients)
                 self.check()
                 if number % UNHARMED_EVERY == UNHARMED_EVERY - 1:
                     self.start_unharmed()
@@ -257,7 +267,8 @@ def run(how, report):
         report.figure(f"kills of daemons {what}", count)
     for what, count in battle.answered.items():
         report.figure(f"answered before a kill: {what}", count)
-    begun = (battle.olt.state / "board" / "jtag.log").read_text().count(" begins, ")
+    programmed = battle.olt.state / "board" / "jtag.log"
+    begun = programmed.read_text().count(" begins, ") if programmed.exists() else 0
     report.figure("runs of the programmer", begun)
     report.figure("records acknowledged", battle.ledger.count)
     report.figure("last record of a session or process that had to be listed, and was", battle.ledger.found)

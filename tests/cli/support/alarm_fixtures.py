@@ -48,10 +48,11 @@ def peer_command(*words):
 class Peer:
     """A process of the box beside the daemon, see store_peer.py; killed when the test leaves it."""
 
-    def __init__(self, olt, *words):
+    def __init__(self, olt, *words, command=None):
+        """command: of another program than store_peer.py."""
         self._buffer = b""
         with open(olt.state / "log" / "peer", "ab") as errors:  # alarms are printed there, too
-            self._process = subprocess.Popen(olt.inside(*peer_command(*words)),
+            self._process = subprocess.Popen(olt.inside(*(command or peer_command(*words))),
                                              stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=errors)
         os.set_blocking(self._process.stdout.fileno(), False)
 
@@ -111,8 +112,8 @@ class Peer:
 
 
 @contextlib.contextmanager
-def peer_of(olt, verb, *words):
-    peer = Peer(olt, verb, *words)
+def peer_of(olt, verb, *words, command=None):
+    peer = Peer(olt, verb, *words, command=command)
     try:
         peer.wait_for("held" if verb == "hold" else "ready")
         yield peer

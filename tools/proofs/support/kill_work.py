@@ -6,12 +6,13 @@ import threading
 from collections import deque
 from pathlib import Path
 
-from alarm_fixtures import peer_of
+from alarm_fixtures import DATABASE, SANITIZED, peer_of
 from vty import SessionClosed, Vty
 
 TEMPERATURES = range(40, 80)  # none is the usual one, which is not written
 BULK_CHANGES = ("alarm-log alarm all enable trap", "alarm-log alarm all disable trap")  # a line of each in the configuration
 SAVED = ("Configuration saved to /etc/frr/diagd.conf\n", 0)
+CLIENT = Path(__file__).with_name("engine_client.py")
 WIDTH = "64"  # of a writer's words: its pipe of a page then holds some 60 of them
 FLASH_LINE = re.compile(r"\[\d{4}/\d\d/\d\d \d\d:\d\d:\d\d\] \[\w+\] \[[\w-]+\] \[[^\]]+\] : .+\n")
 
@@ -70,29 +71,46 @@ def possible_temperatures(operator, before):
     return possible | {latest} if operator.under_way == "write file" else possible
 
 
-class Writer:
-    """Another process that files alarms, and waits while nobody reads what it has filed."""
+class Other:
+    """Another process, which waits while nobody reads what it says."""
+
+    def __init__(self, name, peer):
+        self.name = name
+        self._peer = peer
+        peer.pace()
+
+    def read(self):
+        """Lets it go on for as much as its pipe holds; whether it has said anything since."""
+        return bool(self._peer.lines())
+
+    def running(self):
+        return self._peer.running()
+
+
+class Writer(Other):
+    """One that files alarms."""
 
     def __init__(self, stack, olt, name, attached, ledger):
         """attached: it uses the database, too.  Its end is the stack's."""
-        self.name = name
+        super().__init__(name, stack.enter_context(peer_of(olt, "add" if attached else "add-apart", "77", "0", name, WIDTH)))
         self._ledger = ledger
         # What the ledger had at its last reads.  A writer that waits has filed the record that it cannot tell of; it was
         # not filed before the last but one, as the pipe was emptied then.
         self._counts = deque([0, 0], maxlen=2)
-        self._peer = stack.enter_context(peer_of(olt, "add" if attached else "add-apart", "77", "0", name, WIDTH))
-        self._peer.pace()
 
     def read(self):
-        """Lets it go on for as much as its pipe holds; whether it has filed any since."""
         lines = self._peer.lines()
         if lines:
             self._ledger.acknowledge(self.name, int(lines[-1]), self._counts[0])
         self._counts.append(self._ledger.count)
         return bool(lines)
 
-    def running(self):
-        return self._peer.running()
+
+def engine_client(stack, olt, name):
+    """A program that reads the database through sysrepo alone, as the user who owns it."""
+    command = ["setpriv", "--reuid", "daemon", "--regid", "daemon", "--clear-groups", "env", *DATABASE, *SANITIZED,
+               "/usr/bin/python3", CLIENT, "/run/olt/deps/sysrepo/lib/libsysrepo.so.5"]
+    return Other(name, stack.enter_context(peer_of(olt, "read", command=command)))
 
 
 def has_begun(olt):
