@@ -240,8 +240,8 @@ std::string find_commands(const std::vector<Command> &commands, const std::strin
     if (more.empty())
         return text;
     // First the display of the thing itself.
-    std::ranges::stable_partition(
-        more, [&](const Found &one) { return one.command->syntax.starts_with("show " + other); });
+    std::stable_partition(more.begin(), more.end(),
+                          [&](const Found &one) { return one.command->syntax.starts_with("show " + other); });
     return text.append("% also by another name, ").append(other).append(":\n").append(rows_of(more));
 }
 
