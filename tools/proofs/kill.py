@@ -26,6 +26,7 @@ WRITERS, CLIENTS = 4, 2
 SHORT_KILLS, LONG_KILLS = 10, 500
 UPGRADE_EVERY, START_EVERY = 10, 4  # of so many kills one meets it
 LONGEST_WORK_S, LONGEST_START_S, LONGEST_UPGRADE_S = 0.3, 0.5, 2.3
+IN_SAVE_SHARE = 0.5  # of the kills while the flash log is saved: they wait until it is being written
 GO_ON_S = 2.0  # until the other processes have
 START_S = 2.0  # until a daemon answers, or twice as long as an unharmed one takes; judged in the long form alone
 UNHARMED_EVERY = 10  # after so many kills there is a start to compare with
@@ -48,6 +49,7 @@ class Battle:
         self.attached = how.attached
         self.is_short = how.short
         self.olt = how.boxes.make()
+        self.flash_log = self.olt.state / "flash" / "config" / "var" / "alarm_log.log"
         self.ledger = Ledger()
         self.names = (f"w{number}" for number in itertools.count())
         self.writers, self.clients = [], []
@@ -56,7 +58,8 @@ class Battle:
         self.go_on_s = []
         self.kills = {"at work": 0, "starting": 0, "programming the CPLD": 0}
         self.answered = {"bulk changes": 0, "records of sessions": 0, "writes": 0, "flash saves": 0}
-        self.cut = 0
+        self.flash_lines = 0  # of the last save that was whole
+        self.cut_short = self.cut = 0
         self.temperature = work.TEMPERATURES[0]
 
     # --- before the first kill
@@ -127,22 +130,30 @@ class Battle:
         own = f"own{number}"
         operators = [work.Operator(self.olt, lines, ledger=self.ledger) for lines in (
             itertools.cycle(work.BULK_CHANGES), work.own_records(own), work.written_configurations(self.temperature), itertools.repeat("save alarm-log flash"))]
+        bulk, records, writes, saves = operators
         at_work = self.chance.sample(operators, self.chance.randint(1, len(operators)))
         for operator in at_work:
             operator.start()
         self.let_work(self.chance.uniform(0.01, LONGEST_WORK_S))
+        if saves in at_work and self.chance.random() < IN_SAVE_SHARE:
+            self.await_save()
         self.kill()
         for operator in at_work:
             operator.join()
             for line, answer in operator.refused[:1]:
                 self.report.finding(f"{line} gave {answer}")
-        bulk, records, writes, saves = operators
         self.ledger.acknowledge(own, len(records.done) - 1, records.since)
         self.possible = work.possible_temperatures(writes, self.temperature)
         done = {"bulk changes": bulk, "records of sessions": records, "flash saves": saves}
         self.answered.update({what: self.answered[what] + len(operator.done) for what, operator in done.items()})
         self.answered["writes"] += writes.done.count("write file")
         self.kills["at work"] += 1
+
+    def await_save(self):
+        """Until the flash log is being written, which is soon over."""
+        whole, end = self.flash_log.stat().st_size, time.monotonic() + LONGEST_WORK_S
+        while not 0 < self.flash_log.stat().st_size < 0.9 * whole and time.monotonic() < end:
+            pass
 
     def kill_at_upgrade(self):
         put_in_tmp(self.olt, "kill.jed", b"CPLD image " * 100)
@@ -219,17 +230,20 @@ class Battle:
             olt.wait_free(name)
         for name, before, after in more(self.first_remains, remains(olt)):
             report.finding(f"left behind: {name}, {after} instead of {before}")
+        with contextlib.suppress(AssertionError):  # a session may be closed a little later
+            wait_until(lambda: not more(self.first_descriptors, descriptors(olt)), "no more descriptors", GO_ON_S)
         for name, before, after in more(self.first_descriptors, descriptors(olt)):
             report.finding(f"descriptors of {name}: {after} instead of {before}")
 
     def check_flash(self):
-        path = self.olt.state / "flash" / "config" / "var" / "alarm_log.log"
-        cut, count = work.cut_lines(path.read_text("latin-1"))
+        cut, count = work.cut_lines(self.flash_log.read_text("latin-1"))
+        self.cut_short += bool(cut) or count < self.flash_lines
         self.cut += bool(cut)
         self.report.check(cut in ([], [count - 1]), f"of {count} lines of the flash log these are cut: {cut[:5]}")
         answer = self.olt.run("save alarm-log flash")
-        cut, count = work.cut_lines(path.read_text("latin-1"))
-        self.report.check(answer == ("", 0) and not cut and count, f"saving gives {answer}, {count} lines, cut: {cut[:5]}")
+        cut, self.flash_lines = work.cut_lines(self.flash_log.read_text("latin-1"))
+        self.report.check(answer == ("", 0) and not cut and self.flash_lines,
+                          f"saving gives {answer}, {self.flash_lines} lines, cut: {cut[:5]}")
 
     def fight(self, kills):
         with contextlib.ExitStack() as self.others:
@@ -279,5 +293,5 @@ def run(how, report):
         report.figure("start after a kill: median, worst", seconds(battle.start_s), f"at most {bound:.1f} s",
                       how.short or max(battle.start_s) <= bound)
     report.figure("until the other processes go on: median, worst", seconds(battle.go_on_s), f"at most {GO_ON_S:.0f} s")
-    report.figure("flash logs whose last line was cut", battle.cut, "made whole by the next save")
+    report.figure("flash logs cut short, of these in a line", f"{battle.cut_short}, {battle.cut}", "whole with the next save")
     report.figure("kills that left something wrong", len(report.findings), "0", report.holds)
