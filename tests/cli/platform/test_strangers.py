@@ -215,7 +215,7 @@ def test_what_a_killed_daemon_left_is_cleared_by_the_next_start(fresh_olt):
     assert len(inside) == 1
     olt.kill()
     olt.exec("setpriv", "--reuid", "daemon", "--regid", "daemon", "--clear-groups", "--", "sh", "-c",
-             "umask 077; echo half >/etc/frr/diagd.conf.Q7xY2a", check=True)
+             "umask 027; echo half >/etc/frr/diagd.conf.Q7xY2a.tmp", check=True)
     olt.start()
     after = olt.exec("sh", "-c", "ls -d /var/tmp/frr/diagd.*; ls /etc/frr").stdout.split()
-    assert inside[0] not in after and "diagd.conf.Q7xY2a" not in after and "diagd.conf" in after
+    assert inside[0] not in after and "diagd.conf.Q7xY2a.tmp" not in after and "diagd.conf" in after

@@ -10,6 +10,7 @@ from calls import read_trace
 from fault_calls import GIVES_BACK, failure
 from monitors import hurried
 from olt import wait_until
+from project import UNNAMED_THREADS
 from vty import SessionClosed
 
 MONITORS = ("fan_monitor", "power_monitor", "usb_monitor", "reset_monitor")
@@ -59,7 +60,7 @@ class FaultSession:
     def settle(self):
         """What the daemon holds when nothing is wrong."""
         self.olt.wait_free("board")
-        wait_until(lambda: self.olt.threads().count("diagd") == 1, "all threads have their names")
+        wait_until(lambda: self.olt.threads().count("diagd") == UNNAMED_THREADS, "all threads have their names")
         self.threads = self.olt.threads()
         self.files = len(self.olt.settled_fds())
 
