@@ -3,6 +3,7 @@
 #include "shell/fan_reason.hpp"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 namespace diagsh {
@@ -10,13 +11,19 @@ namespace diagsh {
 namespace {
 
 // As the daemon's monitor decides (diagd/monitors/fan/fan_policy.hpp).
-constexpr double medium_above_c = 50.0, high_above_c = 65.0, cooled_below_peak_c = 7.9;
+constexpr double medium_above_c = 50.0, high_above_c = 65.0, run_below_c = 7.9;
 
 std::string degrees(double value)
 {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.1f degrees", value);
     return text.data();
+}
+
+// What is measured and what is set, compared as the daemon does.
+long tenths(double value)
+{
+    return std::lround(value * 10);
 }
 
 std::string not_looked(const FanState &fans)
@@ -27,22 +34,26 @@ std::string not_looked(const FanState &fans)
 
 std::string why_open(const FanState &fans)
 {
-    const bool run = fans.now_mode == "open";
-    const std::string they = run ? "They run" : "They stand still";
-    const std::string now = "the board has " + degrees(fans.temperature_c);
-    const std::string limit = ", they open at " + degrees(fans.open_at_c) + " (fan temperature)";
+    const std::string they =
+        fans.now_mode == "open" ? "They are told to run" : "They are told to stand still";
     if (fans.mode != "auto" && fans.mode == fans.now_mode)
         return they + " because that was asked for (fan mode " + fans.mode + ").\n";
     if (fans.mode != "auto")
         return they + " although fan mode " + fans.mode + " was asked for: " + not_looked(fans);
-    const bool warm = fans.temperature_c >= fans.open_at_c;
-    if (run == warm)
-        return they + ": " + now + limit + ".\n";
-    if (!run || !fans.watched)
-        return they + " although " + now + limit + ": " + not_looked(fans);
-    return they + ": " + now + limit + ". It was warmer before, and is cooled to " +
-           degrees(cooled_below_peak_c) +
-           " below that (fan temperature forgets it),\nor the monitor has not looked since the start.\n";
+
+    // As the board has been; heat raises it later.
+    const double run_from_c = fans.fan_temperature_c - run_below_c;
+    const std::string rule = "the board has " + degrees(fans.temperature_c) + ", they run at " +
+                             degrees(run_from_c) + " and above (fan temperature is " +
+                             degrees(fans.fan_temperature_c) + ", less 7.9)";
+    const bool warm = tenths(fans.temperature_c) >= tenths(run_from_c);
+    if ((fans.now_mode == "open") == warm)
+        return they + ": " + rule + ".\n";
+    const std::string although = they + " although " + rule + ": ";
+    if (!warm || tenths(fans.temperature_c) >= tenths(fans.fan_temperature_c))
+        return although + not_looked(fans);
+    return although + "it was hotter, which makes them stop earlier, at " + degrees(fans.fan_temperature_c) +
+           " at most (fan temperature forgets it),\nor " + not_looked(fans);
 }
 
 std::string why_speed(const FanState &fans)

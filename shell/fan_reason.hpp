@@ -8,10 +8,10 @@ namespace diagsh {
 
 struct FanState {
     double temperature_c = 0;
-    double open_at_c = 0; // where automatic mode opens the fans
-    std::string mode;     // asked for: auto, open, close
-    std::string speed;    // asked for: auto, low, medium, high
-    std::string now_mode; // what the fans were told last
+    double fan_temperature_c = 0; // the number that was set; automatic mode runs the fans below it, too
+    std::string mode;             // asked for: auto, open, close
+    std::string speed;            // asked for: auto, low, medium, high
+    std::string now_mode;         // what the fans were told last
     std::string now_speed;
     bool watched = true; // the fan monitor is on
 };

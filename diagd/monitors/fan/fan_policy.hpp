@@ -17,12 +17,13 @@ struct FanDecision {
     int reference; // the reference from now on
 };
 
-// `mode`: 0 closed, 1 open, anything else automatic.  `threshold`: where the automatic mode opens the fans.
+// `mode`: 0 closed, 1 open, anything else automatic.  `threshold`: the temperature that the operator has set,
+// and the reference until the board has been hotter.
 //
-// The reference is a ratchet.  Each step of 5.0 to 7.9 degrees above it lifts it to the temperature reached;
-// a larger jump leaves it alone, and only the operator lowers it again.  The fans run on until the board is
-// more than 7.9 degrees below the reference, also below the threshold, and start again there: a board that
-// has been hot is cooled further down than one that is only warm.
+// The fans run from 7.9 degrees below the reference on, but never later than from the threshold on.  The
+// reference is a ratchet: each step of 5.0 to 7.9 degrees above it lifts it to the temperature reached, a
+// larger jump leaves it alone, and only the operator lowers it again.  After a hot period the fans thus stop
+// and start at a higher temperature than before.
 [[nodiscard]] constexpr FanDecision decide_fans(int mode, int temperature, int threshold,
                                                 int reference) noexcept
 {

@@ -143,7 +143,7 @@ def test_traps_counts_alarms_of_every_type(fresh_olt):
 
 def test_fans_tell_what_they_do_and_why(make_olt):
     olt = make_olt().start()
-    still = ["They stand still: the board has 25.0 degrees, they open at 35.0 degrees (fan temperature).",
+    still = ["They are told to stand still: the board has 25.0 degrees, they run at 27.1 degrees and above (fan temperature is 35.0 degrees, less 7.9).",
              "Their speed is low by the temperature: medium above 50.0 degrees, high above 65.0 degrees."]
     wait_until(lambda: '"currentFanMode":"close"' in olt.run("show fan json")[0], "the monitor's first look")
     done = diagsh(olt, "fans")
@@ -159,8 +159,8 @@ def test_fans_of_a_monitor_that_is_off_stand_still_for_that_reason(make_olt):
     assert olt.run("no fan monitor", "diagnose") == ("", 0)
     olt.boardctl("temp", "set", 600)
     first = diagsh(olt, "fans").stdout.splitlines()[0]
-    assert first == ("They stand still although the board has 60.0 degrees, they open at 35.0 degrees (fan temperature): "
-                     "the fan monitor is off (fan monitor in diagnose switches it on).")
+    assert first == ("They are told to stand still although the board has 60.0 degrees, they run at 27.1 degrees and above "
+                     "(fan temperature is 35.0 degrees, less 7.9): the fan monitor is off (fan monitor in diagnose switches it on).")
 
 
 # --- the logic
