@@ -12,6 +12,11 @@ set(DIAGD_DEPS_DIR ${CMAKE_SOURCE_DIR}/build/deps CACHE PATH "Where tools/deps/s
 set(DIAGD_FRR_VARIANT release CACHE STRING "Build of libfrr: release, asan, tsan")
 set_property(CACHE DIAGD_FRR_VARIANT PROPERTY STRINGS release asan tsan)
 
+# A box has them under another name: there programs find them whose user may not look into the project's folder.
+file(RELATIVE_PATH deps_from_programs ${CMAKE_BINARY_DIR}/lib ${DIAGD_DEPS_DIR})
+list(APPEND CMAKE_BUILD_RPATH "$ORIGIN/${deps_from_programs}/sysrepo/lib"
+  "$ORIGIN/${deps_from_programs}/frr-${DIAGD_FRR_VARIANT}/lib")
+
 # diagd_dep(NAME FOLDER INCLUDE LIBRARY): a shared library with its headers.
 function(diagd_dep name folder include library)
   set(dir ${DIAGD_DEPS_DIR}/${folder})
