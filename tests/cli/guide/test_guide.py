@@ -27,7 +27,8 @@ class Reader:
 
     def __init__(self, olt, folder):
         self.olt = olt
-        self.places = {"build/olt": str(olt.state), "build/release": str(BUILD), "/tmp/": f"{folder}/"}
+        self.places = {"build/olt/log/console.log": str(olt.stderr_path), "build/olt": str(olt.state),
+                       "build/release": str(BUILD), "/tmp/": f"{folder}/"}
         self.environment = {**os.environ, "BOARDSIM_DIR": str(olt.state / "board"), "OLT_STATE": str(olt.state),
                             "PATH": f"{BUILD / 'bin'}:{os.environ['PATH']}", "COLUMNS": "80"}
 

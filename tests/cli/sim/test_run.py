@@ -206,14 +206,23 @@ def test_state_survives_a_restart_and_fresh_forgets_it(run):
     assert not marker.exists()
 
 
-def test_start_without_something_is_told(run):
+def test_what_this_start_lacks_is_told_and_nothing_of_an_earlier_one(run):
     up = run().wait_up()
+    conf = up.state / "conf" / "diagd.conf"
     assert "started" not in up.output
     up.diagsh("-n", "enable", "-c", "write")
     up.interrupt()
-    (up.state / "conf" / "diagd.conf").chmod(0)
+    conf.chmod(0)
     up = run().wait_up()
     assert "run: the daemon started without newest configuration (" in up.output
+    up.interrupt()
+    up = run().wait_up()
+    assert "started" not in up.output
+    up.interrupt()
+    for path in (conf, conf.with_name("diagd.conf.sav")):
+        path.chmod(0)
+    up = run().wait_up()
+    assert re.findall("run: the daemon started without (.*?) \\(", up.output) == ["configuration"]
 
 
 def test_fresh_forgets_by_name_and_leaves_what_is_the_operators_or_mounted(run, host):
