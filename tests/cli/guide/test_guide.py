@@ -58,6 +58,16 @@ class Reader:
             assert shown == step.expected, f"{step} showed\n" + "\n".join(shown)
 
 
+def test_run_builds_every_program_that_a_page_needs():
+    scripts = [path for path in (PROJECT / "docs" / "guide").iterdir() if not path.suffix]
+    typed = [step.command for page in PAGES.values() for step in steps(page.read_text())]
+    lines = "\n".join([*typed, *(path.read_text() for path in scripts)])
+    needed = {name for name in ("boardctl", "diagsh", "optics") if re.search(rf"(?:^|[;|(] *){name} ", lines, re.M)}
+    assert needed == {"boardctl", "diagsh", "optics"}
+    targets = re.search(r'tools/build" release (.*)', (PROJECT / "run").read_text())[1].split()
+    assert needed <= {target.removesuffix("_program") for target in targets}
+
+
 def page_of(name):
     starts_release = BUILD.name != "release" and "$ ./run --no-build --net" in PAGES[name].read_text()
     return pytest.param(name, marks=pytest.mark.skip(reason="./run always starts the release build")) if starts_release else name
