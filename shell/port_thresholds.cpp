@@ -62,7 +62,8 @@ public:
     bool set(const PortModule &module)
     {
         if (!module.plugged || (!module.gpon && !module.xgpon)) {
-            tell(module.port, module.plugged ? "skipped, its module measures nothing" : "skipped, no module");
+            tell(module.port, module.plugged ? "skipped, its module measures nothing"
+                                             : "skipped, no module that is decoded");
             ++m_skipped;
             return true;
         }

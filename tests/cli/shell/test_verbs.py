@@ -47,10 +47,10 @@ def test_threshold_goes_to_every_port_in_the_node_that_fits_its_module(populated
         f"xgpon 0/3   {command}",
         f"gpon 0/4    {command}",
         f"xgpon 0/4   {command}",
-        "0/5         skipped, no module",
+        "0/5         skipped, no module that is decoded",
         "0/6         skipped, its module measures nothing",
-        "0/7         skipped, no module",
-        "0/8         skipped, no module",
+        "0/7         skipped, no module that is decoded",
+        "0/8         skipped, no module that is decoded",
         "5 set, 4 ports skipped; to keep it: diagsh -c write",
     ]
     nodes = [f"{kind} 0/{port}" for port in range(1, 9) for kind in ("gpon", "xgpon")]
