@@ -60,11 +60,12 @@ TEST(FanPolicy, any_other_mode_is_automatic)
         }
 }
 
-TEST(FanPolicy, fans_open_at_the_threshold_and_close_8_degrees_below)
+TEST(FanPolicy, fans_run_from_7_9_degrees_below_the_threshold_on_up_and_down_alike)
 {
     Fans fans;
+    EXPECT_FALSE(fans.at(270));
+    EXPECT_TRUE(fans.at(271));
     EXPECT_TRUE(fans.at(350));
-    EXPECT_TRUE(fans.at(349));
     EXPECT_TRUE(fans.at(271));
     EXPECT_FALSE(fans.at(270));
     EXPECT_EQ(fans.reference, 350);
@@ -80,13 +81,13 @@ TEST(FanPolicy, a_step_of_5_to_7_9_degrees_lifts_the_reference)
     }
 }
 
-TEST(FanPolicy, the_fans_of_a_board_that_was_hot_run_longer_and_start_again_sooner)
+TEST(FanPolicy, the_fans_of_a_board_that_was_hot_stop_and_start_at_a_higher_temperature)
 {
     Fans fans;
     EXPECT_TRUE(fans.at(360));
     EXPECT_TRUE(fans.at(400));
     EXPECT_TRUE(fans.at(321));
-    EXPECT_FALSE(fans.at(320));
+    EXPECT_FALSE(fans.at(320)) << "they ran there before";
     EXPECT_TRUE(fans.at(321)) << "they start again below the threshold";
 }
 
