@@ -58,6 +58,9 @@ public:
     {
     }
 
+    // In both nodes: the module that it was set for may be another one by now, or gone.
+    bool end(const PortModule &module) { return set_in("gpon", module.port) && set_in("xgpon", module.port); }
+
     // False when the daemon refuses.
     bool set(const PortModule &module)
     {
@@ -75,6 +78,7 @@ public:
     {
         std::printf("%u set, %u ports skipped; to keep it: diagsh -c write\n", m_set, m_skipped);
     }
+    static void sum_up_end() { std::printf("ended; to keep it: diagsh -c write\n"); }
 
 private:
     bool set_in(const std::string &kind, const std::string &port)
@@ -137,9 +141,12 @@ int set_port_thresholds(const OltPaths &olt, const Words &words)
     PortThresholds thresholds(session, "alarm-log threshold " + words[0] +
                                            (off ? " disable" : " enable " + words[1] + " " + words[2]));
     for (const PortModule &module : modules)
-        if (is_asked_for(module, ports) && !thresholds.set(module))
+        if (is_asked_for(module, ports) && !(off ? thresholds.end(module) : thresholds.set(module)))
             return EXIT_FAILURE;
-    thresholds.sum_up();
+    if (off)
+        PortThresholds::sum_up_end();
+    else
+        thresholds.sum_up();
     return EXIT_SUCCESS;
 }
 

@@ -69,6 +69,19 @@ def test_threshold_goes_to_ports_that_are_named_and_off_again(populated):
     assert not enabled(populated, "gpon 0/1", "pon-txpower-low") and enabled(populated, "xgpon 0/3", "pon-txpower-low")
 
 
+def test_a_threshold_is_ended_whatever_is_plugged_now(populated):
+    assert diagsh(populated, "threshold", "pon-vcc-high", "4", "3", "1", "3").returncode == 0
+    populated.boardctl("unplug", "gpon", 1)
+    assert [node for node in ("gpon 0/1", "xgpon 0/3") if not enabled(populated, node, "pon-vcc-high")] == []
+    before = populated.run("show running-config")[0]
+    done = diagsh(populated, "threshold", "pon-vcc-high", "off")
+    populated.boardctl("plug", "gpon", 1, PROJECT / "sim" / "modules" / "gpon-1490.json")
+    assert (done.returncode, done.stderr) == (0, "")
+    assert [node for node in ("gpon 0/1", "xgpon 0/3") if enabled(populated, node, "pon-vcc-high")] == []
+    after = populated.run("show running-config")[0]
+    assert after == "\n".join(line for line in before.split("\n") if "pon-vcc-high" not in line)
+
+
 def test_threshold_that_is_refused_is_a_failure(populated):
     done = diagsh(populated, "threshold", "pon-vcc-high", "3", "4")
     assert (done.returncode, done.stdout) == (1, "")
