@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Every command line of the guide's pages, and of board.json's, is run on an OLT, and shows what its page says (documents.py has the form).
+"""Every command line of the guide's pages, and of board.json's, is run on an OLT, and shows what its page says
+(documents.py has the form).
 
 The OLT has the modules of a new one, and values that stand still.
 """
@@ -14,8 +15,8 @@ from documents import matches, steps
 from olt import BUILD, PROJECT, wait_until
 
 PAGES = {path.name: path for path in [*sorted((PROJECT / "docs" / "guide").glob("*.md")), PROJECT / "docs" / "board.json.md"]}
-# Need a second terminal, receivers or an example of their own, and are held by tests of theirs.
-OTHERS = {"alarms.md", "connecting.md", "simulator.md"}
+# Its receivers run in a terminal of their own; what they get is held by the tests of log servers and traps.
+OTHERS = {"alarms.md"}
 
 
 def replaced(text, places):
